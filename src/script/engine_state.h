@@ -1,0 +1,34 @@
+// What an engine holds beside its public face: the parser's counters, the executor, the symbols it owns.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "brenta/script.h"
+
+namespace brenta {
+
+struct EngineState {
+    explicit EngineState(CCoreScriptEngine& engine);
+    ~EngineState();
+
+    // --- parser
+    int statementDepth = 0;
+    int expressionDepth = 0;
+    bool checkOnly = false;  ///< parse without executing global declarations (CheckScriptModule)
+    /// Called before a token list is parsed, when set; sees the complete list (CheckScriptModule).
+    void (*inspectTokens)(TIter<ScriptToken*> first, void* context) = nullptr;
+    void* inspectContext = nullptr;
+
+    // --- executor
+    std::unique_ptr<Executor> executor;
+    int nestedRuns = 0;  ///< execute texts and host calls in progress
+    std::atomic<bool> stopRequested{false};
+
+    // --- ownership: scopes never own symbols; all but parameters live here until the engine dies
+    void Own(CCoreSymbol* symbol) { symbols.emplace_back(symbol); }
+    std::vector<std::unique_ptr<CCoreSymbol>> symbols;
+};
+
+}  // namespace brenta
