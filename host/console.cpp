@@ -1,0 +1,92 @@
+#include "console.h"
+
+#include <cstdio>
+#include <string_view>
+
+namespace brenta::host {
+namespace {
+
+constexpr int kMaxShownDepth = 64;  // a value nested deeper than this is nothing to read
+
+void AppendText(const Var& value, int depth, std::string& out);
+
+void AppendList(const Var& list, int depth, std::string& out) {
+    if (depth == kMaxShownDepth) {
+        out += "{...}";
+        return;
+    }
+    out += '{';
+    bool first = true;
+    for (TIter<Var> item = list.GetListIter(); item.Get() != nullptr; item.Next()) {
+        if (!first) out += ", ";
+        first = false;
+        if (item.Get()->GetName() != kNoName) {
+            out += StrPtr(item.Get()->GetName());
+            out += " = ";
+        }
+        AppendText(*item.Get(), depth + 1, out);
+    }
+    out += '}';
+}
+
+void AppendText(const Var& value, int depth, std::string& out) {
+    switch (value.GetKind()) {
+        case VarKind::Null:
+            out += "null";
+            break;
+        case VarKind::List:
+            AppendList(value, depth, out);
+            break;
+        default:
+            out += StrPtr(value.GetString());
+    }
+}
+
+void WriteLine(std::FILE* file, std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), file);
+    if (text.empty() || text.back() != '\n') std::fputc('\n', file);
+}
+
+}  // namespace
+
+void ConsoleStream::OutputPrintStream(const char* text) {
+    WriteLine(stdout, text);
+}
+
+void ConsoleStream::OutputErrStream(const char* text) {
+    std::fflush(stdout);  // so that messages stand behind the output that came before them
+    WriteLine(stderr, text);
+}
+
+void Complain(const std::string& text) {
+    std::fflush(stdout);
+    WriteLine(stderr, "brenta: " + text);
+}
+
+void PrintLine(const std::string& text) {
+    WriteLine(stdout, text);
+}
+
+std::string TextOf(const Var& value) {
+    std::string text;
+    AppendText(value, 0, text);
+    return text;
+}
+
+std::string JoinMessages(const char* messages) {
+    constexpr std::string_view commandPrefix = "cmd:(1): ";
+    std::string_view rest = messages;
+    std::string joined;
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find('\n'), rest.size());
+        std::string_view line = rest.substr(0, end);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+        if (line.starts_with(commandPrefix)) line.remove_prefix(commandPrefix.size());
+        if (line.empty()) continue;
+        if (!joined.empty()) joined += ' ';
+        joined += line;
+    }
+    return joined;
+}
+
+}  // namespace brenta::host

@@ -1,0 +1,33 @@
+// What the host's commands share: message streams on the console, values as text.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "brenta/message_stream.h"
+#include "brenta/var.h"
+
+namespace brenta::host {
+
+/// Script output goes to standard output, one line for each print; messages go to standard error.
+class ConsoleStream : public CScriptMsgStream {
+ public:
+    void OutputPrintStream(const char* text) override;
+    void OutputErrStream(const char* text) override;
+};
+
+/// One line on standard error: "brenta: text".
+void Complain(const std::string& text);
+
+/// Writes `text` to standard output and ends the line unless the text already does.
+void PrintLine(const std::string& text);
+
+/// A value for a person: scalars in their text form, lists as "{1, 2}", structures as "{x = 1, y = 2}", null
+/// as "null".
+std::string TextOf(const Var& value);
+
+/// Joins lines of script messages into one, without the "cmd:(1): " that says nothing to somebody who typed
+/// one line.
+std::string JoinMessages(const char* messages);
+
+}  // namespace brenta::host
