@@ -33,7 +33,6 @@
 namespace brenta {
 
 class CString;
-class NameIndex;
 
 /// An interned name: the address of its text, or kNoName.
 enum class STRID : std::uintptr_t {};
@@ -109,39 +108,22 @@ class BRENTA_API CStringTable {
     std::size_t GetNameCount() const;
 
  private:
-    struct Page {
-        char* m_pMemory;
-        std::size_t m_size;
-    };
-    struct Lock;
-    struct Node;
-    static constexpr int kMaxPages = 1500;
-
-    STRID InternNew(const char* text, std::size_t length, std::uint64_t hash);
-    bool NewPage(std::size_t size);
-    Node* NewString(const char* text, std::size_t length);
+    struct Contents;
 
     char m_name[260];
-    Lock* m_pLock;
-    int m_pageCount;
-    std::size_t m_pageSize;
-    Page m_pages[kMaxPages];
-    char* m_pCurrentPage;
-    std::size_t m_used;
-    NameIndex* m_pIndex;
+    Contents* m_pContents;
 };
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Keys
 
-/// The order-independent key of a terminated text, 0 to 0x7FFFFFFF: anagrams share it. 0 for null and "".
-/// Keys are the same in every run and build, so they may be stored; the table's own index does not use them.
+/// The key of a terminated text, 0 to 0x7FFFFFFF: a sum over its bytes, so anagrams share it. 0 for null and
+/// "". Keys are the same in every run and build and may be stored; the table's own index does not use them.
 BRENTA_API int StringKey(const char* text);
 
-/// The key of exactly `length` bytes (NUL is a byte like any other): characters that change places within the
-/// even or within the odd positions keep it. It differs from the key of the same text taken as terminated. 0
-/// for null. One sum in four billion gives the one negative key, INT_MIN, so never use a key as an index
-/// without masking it.
+/// The key of exactly `length` bytes, NUL being a byte like any other: a sum as well, but not the one of the
+/// terminated form, so the two keys of a text differ. 0 for null. One sum in four billion gives the one negative
+/// key, INT_MIN: never use a key as an index without masking it.
 BRENTA_API int StringKey(const char* text, unsigned int length);
 
 // ---------------------------------------------------------------------------------------------------------------------
