@@ -1,0 +1,99 @@
+// The host's command line, run as a user would.
+#include <gtest/gtest.h>
+
+#include "host_process.h"
+
+namespace brenta::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+TEST(EvalCommand, PrintsInternalUnitsAndAllFourUnits) {
+    struct Row {
+        Lines words;
+        std::string line;
+    };
+    const Row rows[] = {
+        {{"eval", "20mil+5mil"}, "250000\t0.025in\t25mil\t0.0635cm\t0.635mm"},
+        {{"eval", "1/8in"}, "0\t0in\t0mil\t0cm\t0mm"},
+        {{"eval", "--units", "mm", "10"}, "3937010\t0.393701in\t393.701mil\t1cm\t10mm"},
+        {{"eval", "-u", "in", "1"}, "10000000\t1in\t1000mil\t2.54cm\t25.4mm"},
+        {{"eval", "--units=cm", "1"}, "3937010\t0.393701in\t393.701mil\t1cm\t10mm"},
+        {{"eval", "2.5mm"}, "984250\t0.098425in\t98.425mil\t0.25cm\t2.5mm"},
+        {{"eval", "(1in+2mm)/2"}, "5393700\t0.53937in\t539.37mil\t1.37cm\t13.7mm"},
+        {{"eval", "-25mil"}, "-250000\t-0.025in\t-25mil\t-0.0635cm\t-0.635mm"},
+        {{"eval", "--", "--units"}, ""},
+    };
+    for (const Row& row : rows) {
+        const HostResult result = RunHost(row.words);
+        EXPECT_EQ(result.status, row.line.empty() ? 1 : 0) << row.words.back();
+        EXPECT_EQ(result.output, row.line.empty() ? Lines{} : Lines{row.line}) << row.words.back();
+    }
+}
+
+TEST(EvalCommand, RefusesWithAReasonAndGoesOn) {
+    const HostResult result = RunHost({"eval", "5mils", "12 mil", "5@", "1+1"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, (Lines{"20000\t0.002in\t2mil\t0.0051cm\t0.0508mm"}));
+    ASSERT_EQ(result.errors.size(), 3u);
+    EXPECT_EQ(result.errors[0], "brenta: '5mils' does not evaluate: Symbol 's' not defined.");
+    EXPECT_EQ(result.errors[1], "brenta: '12 mil' does not evaluate: Symbol 'mil' not defined.");
+    EXPECT_EQ(result.errors[2], "brenta: '5@' does not evaluate: Syntax error.");
+}
+
+TEST(EvalCommand, ReadsLinesFromStandardInput) {
+    const HostResult result = RunHost({"eval", "-"}, "1mil\r\n\n2mil");
+    EXPECT_EQ(result.output, (Lines{"10000\t0.001in\t1mil\t0.0025cm\t0.0254mm",
+                                    "20000\t0.002in\t2mil\t0.0051cm\t0.0508mm"}));
+}
+
+TEST(ExecCommand, PrintsTheResult) {
+    struct Row {
+        Lines words;
+        Lines output;
+        int status;
+    };
+    const Row rows[] = {
+        {{"exec", "var x = 2; x * 21"}, {"42"}, 0},
+        {{"exec", "{1, 2.5, null}"}, {"{1, 2.5, null}"}, 0},
+        {{"exec", "print(7);"}, {"7"}, 0},
+        {{"exec", "--units", "mm", "10"}, {"3937007"}, 0},
+        {{"exec", "-5"}, {"-5"}, 0},
+        {{"exec", "nobody"}, {}, 1},
+    };
+    for (const Row& row : rows) {
+        const HostResult result = RunHost(row.words);
+        EXPECT_EQ(result.output, row.output) << row.words.back();
+        EXPECT_EQ(result.status, row.status) << row.words.back();
+        EXPECT_EQ(result.errors.empty(), row.status == 0) << row.words.back();
+    }
+}
+
+TEST(RunCommand, ReportsAWrongPathInOneLine) {
+    const HostResult result = RunHost({"run", "no_such_script.scr"});
+    EXPECT_EQ(result.status, 1);
+    ASSERT_EQ(result.errors.size(), 1u);
+    EXPECT_NE(result.errors[0].find("'no_such_script.scr' does not exist"), std::string::npos);
+}
+
+TEST(ReplCommand, WorksWithPipedInputAndSurvivesErrors) {
+    const HostResult result =
+        RunHost({"repl"}, "var x = 20mil;\nnobody\nfunction Twice(a)\n{\n  return a * 2;\n}\nTwice(x)\n");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, (Lines{"400000"}));
+    EXPECT_EQ(result.errors, (Lines{"cmd:(1): Symbol 'nobody' not defined."}));
+}
+
+TEST(CommandLine, AnswersWrongUseWithStatusTwo) {
+    for (const Lines& words :
+         {Lines{}, Lines{"no-such-command"}, Lines{"eval"}, Lines{"eval", "--units", "furlong", "1"}}) {
+        const HostResult result = RunHost(words);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_FALSE(result.errors.empty());
+    }
+    EXPECT_EQ(RunHost({"--help"}).status, 0);
+    EXPECT_EQ(RunHost({"--version"}).output, (Lines{"brenta 4.0.0"}));
+}
+
+}  // namespace
+}  // namespace brenta::test

@@ -1,0 +1,21 @@
+// Runs the console host as a user would and returns what it printed.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace brenta::test {
+
+struct HostResult {
+    int status = -1;
+    std::vector<std::string> output;  // lines of standard output
+    std::vector<std::string> errors;  // lines of standard error
+};
+
+/// Runs `brenta` with these words. `input` is its standard input.
+HostResult RunHost(const std::vector<std::string>& words, const std::string& input = "");
+
+std::vector<std::string> SplitLines(const std::string& text);
+std::string ReadText(const std::string& path);
+
+}  // namespace brenta::test
