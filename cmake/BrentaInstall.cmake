@@ -1,0 +1,32 @@
+# What 'cmake --install' puts in place: the library with its headers, the host program, the CMake package 'BrentaCore' with
+# the target Brenta::Core, and the pkg-config module 'brenta-core'. The result may be moved as a whole: both find their
+# files relative to themselves.
+include(CMakePackageConfigHelpers)
+
+set(BRENTA_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/BrentaCore)
+set(BRENTA_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(TARGETS brenta_core EXPORT BrentaCoreTargets
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/include/brenta DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        COMPONENT Development FILES_MATCHING PATTERN "*.h")
+if(TARGET brenta_host)
+    install(TARGETS brenta_host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime)
+endif()
+
+install(EXPORT BrentaCoreTargets NAMESPACE Brenta:: DESTINATION ${BRENTA_PACKAGE_DIR} COMPONENT Development)
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/BrentaCoreConfig.cmake.in
+                              ${PROJECT_BINARY_DIR}/package/BrentaCoreConfig.cmake
+                              INSTALL_DESTINATION ${BRENTA_PACKAGE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/BrentaCoreConfigVersion.cmake
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/package/BrentaCoreConfig.cmake
+              ${PROJECT_BINARY_DIR}/package/BrentaCoreConfigVersion.cmake
+        DESTINATION ${BRENTA_PACKAGE_DIR} COMPONENT Development)
+
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_INCLUDEDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+           OUTPUT_VARIABLE BRENTA_INCLUDE_FROM_PKGCONFIG)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/brenta-core.pc.in ${PROJECT_BINARY_DIR}/package/brenta-core.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/package/brenta-core.pc DESTINATION ${BRENTA_PKGCONFIG_DIR} COMPONENT Development)

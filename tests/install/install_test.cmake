@@ -1,0 +1,75 @@
+# One step of the installation test, chosen by -DSTEP; the other variables come from CMakeLists.txt beside this file.
+set(PREFIX ${WORK}/moved)
+
+function(run)
+    execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+# Runs the embedding program and compares what it prints.
+function(expect_output program)
+    execute_process(COMMAND ${program} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+    file(READ ${SOURCE}/examples/embed/expected.txt expected)
+    if(NOT output STREQUAL expected)
+        message(FATAL_ERROR "${program} printed\n${output}\ninstead of\n${expected}")
+    endif()
+endfunction()
+
+# Installs under one name and moves the whole: nothing installed may remember where it was put.
+function(step_files)
+    file(REMOVE_RECURSE ${WORK}/first ${PREFIX})
+    run(${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${WORK}/first)
+    file(RENAME ${WORK}/first ${PREFIX})
+
+    file(GLOB headers RELATIVE ${SOURCE}/src/include ${SOURCE}/src/include/brenta/*.h)
+    list(TRANSFORM headers PREPEND include/)
+    set(files ${headers} bin/brenta ${LIBDIR}/pkgconfig/brenta-core.pc)
+    foreach(file libbrenta_core.so libbrenta_core.so.4 libbrenta_core.so.${VERSION}
+                 cmake/BrentaCore/BrentaCoreConfig.cmake cmake/BrentaCore/BrentaCoreConfigVersion.cmake
+                 cmake/BrentaCore/BrentaCoreTargets.cmake)
+        list(APPEND files ${LIBDIR}/${file})
+    endforeach()
+    foreach(file IN LISTS files)
+        if(NOT EXISTS ${PREFIX}/${file})
+            message(SEND_ERROR "not installed: ${file}")
+        endif()
+    endforeach()
+    run(${PREFIX}/bin/brenta --version)
+endfunction()
+
+function(step_find_package)
+    set(build ${WORK}/embed)
+    file(REMOVE_RECURSE ${build})
+    run(${CMAKE_COMMAND} -S ${SOURCE}/examples/embed -B ${build} -G ${GENERATOR} -DCMAKE_BUILD_TYPE=${CONFIG}
+        -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=${FLAGS} -DCMAKE_PREFIX_PATH=${PREFIX})
+    run(${CMAKE_COMMAND} --build ${build})
+    expect_output(${build}/embed)
+endfunction()
+
+function(step_pkg_config)
+    set(ENV{PKG_CONFIG_PATH} ${PREFIX}/${LIBDIR}/pkgconfig)
+    execute_process(COMMAND ${PKG_CONFIG} --cflags --libs brenta-core
+                    OUTPUT_VARIABLE options OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    separate_arguments(options)
+    separate_arguments(FLAGS)
+    run(${CXX} -std=c++20 ${FLAGS} ${SOURCE}/examples/embed/main.cpp -o ${WORK}/embed_pkg_config ${options})
+    set(ENV{LD_LIBRARY_PATH} ${PREFIX}/${LIBDIR})
+    expect_output(${WORK}/embed_pkg_config)
+endfunction()
+
+# Only names of the library's own namespace leave it; what templates of the standard library leave behind is weak.
+function(step_exports)
+    execute_process(COMMAND ${NM} --dynamic --defined-only --format=posix ${PREFIX}/${LIBDIR}/libbrenta_core.so
+                    OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCHALL "[^\n]+ [TDBR] " strong "${symbols}")
+    list(LENGTH strong count)
+    if(count EQUAL 0)
+        message(FATAL_ERROR "the library exports nothing")
+    endif()
+    list(FILTER strong EXCLUDE REGEX "^_Z(TV|TI|TS|Th?n?[0-9]+_N?|N?K?|NK)6brenta|^_ZNK?6brenta|^_ZT[VIS]N6brenta|^_ZN?K?6brenta")
+    if(strong)
+        list(JOIN strong "\n" strong)
+        message(FATAL_ERROR "exported without need:\n${strong}")
+    endif()
+endfunction()
+
+cmake_language(CALL step_${STEP})
