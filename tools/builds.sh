@@ -1,0 +1,29 @@
+# shellcheck shell=bash
+# Configuring and building the presets of CMakePresets.json.
+
+JOBS=$(nproc)
+
+# configure_build PRESET [CMAKE OPTION]...
+configure_build() {
+    local preset=$1
+    shift
+    step "configure $preset" "$preset-configure" cmake --preset "$preset" "$@" || exit 1
+}
+
+# run_build PRESET [TARGET]...
+run_build() {
+    local preset=$1
+    shift
+    step "build $preset${*:+ ($*)}" "$preset-build" cmake --build "build/$preset" -j "$JOBS" ${1:+--target "$@"} || exit 1
+}
+
+command_build() {
+    case ${1:-} in
+        '') ;;
+        --windows) windows_later ;;
+        *) usage_error "'build' takes no '$1'." ;;
+    esac
+    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_TEST[@]}"
+    configure_build release -DBRENTA_BUILD_TESTS=ON
+    run_build release
+}

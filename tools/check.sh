@@ -1,0 +1,64 @@
+# shellcheck shell=bash
+# './dev check': what can be said about the source text without running the library.
+
+CHECKS=(format shell lists layers headers tidy)
+
+command_check() {
+    local wanted=("$@") name failed=0
+    [ $# -gt 0 ] || wanted=("${CHECKS[@]}")
+    for name in "${wanted[@]}"; do
+        [[ " ${CHECKS[*]} " == *" $name "* ]] || usage_error "There is no check '$name', only: ${CHECKS[*]}."
+    done
+    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_CLANG[@]}" "${PACKAGES_CHECK[@]}"
+    for name in "${wanted[@]}"; do
+        "check_$name" || failed=$((failed + 1))
+    done
+    [ "$failed" -eq 0 ] || die "$failed of ${#wanted[@]} checks failed"
+}
+
+cpp_files() {
+    find "$@" -name '*.cpp' -o -name '*.h' | LC_ALL=C sort
+}
+
+check_format() {
+    step "format" check-format format_all
+}
+
+format_all() {
+    cpp_files src host examples tests fuzz bench | xargs clang-format --dry-run -Werror
+}
+
+check_shell() {
+    step "shell" check-shell shell_scripts
+}
+
+shell_scripts() {
+    # Through ./dev its pieces are read together, so that each sees the names of the others.
+    shellcheck --external-sources dev && shellcheck tools/layers.sh tools/unlisted_sources.sh .ci/run
+}
+
+check_lists() {
+    step "lists" check-lists bash tools/unlisted_sources.sh
+}
+
+check_layers() {
+    step "layers" check-layers bash tools/layers.sh
+}
+
+check_headers() {
+    configure_build release
+    configure_build clang
+    step "headers with g++" check-headers-g++ cmake --build build/release --target brenta_headers &&
+        step "headers with clang++" check-headers-clang++ cmake --build build/clang --target brenta_headers
+}
+
+check_tidy() {
+    configure_build clang
+    step "tidy" check-tidy tidy_all
+}
+
+# One clang-tidy per source; xargs reports a failure when any of them failed.
+tidy_all() {
+    cpp_files src host | grep '\.cpp$' | grep -v '/windows/' |
+        xargs -P "$JOBS" -n 1 clang-tidy -p build/clang --quiet --warnings-as-errors='*'
+}

@@ -1,0 +1,109 @@
+# shellcheck shell=bash
+# The commands that build something and run it: demo, test, goldens, fuzz, bench; and docs and metrics, which read only.
+
+command_test() {
+    local preset=release filter=''
+    while [ $# -gt 0 ]; do
+        case $1 in
+            --asan) preset=asan ;;
+            --tsan) preset=tsan ;;
+            --windows) windows_later ;;
+            -*) usage_error "'test' takes no '$1'." ;;
+            *) filter=$1 ;;
+        esac
+        shift
+    done
+    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_TEST[@]}"
+    configure_build "$preset" -DBRENTA_BUILD_TESTS=ON
+    run_build "$preset"
+    run_tests "$preset" ${filter:+--tests-regex "$filter"}
+}
+
+# Runs ctest; its closing line, with the count of what passed, is the last on the screen.
+run_tests() {
+    local preset=$1 result=0
+    shift
+    step "tests $preset" "$preset-tests" ctest --test-dir "build/$preset" -j "$JOBS" --output-on-failure \
+        --no-tests=error "$@" || result=1
+    grep 'tests passed' "$LOG_DIR/$preset-tests.log" || true
+    return "$result"
+}
+
+command_demo() {
+    [ $# -eq 0 ] || usage_error "'demo' takes no '$1'."
+    need_packages "${PACKAGES_BUILD[@]}"
+    # A configured tree brings itself up to date while it builds; a tree that has the tests keeps them.
+    [ -f build/release/build.ninja ] || configure_build release -DBRENTA_BUILD_TESTS=OFF
+    run_build release brenta_host
+    local brenta=build/release/host/brenta
+    headline "Dimension texts, as a user types them  (brenta eval - < examples/dimensions.txt)"
+    "$brenta" eval - <examples/dimensions.txt
+    headline "A script at work on a board panel  (brenta run examples/board_panel.scr)"
+    "$brenta" run examples/board_panel.scr
+}
+
+command_goldens() {
+    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_TEST[@]}"
+    configure_build release -DBRENTA_BUILD_TESTS=ON
+    run_build release
+    BRENTA_RENEW_GOLDENS=1 run_tests release --label-regex golden || true
+    echo "Review what has changed: git diff"
+}
+
+command_fuzz() {
+    local wanted=${1:-} seconds=60
+    if [[ $wanted =~ ^[0-9]+$ ]]; then
+        seconds=$wanted wanted=''
+    else
+        seconds=${2:-60}
+    fi
+    local targets=() source
+    for source in fuzz/*.cpp; do
+        [ "$source" = fuzz/replay_main.cpp ] || targets+=("$(basename "$source" .cpp)")
+    done
+    if [ -n "$wanted" ]; then
+        [[ " ${targets[*]} " == *" $wanted "* ]] || usage_error "There is no target '$wanted', only: ${targets[*]}."
+        targets=("$wanted")
+    fi
+    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_CLANG[@]}" "${PACKAGES_FUZZ[@]}"
+    configure_build fuzz
+    run_build fuzz "${targets[@]/%/_fuzz}"
+    local target result=0
+    for target in "${targets[@]}"; do
+        step "fuzz $target for $seconds s" "fuzz-$target" fuzz_target "$target" "$seconds" || result=1
+        grep '^stat::' "$LOG_DIR/fuzz-$target.log" | sed 's/^stat::/      /' || true
+    done
+    return "$result"
+}
+
+# New inputs go to build/fuzz/corpus, inputs that bring the target down to build/fuzz/crashes; the tree stays as it is.
+fuzz_target() {
+    local target=$1 seconds=$2 found=build/fuzz/corpus/$1 crashes=build/fuzz/crashes
+    local options=()
+    mkdir -p "$found" "$crashes"
+    [ ! -f "fuzz/$target.dict" ] || options+=("-dict=fuzz/$target.dict")
+    "build/fuzz/fuzz/${target}_fuzz" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+        -print_final_stats=1 -artifact_prefix="$crashes/$target-" "${options[@]}" "$found" "fuzz/corpus/$target"
+}
+
+command_bench() {
+    local family=${1:-}
+    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_BENCH[@]}"
+    configure_build bench
+    run_build bench brenta_bench
+    step "measure${family:+ $family}" bench build/bench/bench/brenta_bench \
+        ${family:+"--benchmark_filter=^$family/"} --benchmark_repetitions=9 --benchmark_enable_random_interleaving=true \
+        --benchmark_out="$LOG_DIR/bench.csv" --benchmark_out_format=csv || exit 1
+    perl tools/bench_table.pl "$LOG_DIR/bench.csv"
+}
+
+command_docs() {
+    need_packages "${PACKAGES_DOCS[@]}"
+    mkdir -p build/docs
+    step "reference" docs doxygen docs/Doxyfile || exit 1
+    echo "The reference is build/docs/html/index.html"
+}
+
+command_metrics() {
+    perl tools/metrics.pl
+}
