@@ -1,0 +1,8 @@
+// Every family adds its workloads through one of these.
+#pragma once
+
+namespace brenta::bench {
+
+void AddScriptWorkloads();
+
+}  // namespace brenta::bench

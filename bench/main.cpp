@@ -1,0 +1,92 @@
+// brenta_bench [--csv] [--rounds N] [FAMILY]: measures this library beside its peers.
+//
+// Both sides of a workload must first give the same result. Then every side runs N rounds (9 unless told
+// otherwise), the rounds of all sides in random order, so that a slow moment of the machine does not fall on
+// one side alone.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "families.h"
+#include "table_reporter.h"
+#include "workload.h"
+
+namespace brenta::bench {
+namespace {
+
+struct Options {
+    bool csv = false;
+    int rounds = 9;
+    std::string family;
+};
+
+Options ReadOptions(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (word == "--csv") {
+            options.csv = true;
+        } else if (word == "--rounds" && i + 1 < argc) {
+            options.rounds = std::max(1, std::atoi(argv[++i]));
+        } else {
+            options.family = word;
+        }
+    }
+    return options;
+}
+
+void RegisterSide(const Workload& workload, bool ours, int rounds) {
+    const auto make = ours ? workload.ours : workload.theirs;
+    benchmark::RegisterBenchmark(BenchmarkName(workload, ours).c_str(),
+                                 [make](benchmark::State& state) {
+                                     const std::unique_ptr<Contender> contender = make();
+                                     for (auto _ : state)
+                                         benchmark::DoNotOptimize(contender->Run());
+                                 })
+        ->Iterations(1)
+        ->Repetitions(rounds)
+        ->UseRealTime();
+}
+
+int Run(const Options& options) {
+    std::vector<Workload> chosen;
+    for (const Workload& workload : Workloads()) {
+        if (options.family.empty() || workload.family == options.family) chosen.push_back(workload);
+    }
+    if (chosen.empty()) {
+        std::fprintf(stderr, "There is no family of benchmarks named '%s'.\n", options.family.c_str());
+        return 2;
+    }
+    std::map<std::string, std::string> differences;
+    for (const Workload& workload : chosen) {
+        const std::string difference = CompareResults(workload);
+        if (!difference.empty()) {
+            differences[BenchmarkName(workload, true)] = difference;
+            continue;
+        }
+        RegisterSide(workload, true, options.rounds);
+        RegisterSide(workload, false, options.rounds);
+    }
+    TableReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reporter.PrintTable(chosen, differences, options.csv);
+    return differences.empty() ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace brenta::bench
+
+int main(int argc, char** argv) {
+    const brenta::bench::Options options = brenta::bench::ReadOptions(argc, argv);
+    std::string program = argv[0];
+    std::string interleaved = "--benchmark_enable_random_interleaving=true";
+    char* words[] = {program.data(), interleaved.data(), nullptr};
+    int count = 2;
+    benchmark::Initialize(&count, words);
+    brenta::bench::AddScriptWorkloads();
+    return brenta::bench::Run(options);
+}

@@ -1,0 +1,16 @@
+#include "workload.h"
+
+namespace brenta::bench {
+
+std::vector<Workload>& Workloads() {
+    static std::vector<Workload> workloads;
+    return workloads;
+}
+
+std::string CompareResults(const Workload& workload) {
+    const std::string ours = workload.ours()->Run();
+    const std::string theirs = workload.theirs()->Run();
+    return ours == theirs ? "" : "ours '" + ours + "', " + workload.peer + " '" + theirs + "'";
+}
+
+}  // namespace brenta::bench
