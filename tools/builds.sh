@@ -10,6 +10,12 @@ configure_build() {
     step "configure $preset" "$preset-configure" cmake --preset "$preset" "$@" || exit 1
 }
 
+# For commands that need no tests, and so not their packages. A configured tree stays as it is: it brings itself up to
+# date while it builds, and one that has the tests keeps them.
+configure_without_tests() {
+    [ -f "build/$1/build.ninja" ] || configure_build "$1" -DBRENTA_BUILD_TESTS=OFF
+}
+
 # run_build PRESET [TARGET]...
 run_build() {
     local preset=$1

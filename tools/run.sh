@@ -32,8 +32,7 @@ run_tests() {
 command_demo() {
     [ $# -eq 0 ] || usage_error "'demo' takes no '$1'."
     need_packages "${PACKAGES_BUILD[@]}"
-    # A configured tree brings itself up to date while it builds; a tree that has the tests keeps them.
-    [ -f build/release/build.ninja ] || configure_build release -DBRENTA_BUILD_TESTS=OFF
+    configure_without_tests release
     run_build release brenta_host
     local brenta=build/release/host/brenta
     headline "Dimension texts, as a user types them  (brenta eval - < examples/dimensions.txt)"
