@@ -85,15 +85,12 @@ fuzz_target() {
         -print_final_stats=1 -artifact_prefix="$crashes/$target-" "${options[@]}" "$found" "fuzz/corpus/$target"
 }
 
+# The program prints its own table (or, with --csv, lines for a machine), so it runs in the open.
 command_bench() {
-    local family=${1:-}
     need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_BENCH[@]}"
     configure_build bench
     run_build bench brenta_bench
-    step "measure${family:+ $family}" bench build/bench/bench/brenta_bench \
-        ${family:+"--benchmark_filter=^$family/"} --benchmark_repetitions=9 --benchmark_enable_random_interleaving=true \
-        --benchmark_out="$LOG_DIR/bench.csv" --benchmark_out_format=csv || exit 1
-    perl tools/bench_table.pl "$LOG_DIR/bench.csv"
+    build/bench/bench/brenta_bench "$@"
 }
 
 command_docs() {
