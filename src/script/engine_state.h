@@ -16,6 +16,9 @@ struct EngineState {
     // --- parser
     int statementDepth = 0;
     int expressionDepth = 0;
+    bool openStatement = false;  ///< the statement parsed last ended before a terminator that is not its own
+    bool limitReported = false;  ///< a nesting limit was met: the constructs around it stay silent
+    int moduleDepth = 0;         ///< scope depth at which a module's own names are parsed; 0: no module is
     bool checkOnly = false;  ///< parse without executing global declarations (CheckScriptModule)
     /// Called before a token list is parsed, when set; sees the complete list (CheckScriptModule).
     void (*inspectTokens)(TIter<ScriptToken*> first, void* context) = nullptr;

@@ -49,23 +49,80 @@ class BRENTA_API CCoreScriptEngine : public CCoreScriptLexer {
     void ClearStop();
     CScriptMsgStream* GetMsgStream() const { return m_pMessages; }
 
-    // --- the parser; see the notes at each
+    // -------------------------------------------------------------------------------------------------------
+    // The parser
+    //
+    // Modules and commands reach it by the operations above; a host has no reason to call it. It walks the
+    // token list that a scan has left (GetFirstToken), by recursive descent, one function per construct:
+    //
+    //   entered     on the first token of the construct
+    //   success     a new object that the caller owns (or true), the iterator on the last token of the
+    //               construct; for an expression, and for what ends with one, on the terminator behind it,
+    //               which is one of ; ) ] } or the end marker
+    //   failure     null or false; the error is reported, nothing is left behind but symbols that were
+    //               complete before, and the iterator stands anywhere
+    //
+    // A failure is reported where it is found, then once more by the construct whose expression or init
+    // statement it was, and by nobody above. Brackets may nest 200 deep, statements 1000.
+    //
+    // Names are checked against the innermost scope only when they are declared as function, class, variable,
+    // parameter or loop variable. What an expression names is looked up when it runs.
+
+    /// Parses the token list as a module: functions, classes and global variables, which are executed at once.
+    /// The list is empty afterwards, whatever the result. An empty list is a module without contents.
     bool ParseScript();
+
+    /// Parses one statement of a function body or command. Leading `;` are skipped, so a lone `;` is never the
+    /// body of anything: the statement behind it is.
     Statement* ParseStatement(TIter<ScriptToken*>& iter);
+
+    /// Entered on `{`, leaves on `}`. Opens no scope of its own; ParseStatement and ParseFunction do.
     CompoundStatement* ParseCompoundStatement(TIter<ScriptToken*>& iter);
+
+    /// Entered on `var`. With `global` the declaration is executed at once, and the caller may delete it: the
+    /// symbol belongs to the engine.
     DeclarationStatement* ParseDeclaration(TIter<ScriptToken*>& iter, bool global);
+
+    /// Entered on `function`, leaves on the `}` of the body. The caller owns the symbol and enters it.
     FuncSymbol* ParseFunction(TIter<ScriptToken*>& iter);
+
+    /// Entered on `class`, leaves on `}`. Enters the class, which belongs to the engine.
     bool ParseClass(TIter<ScriptToken*>& iter);
+
+    /// Entered on `if`. An `else if` is the else branch of the one before; chains may be of any length.
     ConditionalStatement* ParseConditionalStatement(TIter<ScriptToken*>& iter);
+
+    /// Entered on `for`, `foreach` or `while`. Any other token is the forced crash "Unknown iteration
+    /// statement.", then "Invalid iteration statement.".
     IterationStatement* ParseIterationStatement(TIter<ScriptToken*>& iter);
+
+    /// Entered on `break`, `continue` (leaves on `;`) or `return` (leaves on the terminator of its expression).
+    /// Any other token is the forced crash "Unknown jump statement.".
     JumpStatement* ParseJumpStatement(TIter<ScriptToken*>& iter);
+
+    /// Entered on `print` or `execute`, leave on `)`.
     PrintStatement* ParsePrintStatement(TIter<ScriptToken*>& iter);
     ExecStatement* ParseExecStatement(TIter<ScriptToken*>& iter);
+
+    /// Entered on `_halt`, stays there.
     HaltStatement* ParseHaltStatement(TIter<ScriptToken*>& iter);
+
+    /// Parses an expression, which may be empty, up to its terminator.
     ExpressionStatement* ParseExpression(TIter<ScriptToken*>& iter);
+
+    /// Moves to the next token. Behind the last: "Unexpected end-of-file." without a position. With `expected`
+    /// other than 0 the token must be of that kind, see AssertToken. Null after the message.
     ScriptToken* Advance(TIter<ScriptToken*>& iter, TokId expected);
+
+    /// Whether `token` is of the kind `expected`; if not: "Syntax error: expecting '%s', but found '%s'".
     bool AssertToken(ScriptToken* token, TokId expected);
+
+    /// Whether `name` exists in any scope (`mustExist`; else "Symbol '%s' not defined."), or does not exist in
+    /// the innermost scope (not `mustExist`; else "Symbol '%s' already defined."). `at` gives the position.
     bool AssertSymbolName(const ScriptToken* at, STRID name, bool mustExist);
+
+    /// The message stream; a silent one that the engine owns is made when there is none.
+    CScriptMsgStream& Messages();
 
     /// Internal: parser and executor state.
     EngineState& State() { return *m_pState; }
