@@ -1,6 +1,6 @@
 # Proves that every exported header stands alone: one source per header includes it twice and nothing else.
 # The sources belong to no other target: build 'brenta_headers' with each compiler ('./dev check' does).
-file(GLOB headers RELATIVE ${PROJECT_SOURCE_DIR}/src/include CONFIGURE_DEPENDS
+file(GLOB_RECURSE headers RELATIVE ${PROJECT_SOURCE_DIR}/src/include CONFIGURE_DEPENDS
      ${PROJECT_SOURCE_DIR}/src/include/brenta/*.h)
 
 add_library(brenta_headers OBJECT EXCLUDE_FROM_ALL)

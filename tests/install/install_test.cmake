@@ -20,7 +20,7 @@ function(step_files)
     run(${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${WORK}/first)
     file(RENAME ${WORK}/first ${PREFIX})
 
-    file(GLOB headers RELATIVE ${SOURCE}/src/include ${SOURCE}/src/include/brenta/*.h)
+    file(GLOB_RECURSE headers RELATIVE ${SOURCE}/src/include ${SOURCE}/src/include/brenta/*.h)
     list(TRANSFORM headers PREPEND include/)
     set(files ${headers} bin/brenta ${LIBDIR}/pkgconfig/brenta-core.pc)
     foreach(file libbrenta_core.so libbrenta_core.so.4 libbrenta_core.so.${VERSION}
