@@ -5,11 +5,16 @@
 // scope rolls the log back to the scope's mark. So a look-up is one load at an address known at parse time,
 // "is it in the top scope" is a comparison of depths, and recursion gives every activation its own parameters
 // and locals for free. There is one truth for host and engine: CCoreSymbolTable is a face of this class.
+//
+// A log entry is 32 bytes: it names the cell by its index, not its address, which leaves room for the depth in
+// the same word, and it does not say what was bound - that is in the cell, or in the next entry for the same
+// cell, when somebody asks (TopSymbols, ValueOf), which only hosts and dumps do.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "brenta/symbols.h"
@@ -26,7 +31,7 @@ struct NameCell {
 };
 
 class NameCells {
- public:
+   public:
     NameCells();
     ~NameCells();
     NameCells(const NameCells&) = delete;
@@ -36,37 +41,106 @@ class NameCells {
     NameCell& CellOf(STRID name);
     /// The cell of a name if it has one, else null.
     NameCell* FindCell(STRID name) const;
-    STRID NameOf(const NameCell& cell) const;
+    STRID NameOf(const NameCell& cell) const { return m_names[cell.index]; }
+    std::size_t CellCount() const { return m_names.size(); }
+    NameCell& CellAt(std::uint32_t index) const { return m_chunks[index / kChunkSize][index % kChunkSize]; }
 
-    void PushScope();
+    void PushScope() {
+        m_marks.push_back(m_logSize);
+        ++m_depth;
+    }
     /// Rolls back to the top scope's mark. On an empty stack: "Assertion failed! m_pHead", nothing changes.
-    void PopScope();
-    int Depth() const;
+    void PopScope() {
+        if (m_depth <= 1) return PopGlobalScope();
+        RollBackTo(m_marks.back());
+        m_marks.pop_back();
+        --m_depth;
+    }
+    int Depth() const { return static_cast<int>(m_depth); }
     /// Pops scopes until `depth` are left.
-    void PopTo(int depth);
+    void PopTo(int depth) {
+        while (Depth() > depth && m_depth > 0)
+            PopScope();
+    }
 
-    /// Binds `cell` in the top scope.
-    void Bind(NameCell& cell, CCoreSymbol* symbol, Value value);
+    /// Binds `cell` in the top scope; a binding that the name has there is replaced until the scope ends. There
+    /// must be a scope.
+    void Bind(NameCell& cell, CCoreSymbol* symbol, Value value) {
+        if (m_logSize == m_logCapacity) GrowLog();
+        Entry* entry = new (&m_pLog[m_logSize]) Entry{std::move(cell.value), cell.symbol, cell.index, cell.depth};
+        static_cast<void>(entry);
+        ++m_logSize;
+        cell.value = std::move(value);
+        cell.symbol = symbol;
+        cell.depth = m_depth;
+    }
     /// Binds in the global scope even when inner scopes are open; inner bindings of the name stay in front.
+    /// Marks taken before stay good.
     void BindGlobal(NameCell& cell, CCoreSymbol* symbol, Value value);
     bool IsInTopScope(const NameCell& cell) const { return cell.depth == m_depth && cell.symbol != nullptr; }
 
     /// The symbols of the top scope in the order added.
     void TopSymbols(TOrderedList<CCoreSymbol*>& out) const;
     /// Unbinds what was bound in the top scope after position `mark` of the log, keeping the scope.
-    std::size_t Mark() const;
-    void RollBackTo(std::size_t mark);
+    std::size_t Mark() const { return m_logSize; }
+    void RollBackTo(std::size_t mark) {
+        while (m_logSize > mark)
+            Undo(m_pLog[--m_logSize]);
+    }
     /// The value that `symbol` holds in its innermost binding, null when it is not bound.
     Value* ValueOf(const CCoreSymbol& symbol);
 
- private:
-    struct Entry;  // one undo record: cell and what it held
-    struct Index;  // names to cells
+    /// Binds in this table's global scope what the other one has bound in its own, in the same order. The
+    /// values are copied through, so that the two tables may be used by different threads.
+    void CopyGlobals(const NameCells& other);
+
+   private:
+    static constexpr std::uint32_t kChunkSize = 128;
+
+    /// What a cell held before a binding.
+    struct Entry {
+        Value value;
+        CCoreSymbol* symbol;
+        std::uint32_t cell;
+        std::uint32_t depth;
+    };
+    static_assert(sizeof(Entry) == 32);
+
+    /// One slot of the index of names (open addressing); one without cell is free.
+    struct Slot {
+        STRID name = kNoName;
+        NameCell* cell = nullptr;
+    };
+
+    /// What a log entry bound: the symbol and its value, wherever they are now.
+    struct Binding {
+        CCoreSymbol* symbol;
+        Value* value;
+        std::uint32_t cell;
+    };
+
+    void Undo(Entry& entry) {
+        NameCell& cell = CellAt(entry.cell);
+        cell.value = std::move(entry.value);
+        cell.symbol = entry.symbol;
+        cell.depth = entry.depth;
+    }
+    std::vector<Binding> BindingsFrom(std::size_t first, std::size_t last) const;
+    void PopGlobalScope();
+    void GrowLog();
+    void GrowIndex();
+    std::size_t SlotOf(STRID name) const;
+    NameCell& AddCell(STRID name);
 
     std::uint32_t m_depth = 0;
     std::vector<std::size_t> m_marks;
-    std::vector<Entry> m_log;
-    std::unique_ptr<Index> m_pIndex;
+    Entry* m_pLog = nullptr;
+    std::size_t m_logSize = 0;
+    std::size_t m_logCapacity = 0;
+    std::vector<std::unique_ptr<NameCell[]>> m_chunks;
+    std::vector<STRID> m_names;        // by cell index
+    std::vector<Slot> m_slots;         // a power of two of them
+    std::vector<std::uint32_t> m_late; // cells bound by BindGlobal under open scopes, in order
 };
 
 }  // namespace brenta

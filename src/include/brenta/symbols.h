@@ -1,8 +1,38 @@
 /// @file
 /// Script symbols - variables, functions, classes - and the table of nested scopes that holds them.
+///
+/// A script engine is a symbol table (CCoreScriptEngine derives from CCoreSymbolTable), so this is how a host
+/// looks at what a script has defined, and how it adds names of its own. The classes can also be used without
+/// an engine.
+///
+///     CCoreSymbolTable table;
+///     ScriptSymbol grid(StrId("grid"), Var(250000, StrId("grid")), nullptr);
+///     table.AddSymbol(StrId("grid"), &grid);
+///     table.PushScope();
+///     table.GetSymbol(StrId("grid"), true);          // null: the top scope has no such name
+///     table.GetSymbol(StrId("grid"), false);         // &grid, from the scope beneath
+///
+/// Symbols and bindings. A symbol is what was declared: a name, a class perhaps, and the value that it starts
+/// with. A *binding* is a symbol that has been added to a scope, together with its current value. One symbol
+/// may be bound several times at once - each active call of a recursive function binds the function's
+/// parameters anew - and each binding has a value of its own; when a scope is popped, its bindings end and
+/// what was bound before shows again. ScriptSymbol::GetValue and SetValue work on the innermost binding.
+///
+/// Ownership. A table never owns the symbols that are added to it: popping a scope, or destroying the table,
+/// deletes none. The engine owns those that its parser makes and deletes them when it is destroyed; a symbol
+/// that a host adds stays the host's and must stay alive while it is bound. A symbol may outlive its table; it
+/// then has its initial value again. Functions own their parameters and body, classes their members'
+/// declarations and their functions.
+///
+/// Cost. Looking a name up takes constant time, whatever the number of scopes; so do adding and pushing.
+/// Popping takes time in proportion to what the scope had bound. GetValue copies the current value out of the
+/// table's own representation, which for a list means all its elements.
+///
+/// Threads. A table, and the symbols bound in it, are used by one thread at a time.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 #include "brenta/containers.h"
@@ -18,48 +48,102 @@ class ClassSymbol;
 class CompoundStatement;
 class DeclarationStatement;
 class DumpFormatter;
-class NameCells;          // internal: the current binding of every name
-struct NameCell;          // internal
-struct FunctionPlan;      // internal: what a call needs, prepared once
-struct ScriptToken;       // a token of the script lexer (brenta/lexer.h)
+class NameCells;      // internal: the current binding of every name
+struct NameCell;      // internal
+struct FunctionPlan;  // internal: what a call needs, prepared once
+struct ScriptToken;   // a token of the script lexer (brenta/lexer.h)
+struct TableLink;     // internal: a symbol's way to the table it was bound in
+class Value;          // internal: the engine's own value
 
+// ---------------------------------------------------------------------------------------------------------
+// CCoreSymbol
+
+/// What a symbol is; tells the classes below apart without asking for run-time types.
+enum class SymbolKind : std::uint8_t {
+    Other,     ///< a host's own class derived from CCoreSymbol
+    Variable,  ///< ScriptSymbol
+    Function,  ///< FuncSymbol
+    Class,     ///< ClassSymbol
+};
+
+/// A name that can stand in a scope: the base of all symbols.
+///
+/// Symbols are compared by address and cannot be copied. Made with `new` they live on the library's heap.
 class BRENTA_API CCoreSymbol {
    public:
-    explicit CCoreSymbol(STRID name) : m_name(name) {}
+    /// kNoName is allowed and is a name like any other.
+    explicit CCoreSymbol(STRID name) : CCoreSymbol(name, SymbolKind::Other) {}
     CCoreSymbol(const CCoreSymbol&) = delete;
     CCoreSymbol& operator=(const CCoreSymbol&) = delete;
 
+    /// The size of the object in bytes, the name of its class, the name of its base class or "none".
     virtual std::size_t SizeOf() const;
     virtual const char* GetClassName() const;
     virtual const char* GetBaseClassName() const;
     virtual ~CCoreSymbol();
+    /// Adds a readable description of the symbol to `out`. The base adds nothing.
     virtual void Dump(DumpFormatter& out) const;
 
+    /// The symbol's own name, which need not be the one it was added to a scope under.
     STRID GetName() const { return m_name; }
+    SymbolKind GetKind() const { return m_kind; }
 
     BRENTA_HEAP_OPERATORS
 
+   protected:
+    CCoreSymbol(STRID name, SymbolKind kind);
+
    private:
+    friend class SymbolAccess;  // internal
+
     STRID m_name;
+    SymbolKind m_kind;
+    std::shared_ptr<TableLink> m_link;  // the table it was bound in last
 };
 
+// ---------------------------------------------------------------------------------------------------------
+// CCoreSymbolTable
+
+/// A stack of scopes, each with the symbols added to it; look-up goes from the innermost scope outward.
+///
+/// All scopes on the stack are visible: a function that runs sees the names of its callers. A new table has
+/// one scope, the global one, and keeps it as long as nobody pops it. On a table without scopes every
+/// operation below except PushScope and GetScopeDepth raises the forced crash "Assertion failed! m_pHead"
+/// (source "Templ"); if the handler resumes, PopScope and AddSymbol do nothing and look-ups find nothing.
 class BRENTA_API CCoreSymbolTable {
    public:
+    /// Pushes the global scope.
     CCoreSymbolTable();
-    CCoreSymbolTable(const CCoreSymbolTable& other);             ///< copies bindings of the global scope, not inner scopes
+    /// Copies what is bound in the other table's global scope, with the current values; inner scopes stay
+    /// behind. The symbols themselves are shared by both tables.
+    CCoreSymbolTable(const CCoreSymbolTable& other);
+    /// The same after dropping all scopes of this table.
     CCoreSymbolTable& operator=(const CCoreSymbolTable& other);
 
     virtual std::size_t SizeOf() const;
     virtual const char* GetClassName() const;
     virtual const char* GetBaseClassName() const;
+    /// Ends all bindings; deletes no symbol.
     virtual ~CCoreSymbolTable();
 
+    /// Opens a new, empty scope on top.
     void PushScope();
+    /// Ends the bindings of the top scope and drops it. Symbols are not deleted.
     void PopScope();
+    /// The number of scopes, 1 when only the global one is open.
     int GetScopeDepth() const;
+
+    /// Binds `symbol` under `name` in the top scope, with its initial value. There is no check for duplicates:
+    /// a later symbol of the same name hides the earlier one for the rest of the scope. A null symbol is not
+    /// added.
     void AddSymbol(STRID name, CCoreSymbol* symbol);
+
+    /// The symbol that a name means now: the innermost binding, or with `topScopeOnly` the one in the top
+    /// scope. Null if there is none. The symbol stays its owner's.
     CCoreSymbol* GetSymbol(STRID name, bool topScopeOnly) const;
-    /// Iterates over the symbols of the top scope in the order added; good until the next call or change of scope.
+
+    /// Iterates over the symbols of the top scope in the order added, hidden ones included. The iterator walks
+    /// a snapshot that the table keeps: it is good until the next call of this function.
     TIter<CCoreSymbol*> GetFirstSymbol();
 
     /// Internal: the bindings themselves.
@@ -68,80 +152,163 @@ class BRENTA_API CCoreSymbolTable {
     BRENTA_HEAP_OPERATORS
 
    private:
+    bool AssertScope() const;
+
     NameCells* m_pCells;
-    TOrderedList<CCoreSymbol*> m_symbols;
+    std::shared_ptr<TableLink> m_link;
+    TOrderedList<CCoreSymbol*> m_symbols;  // what GetFirstSymbol handed out last
 };
+
+// ---------------------------------------------------------------------------------------------------------
+// Variables
 
 /// A variable: a value and, for `as` declarations, its class.
 class BRENTA_API ScriptSymbol : public CCoreSymbol {
    public:
+    /// Without a class the initial value is a copy of `initial`. With a class it is a new object of the class
+    /// (Aggregate), a list named `name`; `initial` is then not used. The class stays its owner's and must
+    /// outlive the symbol.
     ScriptSymbol(STRID name, const Var& initial, ClassSymbol* cls);
+
+    /// An array: the initial value is a list, named `name`, of `arraySize` objects of the class. A size below
+    /// 1 gives an empty list.
+    ScriptSymbol(STRID name, ClassSymbol* cls, int arraySize);
+
     std::size_t SizeOf() const override;
     const char* GetClassName() const override;
     const char* GetBaseClassName() const override;
     ~ScriptSymbol() override;
+
+    /// "Var symbol " and the dump of the value with names (Var::Dump).
     void Dump(DumpFormatter& out) const override;
 
-    /// The value: while the symbol is bound in a scope, the current value of its innermost binding; otherwise the value
-    /// it was made with. The reference stays good until the next call on this symbol.
+    /// The value: while the symbol is bound in a scope, the current value of its innermost binding, named
+    /// like the symbol; otherwise the initial value. The reference stays good until the next call on this
+    /// symbol.
     const Var& GetValue() const;
-    /// Stores into the innermost binding, or, unbound, replaces the initial value.
+
+    /// Stores a copy of `value` into the innermost binding, or, unbound, replaces the initial value. A list
+    /// beyond the engine's limits (16,777,216 elements, 1000 levels, texts of 64 MiB) is bound as null.
     void SetValue(const Var& value);
+
     /// The value that each new binding starts with.
     const Var& GetInitialValue() const { return m_value; }
+
+    /// The class of an `as` declaration, null for untyped variables.
     ClassSymbol* GetClass() const { return m_pClass; }
+
+    /// Of an array of objects the number of elements, otherwise 0.
+    int GetArraySize() const { return m_arraySize; }
+
+    /// Appends to `out` what an object of the class holds: first the members of the base (the most basic
+    /// class first), then those of the class in the order declared. A member that has a class becomes a
+    /// nested object under the member's name; any other a copy of its declared value. Null adds nothing.
+    ///
+    /// An object has at most 16,777,216 values and 1000 levels: what a class asks for beyond that is left out
+    /// (ask ClassSymbol::GetInstanceWeight before).
     void Aggregate(ClassSymbol* cls, Var& out) const;
+
+    /// If the value is a list: the symbol of the first element that is a function named `name`; null
+    /// otherwise. The symbol stays its owner's.
     ScriptSymbol* GetMember(STRID name) const;
 
+   protected:
+    ScriptSymbol(STRID name, SymbolKind kind, const Var& initial);
+
    private:
-    friend class CCoreSymbolTable;
-    friend class SymbolAccess;  // internal
+    friend class SymbolAccess;
+
+    void ChangeInitialValue(const Var& value);
 
     Var m_value;
     ClassSymbol* m_pClass;
-    mutable Var m_current;                // what GetValue last handed out
-    NameCells* m_pTable = nullptr;        // the table it was bound in last
+    int m_arraySize = 0;
+    mutable Var m_current;               // what GetValue handed out last
+    mutable Value* m_pStart = nullptr;   // m_value as the engine's own value, made when first bound
 };
 
+// ---------------------------------------------------------------------------------------------------------
+// Functions
+
+/// A function: its parameters and its body. Its own value is null; what a script sees under its name is a
+/// reference to the function.
 class BRENTA_API FuncSymbol : public ScriptSymbol {
    public:
+    /// No parameters, no body. Calling a function without body succeeds and gives null.
     explicit FuncSymbol(STRID name);
     std::size_t SizeOf() const override;
     const char* GetClassName() const override;
     const char* GetBaseClassName() const override;
+    /// Deletes parameters and body.
     ~FuncSymbol() override;
+
+    /// "function symbol ", the name, the parameters as "(a, b)", a line end, then the dump of the body.
     void Dump(DumpFormatter& out) const override;
 
+    /// Appends a parameter, a symbol whose initial value is the int 0. A second parameter of the same name is
+    /// refused: false, and the error "Parameter '%s' already defined." at the token's place. `at` may be null
+    /// (no place), `messages` too (no message).
     bool AddParam(const ScriptToken* at, CScriptMsgStream* messages, STRID name);
-    int GetParamCount() const;
+    int GetParamCount() const { return m_paramCount; }
+    /// The parameters in the order added; they stay the function's.
     TIter<ScriptSymbol*> GetFirstParam() const;
+
     CompoundStatement* GetBody() const { return m_pBody; }
-    /// Takes ownership of `body`.
+    /// Takes ownership of `body` (which may be null) and deletes the former one.
     void SetBody(CompoundStatement* body);
 
    private:
     friend class SymbolAccess;
 
     TOrderedList<ScriptSymbol*> m_params;
+    int m_paramCount = 0;
     CompoundStatement* m_pBody = nullptr;
     FunctionPlan* m_pPlan = nullptr;
+    void (*m_pDeletePlan)(FunctionPlan*) = nullptr;
 };
 
+// ---------------------------------------------------------------------------------------------------------
+// Classes
+
+/// A class: its members, its functions and its base. Its own value is a list of the declared members' values
+/// in order, without those of the base.
 class BRENTA_API ClassSymbol : public ScriptSymbol {
    public:
+    /// `base` may be null; it stays its owner's and must outlive the class. Its members should be complete by
+    /// now: GetInstanceWeight and GetInstanceDepth count the base as it is here.
     ClassSymbol(STRID name, ClassSymbol* base);
     std::size_t SizeOf() const override;
     const char* GetClassName() const override;
     const char* GetBaseClassName() const override;
+    /// Deletes members and functions.
     ~ClassSymbol() override;
+
+    /// "Class symbol ", the name, " inherits " and the base's name if there is one; then, one level deeper,
+    /// the dump of the value without names.
     void Dump(DumpFormatter& out) const override;
 
-    /// Both take ownership of what they accept; what they refuse stays the caller's.
+    /// Appends a member: its declaration, and the declared value to the class's own value (also to the
+    /// bound one, if the class is in scope). A second member of the same name in this class is refused:
+    /// false, and the error "Member '%s' already defined in class '%s'" with `where` in front. A name that
+    /// only the base has is accepted; by name the base's member is found first.
+    ///
+    /// The class takes ownership of what it accepts (not of the declared symbol); what it refuses, and null,
+    /// stays the caller's. `messages` may be null, `where` too.
     bool AddMember(const char* where, CScriptMsgStream* messages, DeclarationStatement* member);
+
+    /// Appends a function. A second one of the same name is refused with "Function '%s' already defined in
+    /// class '%s'"; ownership as for AddMember.
     bool AddFunction(const char* where, CScriptMsgStream* messages, FuncSymbol* function);
+
+    /// Members and functions in the order added; they stay the class's.
     TIter<DeclarationStatement*> GetFirstMember() const;
     TIter<FuncSymbol*> GetFirstFunction() const;
     ClassSymbol* GetBase() const { return m_pBase; }
+
+    /// How many values an object of this class holds, nested ones included; saturates.
+    std::uint64_t GetInstanceWeight() const { return m_weight; }
+    /// How many levels of lists an object of this class has, itself included.
+    std::uint32_t GetInstanceDepth() const { return m_depth; }
 
    private:
     friend class SymbolAccess;
@@ -149,6 +316,8 @@ class BRENTA_API ClassSymbol : public ScriptSymbol {
     ClassSymbol* m_pBase;
     TOrderedList<DeclarationStatement*> m_members;
     TOrderedList<FuncSymbol*> m_functions;
+    std::uint64_t m_weight;
+    std::uint32_t m_depth;
 };
 
 }  // namespace brenta
