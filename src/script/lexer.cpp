@@ -1,0 +1,311 @@
+#include "brenta/lexer.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <memory>
+
+#include "script/pattern.h"
+#include "script/pattern_program.h"
+
+namespace brenta {
+
+namespace {
+
+constexpr int kFirstTag = 1;
+constexpr int kLastTag = 4;
+constexpr unsigned int kAllTags = 0x1E;  // a bit for each of them
+
+const char* const kTagNames[] = {nullptr, "$1", "$2", "$3", "$4"};
+
+// The number of the line behind a text that starts on `line`; wraps.
+int AddLines(int line, const char* text, std::size_t length) {
+    const auto breaks = static_cast<unsigned int>(std::count(text, text + length, '\n'));
+    return static_cast<int>(static_cast<unsigned int>(line) + breaks);
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------------------------------
+// CREToken
+
+CREToken::CREToken(STRID kindName, int kindId, bool kindSkip) : id(kindId), name(kindName), skip(kindSkip) {}
+
+CREToken::~CREToken() {
+    FreeAtoms(pattern);
+}
+
+std::size_t CREToken::SizeOf() const {
+    return sizeof(*this);
+}
+
+const char* CREToken::GetClassName() const {
+    return "CREToken";
+}
+
+const char* CREToken::GetBaseClassName() const {
+    return "none";
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// CCoreLexer: life
+
+CCoreLexer::CCoreLexer() : m_pProgram(new PatternProgram) {
+    for (int n = 0; n <= kLastTag; ++n)
+        m_tagNames[n] = StrId(kTagNames[n]);
+}
+
+CCoreLexer::CCoreLexer(const CCoreLexer& other) : CCoreSymbolTable(other), m_pProgram(new PatternProgram) {
+    std::copy(std::begin(other.m_tagNames), std::end(other.m_tagNames), m_tagNames);
+    CopyKinds(other);
+}
+
+CCoreLexer& CCoreLexer::operator=(const CCoreLexer& other) {
+    if (this == &other) return *this;
+    CCoreSymbolTable::operator=(other);
+    FlushInput();
+    FreeKinds();
+    CopyKinds(other);
+    return *this;
+}
+
+CCoreLexer::~CCoreLexer() {
+    FlushInput();
+    FreeKinds();
+    delete m_pSpareStream;
+    delete m_pProgram;
+}
+
+std::size_t CCoreLexer::SizeOf() const {
+    return sizeof(*this);
+}
+
+const char* CCoreLexer::GetClassName() const {
+    return "CCoreLexer";
+}
+
+const char* CCoreLexer::GetBaseClassName() const {
+    return "CCoreSymbolTable";
+}
+
+// Kinds, tags and counters of the other lexer; this one has no kinds and no input.
+void CCoreLexer::CopyKinds(const CCoreLexer& other) {
+    const ClassMapper ownClass = [](RECharClass* original, void* lexer) {
+        return static_cast<CCoreLexer*>(lexer)->AddCharClass(*original);
+    };
+    for (CREToken* token : other.m_tokens) {
+        std::unique_ptr<CREToken> copy(new CREToken(token->name, token->id, token->skip));
+        if (copy == nullptr) return;
+        copy->pattern = CopyAtoms(token->pattern, ownClass, this);
+        m_tokens.Add(copy.release());
+    }
+    m_startsStale = true;
+    m_scanCount = other.m_scanCount;
+    m_cleanScanCount = other.m_cleanScanCount;
+    m_patternError = other.m_patternError;
+    // The other's input may be gone when somebody asks the copy, so its tags get their values now.
+    m_tags = other.m_tags;
+    m_pendingTags = other.m_pendingTags;
+    std::copy(std::begin(other.m_tagValues), std::end(other.m_tagValues), m_tagValues);
+    SettleTags();
+    m_tags = TagSpans();
+}
+
+void CCoreLexer::FreeKinds() {
+    m_pProgram->Clear();
+    for (CREToken* token : m_tokens)
+        delete token;
+    m_tokens.RemoveAll();
+    for (RECharClass* set : m_classes)
+        delete set;
+    m_classes.RemoveAll();
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Kinds
+
+bool CCoreLexer::DefineToken(const char* name, int id, const char* pattern, bool skip) {
+    std::unique_ptr<CREToken> token(new CREToken(StrId(name), id, skip));
+    if (token == nullptr) return false;
+    token->pattern = new REAtom;
+    PatternCompiler compiler(*this, pattern == nullptr ? "" : pattern);
+    if (!compiler.Compile(token->pattern)) {
+        token->error = compiler.Error();
+        m_patternError = token->error;
+        return false;
+    }
+    m_tokens.Add(token.release());
+    m_startsStale = true;
+    return true;
+}
+
+RECharClass* CCoreLexer::AddCharClass(RECharClass& charClass) {
+    for (RECharClass* held : m_classes) {
+        if (std::memcmp(held->entries, charClass.entries, sizeof charClass.entries) == 0) return held;
+    }
+    auto* set = new RECharClass(charClass);
+    m_classes.Add(set);
+    return set;
+}
+
+void CCoreLexer::ComputeStarts() {
+    m_pProgram->Clear();
+    for (CREToken* token : m_tokens) {
+        m_pProgram->AddKind(token);
+        ComputeStart(token, token->pattern);
+    }
+    m_startsStale = false;
+}
+
+// The walk goes on behind tags, and behind atoms that may be passed over. An empty atom takes part in it as
+// one that starts with nothing and stops it.
+void CCoreLexer::ComputeStart(CREToken* token, REAtom* atom) {
+    for (; atom != nullptr; atom = atom->next) {
+        if ((atom->flags & (REAtom::kOpenTag | REAtom::kCloseTag)) != 0) continue;
+        if (atom->child != nullptr) {
+            ComputeStart(token, atom->child);
+        } else if ((atom->flags & REAtom::kCharClass) != 0) {
+            const auto* set = reinterpret_cast<const RECharClass*>(atom->data);
+            for (unsigned int byte = 0; byte < sizeof set->entries; ++byte) {
+                if (set->entries[byte] != 0) m_pProgram->AddStart(static_cast<unsigned char>(byte));
+            }
+        } else if (atom->data != 0) {
+            m_pProgram->AddStart(static_cast<unsigned char>(*StrPtr(static_cast<STRID>(atom->data))));
+        }
+        if ((atom->flags & (REAtom::kOptional | REAtom::kAlternative)) == 0) return;
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Tokens
+
+bool CCoreLexer::GetToken(LexToken& token) {
+    return ScanToken(token, m_tags);
+}
+
+bool CCoreLexer::ScanToken(LexToken& token, TagSpans& tags) {
+    for (;;) {
+        if (m_pStream == nullptr) return false;
+        if (*m_pStream->position == 0) {
+            EndStream();
+            if (m_pStream == nullptr) {
+                token.id = -1;
+                token.name = "";
+                token.length = 0;
+                token.text = nullptr;
+                return true;
+            }
+            // The text beneath is not asked whether it is at its end: there, no kind matches.
+        }
+        const CREToken* kind = TakeToken(token);
+        if (kind == nullptr) return false;
+        std::copy(std::begin(kind->tagStarts), std::end(kind->tagStarts), tags.starts);
+        std::copy(std::begin(kind->tagEnds), std::end(kind->tagEnds), tags.ends);
+        if (&tags == &m_tags) m_pendingTags = kAllTags;
+        if (!kind->skip) return true;
+    }
+}
+
+// One token of the current text, skipped kinds included; null, with the position unmoved, where no kind
+// matches.
+const CREToken* CCoreLexer::TakeToken(LexToken& token) {
+    if (m_startsStale) ComputeStarts();
+    LexStream& stream = *m_pStream;
+    token.id = 0;
+    token.name = "";
+    token.length = 0;
+    token.text = stream.position;
+    token.line = stream.line;
+    token.file = stream.name;
+    const PatternProgram::Match match = m_pProgram->Longest(stream.position);
+    ++m_scanCount;
+    if (!match.displaced) ++m_cleanScanCount;
+    if (match.token == nullptr) return nullptr;
+    token.id = match.token->id;
+    token.name = StrPtr(match.token->name);
+    token.length = static_cast<int>(std::min<std::size_t>(match.length, INT_MAX));
+    stream.position += match.length;
+    stream.line = AddLines(stream.line, token.text, match.length);
+    return match.token;
+}
+
+const char* CCoreLexer::TagSpans::Find(int n, std::size_t& length) const {
+    length = 0;
+    if (starts[n] == nullptr || ends[n] == nullptr || starts[n] > ends[n]) return nullptr;
+    length = static_cast<std::size_t>(ends[n] - starts[n]);
+    return starts[n];
+}
+
+const char* CCoreLexer::TagText(int n, std::size_t& length) const {
+    return m_tags.Find(n, length);
+}
+
+Var& CCoreLexer::GetTag(int n) {
+    if (n < kFirstTag || n > kLastTag) return m_tagValues[0];
+    if ((m_pendingTags >> n & 1) != 0) SettleTag(n);
+    return m_tagValues[n];
+}
+
+void CCoreLexer::SettleTags() {
+    for (int n = kFirstTag; m_pendingTags != 0; ++n)
+        SettleTag(n);
+}
+
+void CCoreLexer::SettleTag(int n) {
+    if ((m_pendingTags >> n & 1) == 0) return;
+    m_pendingTags &= ~(1u << n);
+    std::size_t length = 0;
+    const char* text = m_tags.Find(n, length);
+    if (text == nullptr) {
+        m_tagValues[n] = Var();
+    } else {
+        m_tagValues[n] = Var(StrId(text, static_cast<unsigned int>(length)), m_tagNames[n]);
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Input
+
+void CCoreLexer::PushStream(const char* name, int line, const char* text, bool ownsText) {
+    LexStream* stream = m_pSpareStream != nullptr ? m_pSpareStream : new LexStream;
+    m_pSpareStream = nullptr;
+    if (text == nullptr) *stream = {false, StrId(name), line, "", ""};
+    if (text != nullptr) *stream = {ownsText, StrId(name), line, text, text};
+    m_streams.Push(stream);
+    m_pStream = stream;
+}
+
+// Pops the current text, which goes on to be the one beneath it. Tags that nobody has asked for yet may lie
+// in it.
+void CCoreLexer::EndStream() {
+    SettleTags();
+    m_tags = TagSpans();
+    if (m_pStream->ownsText) delete[] m_pStream->text;
+    delete m_pSpareStream;
+    m_pSpareStream = m_pStream;
+    m_streams.Pop();
+    m_pStream = m_streams.IsEmpty() ? nullptr : m_streams.Top();
+}
+
+bool CCoreLexer::SetPos(const char* name, int line, const char* position) {
+    if (m_pStream == nullptr || position == nullptr) return false;
+    m_pStream->name = StrId(name);
+    m_pStream->line = line;
+    m_pStream->position = position;
+    return true;
+}
+
+bool CCoreLexer::GetPos(CoreString& name, int& line, const char*& position) const {
+    if (m_pStream == nullptr) return false;
+    name = StrPtr(m_pStream->name);
+    line = m_pStream->line;
+    position = m_pStream->position;
+    return true;
+}
+
+void CCoreLexer::FlushInput() {
+    while (m_pStream != nullptr)
+        EndStream();
+}
+
+}  // namespace brenta
