@@ -1,0 +1,21 @@
+// Linux: what Lock needs of the system. The C library itself keeps the flag of the single thread.
+#include "os/lock.h"
+
+#include <linux/futex.h>
+#include <sys/single_threaded.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace brenta::os {
+
+const char* const kSingleThreadFlag = &__libc_single_threaded;
+
+void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) {
+    syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, value, nullptr, nullptr, 0);
+}
+
+void WakeOne(const std::atomic<std::uint32_t>& word) {
+    syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
+
+}  // namespace brenta::os

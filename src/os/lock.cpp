@@ -1,0 +1,62 @@
+#include "os/lock.h"
+
+namespace brenta::os {
+
+namespace {
+
+constexpr int kSpins = 100;
+
+/// A number that no other live thread has.
+std::uintptr_t ThisThread() {
+    static constinit thread_local char t_identity = 0;
+    return reinterpret_cast<std::uintptr_t>(&t_identity);
+}
+
+/// Tells the processor that this is a spin loop.
+void Relax() {
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#endif
+}
+
+}  // namespace
+
+void Lock::Acquire() {
+    const std::uintptr_t self = ThisThread();
+    std::uint32_t expected = 0;
+    if (!m_state.compare_exchange_strong(expected, 1, std::memory_order_acquire, std::memory_order_relaxed)) {
+        // Only the owner itself can read its own number here, so no order is needed.
+        if (m_owner.load(std::memory_order_relaxed) == self) {
+            ++m_depth;
+            return;
+        }
+        AcquireContended();
+    }
+    m_owner.store(self, std::memory_order_relaxed);
+}
+
+void Lock::AcquireContended() {
+    for (int i = 0; i < kSpins; ++i) {
+        Relax();
+        std::uint32_t expected = 0;
+        if (m_state.load(std::memory_order_relaxed) == 0 &&
+            m_state.compare_exchange_weak(expected, 1, std::memory_order_acquire,
+                                          std::memory_order_relaxed)) {
+            return;
+        }
+    }
+    // From here on the lock counts as slept on, also when this thread gets it: others may sleep too.
+    while (m_state.exchange(2, std::memory_order_acquire) != 0)
+        SleepWhile(m_state, 2);
+}
+
+void Lock::Release() {
+    if (m_depth > 0) {
+        --m_depth;
+        return;
+    }
+    m_owner.store(0, std::memory_order_relaxed);
+    if (m_state.exchange(0, std::memory_order_release) == 2) WakeOne(m_state);
+}
+
+}  // namespace brenta::os

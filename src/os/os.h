@@ -1,0 +1,115 @@
+/// @file
+/// The platform seam: what the library asks of the operating system, as plain functions. linux/ and windows/
+/// implement them; nothing else in the library includes a header of one platform.
+///
+/// Paths are terminated 8-bit texts with "\" or "/" between their parts; every function here brings them into
+/// the platform's form first. A null path counts as "". Everything may be called from any thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+
+#include "brenta/failure.h"
+#include "os/lock.h"
+
+namespace brenta::os {
+
+// ---------------------------------------------------------------------------------------------------------
+// Files
+
+enum class FileStatus {
+    Ok,
+    CannotOpen,  ///< absent, not permitted, or not a regular file
+    CannotRead,  ///< read error, larger than the limit, or no memory
+};
+
+/// Reads a whole regular file; pipes, devices and folders cannot be opened. `content` is replaced on Ok and
+/// left as it was otherwise. A file of more than `limit` bytes is not read.
+FileStatus ReadWholeFile(const char* path, std::string& content,
+                         std::size_t limit = std::numeric_limits<std::size_t>::max());
+
+/// Creates or replaces a file; false if that fails, and the file may then hold a part of the content.
+bool WriteWholeFile(const char* path, std::string_view content);
+
+enum class PathKind { Absent, File, Directory };
+
+/// What a path leads to; everything that is there and no folder counts as a file.
+PathKind KindOfPath(const char* path);
+
+/// The path in the platform's form: on Linux with "/" for every "\", on Windows unchanged.
+std::string NativePath(const char* path);
+
+// ---------------------------------------------------------------------------------------------------------
+// Folders and environment. Results are in the platform's form; "" means unknown.
+
+/// Full path of the running executable.
+std::string ExecutablePath();
+
+/// Folder for application data, without a separator at its end; it need not exist. The environment's
+/// BRENTA_APPDATA if it is set; else on Linux $XDG_DATA_HOME (when absolute) or ~/.local/share, on Windows
+/// the common application-data folder.
+std::string ApplicationDataFolder();
+
+/// An environment variable; false, and `value` as it was, if it is not set.
+bool GetEnvironment(const char* name, std::string& value);
+
+// ---------------------------------------------------------------------------------------------------------
+// Terminal
+
+/// Writes to standard error at once, in one piece as far as the system allows.
+void WriteError(std::string_view text);
+
+/// Whether both a person's input and standard error are a terminal, so that a question can be asked.
+bool HasTerminal();
+
+/// Reads one line from standard input, without its line end; false at the end of the input.
+bool ReadTerminalLine(std::string& line);
+
+// ---------------------------------------------------------------------------------------------------------
+// Process and threads
+
+/// What a forced crash does without a handler of the host. Linux: writes the four values to standard error
+/// and ends the process by SIGABRT. Windows: raises the structured exception; returns if a handler resumes.
+void RaiseForcedCrash(const ForcedCrashRecord& record);
+
+/// Fetches and drops the system's text for the calling thread's last error, where the system has such a text
+/// service.
+void FetchLastErrorText();
+
+bool DebuggerAttached();
+
+/// Stops in the debugger. Without one the process ends, so ask DebuggerAttached first.
+void BreakIntoDebugger();
+
+/// The lowest address that the calling thread's stack can safely grow to, some reserve for called functions
+/// left aside; 0 if unknown. Cheap after a thread's first call.
+std::uintptr_t StackLimit();
+
+/// A value per thread that is handed to a function when its thread ends.
+class ThreadEndHook {
+ public:
+    constexpr ThreadEndHook() = default;
+    ThreadEndHook(const ThreadEndHook&) = delete;
+    ThreadEndHook& operator=(const ThreadEndHook&) = delete;
+
+    /// Prepares the hook; false if the system has no room for it. Threads that end before are not noticed.
+    bool Open(void (*atThreadEnd)(void* value));
+    /// Sets the calling thread's value; null asks for no call.
+    void Set(void* value);
+    /// Ends the hook. Some systems call the function now for the values that are still set, others never.
+    void Close();
+
+ private:
+    bool m_open = false;
+    std::uintptr_t m_key = 0;
+};
+
+/// Whether the library is leaving a process that lives on. At the end of the process this stays false: the
+/// system takes everything back by itself then, and other threads and the host's own static objects may still
+/// use the library.
+bool LibraryIsUnloading();
+
+}  // namespace brenta::os

@@ -1,0 +1,86 @@
+// Windows: whole files and paths.
+#include <algorithm>
+#include <cstdint>
+#include <exception>
+
+#include "os/os.h"
+
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+
+namespace brenta::os {
+
+namespace {
+
+/// A file handle that closes itself.
+class File {
+ public:
+    explicit File(HANDLE handle) : m_handle(handle) {}
+    ~File() {
+        if (IsOpen()) CloseHandle(m_handle);
+    }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
+    HANDLE Get() const { return m_handle; }
+
+ private:
+    HANDLE m_handle;
+};
+
+constexpr std::size_t kLargestPiece = 1u << 30;
+
+bool ReadExactly(HANDLE file, char* buffer, std::size_t size) {
+    while (size > 0) {
+        DWORD count = 0;
+        const auto piece = static_cast<DWORD>(std::min(size, kLargestPiece));
+        if (!ReadFile(file, buffer, piece, &count, nullptr) || count == 0) return false;
+        buffer += count;
+        size -= count;
+    }
+    return true;
+}
+
+}  // namespace
+
+FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t limit) try {
+    const File file(CreateFileA(NativePath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.IsOpen() || GetFileType(file.Get()) != FILE_TYPE_DISK) return FileStatus::CannotOpen;
+    LARGE_INTEGER size;
+    if (!GetFileSizeEx(file.Get(), &size)) return FileStatus::CannotRead;
+    if (static_cast<std::uint64_t>(size.QuadPart) > limit) return FileStatus::CannotRead;
+    std::string bytes(static_cast<std::size_t>(size.QuadPart), '\0');
+    if (!ReadExactly(file.Get(), bytes.data(), bytes.size())) return FileStatus::CannotRead;
+    content.swap(bytes);
+    return FileStatus::Ok;
+} catch (const std::exception&) {
+    return FileStatus::CannotRead;
+}
+
+bool WriteWholeFile(const char* path, std::string_view content) {
+    const File file(CreateFileA(NativePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.IsOpen()) return false;
+    while (!content.empty()) {
+        DWORD count = 0;
+        const auto piece = static_cast<DWORD>(std::min(content.size(), kLargestPiece));
+        if (!WriteFile(file.Get(), content.data(), piece, &count, nullptr) || count == 0) return false;
+        content.remove_prefix(count);
+    }
+    return true;
+}
+
+PathKind KindOfPath(const char* path) {
+    const DWORD attributes = GetFileAttributesA(NativePath(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) return PathKind::Absent;
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::Directory : PathKind::File;
+}
+
+std::string NativePath(const char* path) {
+    return path ? path : "";
+}
+
+}  // namespace brenta::os

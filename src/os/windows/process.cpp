@@ -1,0 +1,98 @@
+// Windows: the process, its threads and its terminal.
+#include <io.h>
+
+#include <cstdio>
+
+#include "os/os.h"
+
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+namespace brenta::os {
+
+namespace {
+
+constinit bool g_unloading = false;
+
+}  // namespace
+
+void WriteError(std::string_view text) {
+    DWORD count = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), text.data(), static_cast<DWORD>(text.size()), &count, nullptr);
+}
+
+bool HasTerminal() {
+    return _isatty(_fileno(stdin)) && _isatty(_fileno(stderr));
+}
+
+bool ReadTerminalLine(std::string& line) {
+    line.clear();
+    int c;
+    while ((c = std::getchar()) != EOF && c != '\n')
+        line += static_cast<char>(c);
+    if (line.ends_with('\r')) line.pop_back();
+    return c != EOF || !line.empty();
+}
+
+void RaiseForcedCrash(const ForcedCrashRecord& record) {
+    const ULONG_PTR values[4] = {record.values[0], record.values[1], record.values[2], record.values[3]};
+    RaiseException(record.code, record.flags, 4, values);
+}
+
+void FetchLastErrorText() {
+    char* text = nullptr;
+    constexpr DWORD kFlags =
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+    FormatMessageA(kFlags, nullptr, GetLastError(), MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
+                   reinterpret_cast<char*>(&text), 0, nullptr);
+    if (text) LocalFree(text);
+}
+
+bool DebuggerAttached() {
+    return IsDebuggerPresent() != 0;
+}
+
+void BreakIntoDebugger() {
+    DebugBreak();
+}
+
+std::uintptr_t StackLimit() {
+    constexpr std::uintptr_t kReserve = 128 * 1024;
+    ULONG_PTR low = 0;
+    ULONG_PTR high = 0;
+    GetCurrentThreadStackLimits(&low, &high);
+    return low + kReserve;
+}
+
+bool ThreadEndHook::Open(void (*atThreadEnd)(void* value)) {
+    const DWORD index = FlsAlloc(atThreadEnd);
+    m_open = index != FLS_OUT_OF_INDEXES;
+    m_key = index;
+    return m_open;
+}
+
+void ThreadEndHook::Set(void* value) {
+    if (m_open) FlsSetValue(static_cast<DWORD>(m_key), value);
+}
+
+void ThreadEndHook::Close() {
+    if (m_open) FlsFree(static_cast<DWORD>(m_key));
+    m_open = false;
+}
+
+bool LibraryIsUnloading() {
+    return g_unloading;
+}
+
+void NoticeUnloading() {
+    g_unloading = true;
+}
+
+}  // namespace brenta::os
+
+/// Called by the system when the library comes and goes; `reserved` tells the end of the process from the
+/// unloading by a living one.
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* reserved) {
+    if (reason == DLL_PROCESS_DETACH && !reserved) brenta::os::NoticeUnloading();
+    return TRUE;
+}
