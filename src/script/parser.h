@@ -1,13 +1,14 @@
 // What the parts of the parser share with one another, and with whoever parses texts of statements (the
 // engine's commands, `execute`).
 //
-// The parser is CCoreScriptEngine's; see the notes in brenta/script.h for what each function is entered on and
-// where it leaves the iterator. It lives in parser.cpp (modules, sequences of statements, the dispatch),
+// The parser is CCoreScriptEngine's; see the notes in brenta/script.h for what each function is entered on
+// and where it leaves the iterator. It lives in parser.cpp (modules, sequences of statements, the dispatch),
 // parse_declarations.cpp, parse_statements.cpp and parse_expression.cpp.
 #pragma once
 
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "brenta/script.h"
 #include "script/engine_state.h"
@@ -27,15 +28,15 @@ namespace brenta {
 //   open     it ended before a terminator that is not its own: expressions, declarations, return, and every
 //            `if` and loop whose last branch is open.
 //
-// After an open statement the terminator decides, by the kind of sequence: `;` is stepped over everywhere; `}`
-// closes a block and is left for it, so `{ return 1 }` needs no `;`; `)` is skipped in a command, a leftover
-// of texts cut out of a larger one; the end of the text is left for the loop to see. Anything else stands
-// where no statement can begin, and is a syntax error - a loop that let it be would never move on, for the
-// statement that "begins" there is an empty expression.
+// After an open statement the terminator decides, by the kind of sequence: `;` is stepped over everywhere;
+// `}` closes a block and is left for it, so `{ return 1 }` needs no `;`; `)` is skipped in a command, a
+// leftover of texts cut out of a larger one; the end of the text is left for the loop to see. Anything else
+// stands where no statement can begin, and is a syntax error - a loop that let it be would never move on, for
+// the statement that "begins" there is an empty expression.
 //
 // Whether the statement parsed last is open is kept in EngineState::openStatement by the parse functions: an
-// `if` has to know it of its branch before it may look for `else` behind it, and asking the tree instead would
-// walk a long else-if chain once per enclosing statement.
+// `if` has to know it of its branch before it may look for `else` behind it, and asking the tree instead
+// would walk a long else-if chain once per enclosing statement.
 
 enum class StatementSequence {
     Block,    ///< the body of a block or class, up to its `}`
@@ -51,11 +52,30 @@ bool FinishStatement(CCoreScriptEngine& engine, TIter<ScriptToken*>& iter, State
 bool ParseSequence(CCoreScriptEngine& engine, TIter<ScriptToken*>& iter, StatementSequence sequence,
                    CompoundStatement& into);
 
-/// Parses a whole text (Text or Command) in the current scope. What `foreach` enters into the scope while it
-/// is parsed is removed again at the end: a text that is parsed twice must not meet itself. Null after the
-/// error message.
-std::unique_ptr<CompoundStatement> ParseText(CCoreScriptEngine& engine, TIter<ScriptToken*>& iter,
-                                             StatementSequence sequence);
+/// A text of statements, and the symbols that it declares: what a command or `execute` parses and runs.
+///
+/// It must outlive the run of its statements. Symbols that are still bound when it goes (a command's global
+/// variables) move to the engine, the others go with it: a text that is executed a million times must not
+/// leave a million symbols behind.
+class ParsedText {
+ public:
+    explicit ParsedText(CCoreScriptEngine& engine) : m_engine(engine) {}
+    ~ParsedText();
+    ParsedText(const ParsedText&) = delete;
+    ParsedText& operator=(const ParsedText&) = delete;
+
+    /// Parses all tokens from `iter` on, as Text or Command, in the current scope. What `foreach` enters into
+    /// that scope while it is parsed is taken out again: a text that is parsed twice must not meet itself.
+    /// False after the error message.
+    bool Parse(TIter<ScriptToken*>& iter, StatementSequence sequence);
+
+    const CompoundStatement& Statements() const { return *m_pStatements; }
+
+ private:
+    CCoreScriptEngine& m_engine;
+    EngineState::SymbolList m_symbols;
+    std::unique_ptr<CompoundStatement> m_pStatements;
+};
 
 // ---------------------------------------------------------------------------------------------------------
 // Tokens and messages
@@ -81,12 +101,19 @@ void ReportEnd(CCoreScriptEngine& engine, const ScriptToken* token);
 ScriptToken* AdvanceToAny(CCoreScriptEngine& engine, TIter<ScriptToken*>& iter);
 
 /// What a construct adds when a part of it failed, which has reported already: one message of its own, at the
-/// token that began it. Nothing when the nesting was too deep, for then each of the thousand constructs around
-/// would add one.
+/// token that began it. Nothing when the nesting was too deep, for then each of the thousand constructs
+/// around would add one.
 void ReportConstruct(CCoreScriptEngine& engine, const ScriptToken* token, const char* text);
 
 /// Reports that a nesting limit is met, and silences the constructs around.
 void ReportLimit(CCoreScriptEngine& engine, const ScriptToken* token, const char* text);
+
+// ---------------------------------------------------------------------------------------------------------
+// Symbols
+
+/// Binds a symbol in the global scope, with its initial value, even when a module is loaded while scripts
+/// run.
+void EnterGlobal(CCoreScriptEngine& engine, CCoreSymbol& symbol);
 
 // ---------------------------------------------------------------------------------------------------------
 // Helpers
@@ -106,6 +133,20 @@ class ParseScope {
     int m_depth;
 };
 
+/// Gives a variable another value for a while.
+template <class T>
+class Override {
+ public:
+    Override(T& variable, T value) : m_variable(variable), m_former(variable) { variable = value; }
+    ~Override() { m_variable = m_former; }
+    Override(const Override&) = delete;
+    Override& operator=(const Override&) = delete;
+
+ private:
+    T& m_variable;
+    T m_former;
+};
+
 /// Counts one level of nesting while it lives.
 class NestingLevel {
  public:
@@ -118,8 +159,16 @@ class NestingLevel {
     int& m_level;
 };
 
-/// A new statement that takes over its parts. The library's heap answers null when it is exhausted; parsing
-/// then ends like every other lack of memory.
+/// A new symbol. The library's heap answers null when it is exhausted; parsing then ends like every other
+/// lack of memory. So for statements.
+template <class T, class... Args>
+std::unique_ptr<T> MakeSymbol(Args&&... args) {
+    std::unique_ptr<T> symbol(new T(std::forward<Args>(args)...));
+    if (symbol == nullptr) throw std::bad_alloc();
+    return symbol;
+}
+
+/// A new statement that takes over its parts.
 template <class T, class... Parts>
 std::unique_ptr<T> MakeStatement(std::unique_ptr<Parts>&... parts) {
     std::unique_ptr<T> statement(new T(parts.get()...));

@@ -11,8 +11,8 @@ struct Row {
     std::uint32_t word;
 };
 
-// Equal priorities group from the left. The gaps carry no meaning; what counts is the order, and that operands
-// stand above all operators, so that an operand always attaches under the operator before it.
+// Equal priorities group from the left. The gaps carry no meaning; what counts is the order, and that
+// operands stand above all operators, so that an operand always attaches under the operator before it.
 constexpr Row kRows[] = {
     {TOK_ASSIGN, TOK_OR_ASSIGN, kAssignmentToken | kBinaryToken | kUnaryToken | 7},
     {TOK_LOG_OR, TOK_LOG_OR, kBinaryToken | 10},
