@@ -23,15 +23,16 @@ int ParseInt(const char* text);
 /// int.
 int DoubleToInt(double value);
 
-/// A buffer of this size holds every double with up to 180 decimals.
+/// A buffer of this size holds every double with up to 200 decimals.
 inline constexpr std::size_t kFixedTextSize = 512;
 
 /// Writes "%.*f" of the value, exactly and rounded to the nearest (a tie to the even digit); a negative
-/// number of decimals counts as 6. NaN is "nan", the infinities "inf" and "-inf". At most size - 1 bytes and
-/// a terminator are written; returns the length of what was written.
+/// number of decimals counts as 6, more than 1074, behind which there are only zeros, as 1074. NaN is "nan",
+/// the infinities "inf" and "-inf". At most size - 1 bytes and a terminator are written; returns the length
+/// of what was written.
 std::size_t FormatFixed(double value, int decimals, char* buffer, std::size_t size);
 
-/// Appends the same to a string, whatever its length.
+/// Appends the same to a string.
 void AppendFixed(CoreString& text, double value, int decimals);
 
 }  // namespace brenta

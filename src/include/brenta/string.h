@@ -52,7 +52,7 @@ class THeapIntMap;
 /// An owned text of signed bytes; see the head of this file.
 class BRENTA_API CoreString {
  public:
-    // ---------------------------------------------------------------------------------------------------------------
+    // -------------------------------------------------------------------------------------------------------
     // Class queries; the object itself, when made with `new`, lives on the library's global heap
 
     /// The size of the object in bytes, without a block that it owns.
@@ -67,7 +67,7 @@ class BRENTA_API CoreString {
 
     BRENTA_HEAP_OPERATORS
 
-    // ---------------------------------------------------------------------------------------------------------------
+    // ------------------------------------------------------------------------------------------------------
     // Construction and assignment
 
     /// The empty string.
@@ -118,7 +118,7 @@ class BRENTA_API CoreString {
         return *this;
     }
 
-    // ---------------------------------------------------------------------------------------------------------------
+    // ------------------------------------------------------------------------------------------------------
     // Appending. Null, "" and '\0' leave the string unchanged. Constant time per byte in the long run.
 
     CoreString& operator+=(char c) {
@@ -158,7 +158,7 @@ class BRENTA_API CoreString {
     CoreString& operator<<(char c) { return *this += c; }
     CoreString& operator<<(const char* text) { return *this += text; }
 
-    // ---------------------------------------------------------------------------------------------------------------
+    // ------------------------------------------------------------------------------------------------------
     // Access
 
     /// The terminated text, never null; valid until the string changes.
@@ -204,7 +204,7 @@ class BRENTA_API CoreString {
     /// Removes the first n bytes and returns them: Left(n) and TrimLeft(n).
     CoreString RemoveLeft(int n);
 
-    // ---------------------------------------------------------------------------------------------------------------
+    // ------------------------------------------------------------------------------------------------------
     // Comparison
     //
     // The operators use the natural order, case-sensitive: texts compare byte by byte, but runs of decimal
@@ -225,20 +225,20 @@ class BRENTA_API CoreString {
         return b != nullptr && std::strcmp(a.m_pBuffer, b) == 0;
     }
     friend bool operator==(const CoreString& a, std::string_view b) { return a.View() == b; }
-    friend bool operator<(const CoreString& a, const CoreString& b) { return CompareFunc(a, b) < 0; }
+    friend bool operator<(const CoreString& a, const CoreString& b) { return a.Order(b) < 0; }
     friend bool operator<(const CoreString& a, const char* b) { return CompareFunc(a, b) < 0; }
     friend bool operator<(const char* a, const CoreString& b) { return CompareFunc(a, b) < 0; }
-    friend bool operator<=(const CoreString& a, const CoreString& b) { return CompareFunc(a, b) <= 0; }
+    friend bool operator<=(const CoreString& a, const CoreString& b) { return a.Order(b) <= 0; }
     friend bool operator<=(const CoreString& a, const char* b) { return CompareFunc(a, b) <= 0; }
     friend bool operator<=(const char* a, const CoreString& b) { return CompareFunc(a, b) <= 0; }
-    friend bool operator>(const CoreString& a, const CoreString& b) { return CompareFunc(a, b) > 0; }
+    friend bool operator>(const CoreString& a, const CoreString& b) { return a.Order(b) > 0; }
     friend bool operator>(const CoreString& a, const char* b) { return CompareFunc(a, b) > 0; }
     friend bool operator>(const char* a, const CoreString& b) { return CompareFunc(a, b) > 0; }
-    friend bool operator>=(const CoreString& a, const CoreString& b) { return CompareFunc(a, b) >= 0; }
+    friend bool operator>=(const CoreString& a, const CoreString& b) { return a.Order(b) >= 0; }
     friend bool operator>=(const CoreString& a, const char* b) { return CompareFunc(a, b) >= 0; }
     friend bool operator>=(const char* a, const CoreString& b) { return CompareFunc(a, b) >= 0; }
 
-    // ---------------------------------------------------------------------------------------------------------------
+    // ------------------------------------------------------------------------------------------------------
     // Searching. A search returns -1 when it finds nothing, when start is at or beyond the length, and for a
     // null text or set.
     //
@@ -268,7 +268,7 @@ class BRENTA_API CoreString {
     /// are not.
     bool IsAllNumeric() const;
 
-    // ---------------------------------------------------------------------------------------------------------------
+    // ------------------------------------------------------------------------------------------------------
     // Editing in place. Operations that count return the number of replacements.
 
     /// Replaces every byte `from`. Nothing happens, and 0 is returned, if either is '\0'.
@@ -311,7 +311,7 @@ class BRENTA_API CoreString {
     /// A conversion it does not know, %n and wide characters among them, makes the whole result empty. A null
     /// format counts as "".
     [[gnu::format(printf, 2, 3)]] void Format(const char* format, ...);
-    /// The same with an argument list, which is used up.
+    /// The same with an argument list, which stays as it is.
     [[gnu::format(printf, 2, 0)]] void FormatV(const char* format, std::va_list arguments);
 
     /// Adds step to the last decimal number of the text, to which a "-" directly before its digits belongs,
@@ -335,7 +335,7 @@ class BRENTA_API CoreString {
     /// if the text cannot be written in full, the result is false without a message.
     bool SaveToFile(const char* path) const;
 
-    // ---------------------------------------------------------------------------------------------------------------
+    // ------------------------------------------------------------------------------------------------------
     // Splitting. The outputs may be the string itself.
 
     /// Cuts at the first occurrence of a separator at or after start: left is the text before it, right the
@@ -354,6 +354,7 @@ class BRENTA_API CoreString {
     static constexpr int kLocalSize = 16;
 
     static int CompareFunc(const char* a, const char* b);
+    int Order(const CoreString& other) const;
     bool Equals(const CoreString& other) const {
         if (m_pBuffer[0] != other.m_pBuffer[0]) return false;
         const auto size = static_cast<std::size_t>(m_length);
@@ -374,11 +375,13 @@ class BRENTA_API CoreString {
     bool Owns(const char* text) const;
     void AssignBytes(const char* text, int length) noexcept;
     CoreString& AppendBytes(const char* text, std::size_t count);
-    bool Resize(int length, int capacity);
     bool Grow(std::size_t count);
+    bool Reserve(std::size_t length);
+    bool SetLength(std::size_t length);
+    bool SetCapacity(int capacity) noexcept;
     void CutTo(int length);
-    void ReplaceWithin(std::string_view from, std::string_view to);
-    static char* AcquireBlock(std::size_t size) noexcept;
+    int ReplaceInPlace(std::string_view from, std::string_view to);
+    int ReplaceGrowing(std::string_view from, std::string_view to);
     static void ReleaseBlock(char* pBlock, int size) noexcept;
 
     char* m_pBuffer = m_local;      // m_local, or a block of the general allocator
@@ -387,7 +390,7 @@ class BRENTA_API CoreString {
     char m_local[kLocalSize] = {};  // the text itself while it is shorter than this
 };
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ----------------------------------------------------------------------------------------------------------
 // Per-character cipher
 
 /// The cipher table's entry for a character: a fixed permutation of the 94 printable characters from "!" to
@@ -397,7 +400,7 @@ BRENTA_API char CoreGetCypherChar(char c);
 /// The clear table's entry: undoes CoreGetCypherChar. Any thread.
 BRENTA_API char CoreGetClearChar(char c);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ----------------------------------------------------------------------------------------------------------
 // Keyed password transform
 
 /// Adds the key, repeated as often as needed, to the text byte by byte and puts the outcome into `result`,
@@ -411,7 +414,7 @@ BRENTA_API void EncryptPassword(CString& plain, CString& key, CString& result);
 /// which is not that of EncryptPassword. An empty key gives an empty result.
 BRENTA_API void DecryptPassword(CString& result, CString& key, CString& cipher);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ----------------------------------------------------------------------------------------------------------
 // The string heap
 
 /// The one object, built when the library is loaded and before any string, that stands for the memory of all

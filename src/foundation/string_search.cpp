@@ -1,0 +1,159 @@
+// CoreString's searches, matches and splits.
+#include <algorithm>
+#include <cstring>
+
+#include "brenta/string.h"
+#include "foundation/characters.h"
+#include "foundation/text_search.h"
+
+namespace brenta {
+
+namespace {
+
+constexpr std::size_t kNowhere = std::string_view::npos;
+
+int Position(std::size_t place) {
+    return place == kNowhere ? -1 : static_cast<int>(place);
+}
+
+// Whether a pattern fits at the start of a text: "?" is any one byte, "*" ends the test with success.
+bool Fits(const char* text, const char* pEnd, const char* pattern, bool ignoreCase) {
+    for (; *pattern != 0; ++pattern, ++text) {
+        if (*pattern == '*') return true;
+        if (text == pEnd) return false;
+        if (*pattern == '?' || *pattern == *text) continue;
+        if (!ignoreCase || ToUpper(*pattern) != ToUpper(*text)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+std::size_t FindText(std::string_view where, std::string_view text, std::size_t start) {
+    if (start > where.size() || text.size() > where.size() - start) return kNowhere;
+    if (text.empty()) return start;
+    const char* place = where.data() + start;
+    const char* const pLast = where.data() + (where.size() - text.size());
+    const char tail = text.back();
+    const std::size_t rest = text.size() - 1;
+    while (place <= pLast) {
+        place = static_cast<const char*>(
+            std::memchr(place, text.front(), static_cast<std::size_t>(pLast - place) + 1));
+        if (place == nullptr) return kNowhere;
+        if (place[rest] == tail && std::memcmp(place, text.data(), rest) == 0) {
+            return static_cast<std::size_t>(place - where.data());
+        }
+        ++place;
+    }
+    return kNowhere;
+}
+
+std::size_t FindTextIgnoringCase(std::string_view where, std::string_view text, std::size_t start) {
+    if (start > where.size() || text.size() > where.size() - start) return kNowhere;
+    if (text.empty()) return start;
+    const char first = ToLower(text.front());
+    for (std::size_t place = start; place <= where.size() - text.size(); ++place) {
+        if (ToLower(where[place]) != first) continue;
+        std::size_t i = 1;
+        while (i < text.size() && ToLower(where[place + i]) == ToLower(text[i]))
+            ++i;
+        if (i == text.size()) return place;
+    }
+    return kNowhere;
+}
+
+int CoreString::Find(const char* text, bool ignoreCase, int start) const {
+    if (text == nullptr || start >= m_length) return -1;
+    const auto first = static_cast<std::size_t>(std::max(start, 0));
+    return Position(ignoreCase ? FindTextIgnoringCase(View(), text, first) : FindText(View(), text, first));
+}
+
+int CoreString::Find(char c, bool ignoreCase, int start) const {
+    if (start >= m_length) return -1;
+    const std::string_view rest = View().substr(static_cast<std::size_t>(std::max(start, 0)));
+    if (!ignoreCase || ToLower(c) == ToUpper(c)) return Position(rest.find(c));
+    return Position(FindTextIgnoringCase(rest, {&c, 1}, 0));
+}
+
+int CoreString::FindAny(const char* set, bool ignoreCase, int start) const {
+    if (set == nullptr || start >= m_length) return -1;
+    ByteSet bytes(set);
+    if (ignoreCase) {
+        for (; *set != 0; ++set) {
+            bytes.Add(ToLower(*set));
+            bytes.Add(ToUpper(*set));
+        }
+    }
+    const char* const pStart = m_pBuffer + std::max(start, 0);
+    const char* place = std::find_if(pStart, end(), [&](char c) { return bytes.Has(c); });
+    return place == end() ? -1 : static_cast<int>(place - pStart);
+}
+
+bool CoreString::Contains(const char* set) const {
+    return FindAny(set) >= 0;
+}
+
+bool CoreString::BeginsWith(const char* pattern, bool ignoreCase) const {
+    return pattern != nullptr && Fits(begin(), end(), pattern, ignoreCase);
+}
+
+bool CoreString::Match(const char* pattern, bool ignoreCase) const {
+    if (pattern == nullptr) return false;
+    for (const char* place = begin(); place < end(); ++place) {
+        if (Fits(place, end(), pattern, ignoreCase)) return true;
+    }
+    return false;
+}
+
+bool CoreString::IsAllNumeric() const {
+    const char* place = std::find_if_not(begin(), end(), IsSpace);
+    if (place != end() && (*place == '+' || *place == '-')) ++place;
+    bool digits = false;
+    bool point = false;
+    for (; place != end(); ++place) {
+        if (IsDigit(*place)) {
+            digits = true;
+        } else if (*place == '.' && !point) {
+            point = true;
+        } else {
+            return false;
+        }
+    }
+    return digits;
+}
+
+bool CoreString::SplitAt(const char* separator, CoreString& left, CoreString& right, int start) const {
+    const std::string_view mark = separator == nullptr ? std::string_view() : separator;
+    const int place = mark.empty() ? -1 : Find(separator, false, start);
+    CoreString before = place >= 0 ? Left(place) : *this;
+    CoreString behind;
+    if (place >= 0) behind = View().substr(static_cast<std::size_t>(place) + mark.size());
+    left = std::move(before);
+    right = std::move(behind);
+    return place >= 0;
+}
+
+bool CoreString::SplitAt(char separator, CoreString& left, CoreString& right, int start) const {
+    const bool beyond = start >= m_length;
+    const int offset = Find(separator, false, start);
+    CoreString before = offset >= 0 ? Left(offset) : *this;
+    CoreString behind;
+    if (offset >= 0) {
+        const int place = std::max(start, 0) + offset;
+        behind = View().substr(static_cast<std::size_t>(place) + 1);
+    }
+    left = std::move(before);
+    if (!beyond) right = std::move(behind);
+    return offset >= 0;
+}
+
+CoreString CoreString::ExtractToken(char delimiter) {
+    const std::size_t text = View().find_first_not_of(delimiter);
+    const std::size_t mark = text == kNowhere ? kNowhere : View().find(delimiter, text);
+    if (mark == kNowhere) return std::move(*this);
+    CoreString token = Left(static_cast<int>(mark));
+    TrimLeft(static_cast<int>(mark) + 1);
+    return token;
+}
+
+}  // namespace brenta

@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "brenta/framework.h"
+#include "brenta/string.h"
+
+namespace brenta {
+namespace {
+
+TEST(Cipher, PermutesThePrintableCharacters) {
+    CoreString all;
+    for (int i = CHAR_MIN; i <= CHAR_MAX; ++i) {
+        const char c = static_cast<char>(i);
+        all += c;
+        EXPECT_EQ(CoreGetClearChar(CoreGetCypherChar(c)), c);
+        EXPECT_EQ(CoreGetCypherChar(c) == c, c < '!' || c > '~') << i;
+    }
+    CoreString text(all);
+    text.Encrypt();
+    EXPECT_NE(text, all);
+    text.SortChars();
+    EXPECT_EQ(text, all);
+    text.Encrypt();
+    text.Decrypt();
+    EXPECT_EQ(text, all);
+}
+
+TEST(Password, AddsTheKeyModulo255) {
+    const char* const kRows[][3] = {
+        // plain, key, result
+        {"a", "b", "\xC4"},          // 97 + 98 + 1
+        {"ab", "\x01", "\x63\x64"},  // the key is repeated
+        {"\x7F", "\x7F", "\xFF"},    // 254 + 1
+        {"\xFF", "\x01", "\x01"},    // -1 + 1 + 1
+        {"\xFF", "\xFE", "\xFE"},    // -3 + 1
+        {"", "key", ""},
+    };
+    for (const auto& row : kRows) {
+        CString plain(row[0]), key(row[1]), noKey, result("old");
+        EncryptPassword(plain, key, result);
+        EXPECT_TRUE(result == row[2]) << row[0];
+        EncryptPassword(plain, noKey, result);
+        EXPECT_TRUE(result == "");
+    }
+}
+
+TEST(Password, RoundTripsAllBytesButFivePairs) {
+    int failures = 0;
+    for (int p = 1; p < 256; ++p) {
+        for (int k = 1; k < 256; ++k) {
+            const char bytes[] = {static_cast<char>(p), static_cast<char>(k)};
+            CString text(bytes, 1), key(bytes + 1, 1);
+            EncryptPassword(text, key, text);
+            EXPECT_TRUE(text.GetAt(0) != 0 || p > 127 || k > 127);
+            DecryptPassword(text, key, text);
+            const bool same = text == CString(bytes, 1);
+            EXPECT_TRUE(same || p < ' ' || p > '~') << p << " " << k;
+            failures += !same;
+        }
+    }
+    EXPECT_EQ(failures, 5);
+}
+
+}  // namespace
+}  // namespace brenta

@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <tuple>
+
+#include "brenta/string.h"
+
+namespace brenta {
+namespace {
+
+const char* const kNull = nullptr;
+
+// clang-format off
+TEST(CoreStringSearch, FindsTexts) {
+    const std::tuple<const char*, const char*, bool, int, int> kRows[] = {
+        // text, sought, ignore case, start, position
+        {"abcab", "ab", false, 0, 0}, {"abcab", "ab", false, 2, 3}, {"abcab", "b", false, 2, 4}, {"abcab", "AB", true, 1, 3},
+        {"abcab", "", false, 3, 3}, {"abcab", "ab", false, -7, 0}, {"x\xC4y", "\xC4Y", true, 0, 1},
+        {"abcab", "AB", false, 0, -1}, {"abcab", "abcabc", false, 0, -1}, {"abcab", "", false, 5, -1}, {"", "", false, 0, -1},
+        {"abcab", "ab", false, 4, -1}, {"abcab", "ab", false, 99, -1}, {"abcab", kNull, false, 0, -1}, {"\xC4", "\xE4", true, 0, -1},
+    };
+    for (const auto& [text, sought, ignoreCase, start, position] : kRows) {
+        EXPECT_EQ(CoreString(text).Find(sought, ignoreCase, start), position) << text << " " << CoreString(sought)();
+    }
+}
+
+TEST(CoreStringSearch, CountsCharactersFromTheStart) {
+    const CoreString text("abcab");
+    EXPECT_EQ(text.Find('b', false, 2), 2);
+    EXPECT_EQ(text.Find('B', true, 2), 2);
+    EXPECT_EQ(text.Find('B', false, 0), -1);
+    EXPECT_EQ(text.Find('b', false, -5), 1);
+    EXPECT_EQ(text.Find('a', false, 5), -1);
+    EXPECT_EQ(text.FindAny("xb", false, 2), 2);
+    EXPECT_EQ(text.FindAny("XB", true, 0), 1);
+    EXPECT_EQ(text.FindAny("XB", false, 0), -1);
+    EXPECT_EQ(text.FindAny(kNull, false, 0), -1);
+    EXPECT_EQ(CoreString("a\xE9").FindAny("\xE9", false, 0), 1);
+    EXPECT_TRUE(text.Contains("zc"));
+    EXPECT_FALSE(text.Contains("") || text.Contains(kNull) || CoreString().Contains("a") || text.Contains("xyz"));
+}
+
+TEST(CoreStringSearch, MatchesPatterns) {
+    const std::tuple<const char*, const char*, bool, bool, bool> kRows[] = {
+        // text, pattern, ignore case, begins, matches
+        {"abc", "", false, true, true}, {"abc", "ab", false, true, true}, {"abc", "bc", false, false, true},
+        {"abc", "a?c", false, true, true}, {"abc", "?c", false, false, true}, {"abc", "a*zzz", false, true, true},
+        {"abc", "abc*", false, true, true}, {"abc", "*", false, true, true}, {"a*c", "a*", false, true, true},
+        {"abc", "AB", true, true, true}, {"ab\xC4", "?B\xC4", true, true, true}, {"ab\xC4", "ab\xE4", true, false, false},
+        {"abc", "AB", false, false, false}, {"abc", "x*", false, false, false}, {"abc", "abcd", false, false, false},
+        {"abc", "abc?", false, false, false}, {"", "", false, true, false}, {"", "*", false, true, false},
+        {"", "?", false, false, false}, {"abc", kNull, false, false, false},
+    };
+    for (const auto& [text, pattern, ignoreCase, begins, matches] : kRows) {
+        EXPECT_EQ(CoreString(text).BeginsWith(pattern, ignoreCase), begins) << text << " " << CoreString(pattern)();
+        EXPECT_EQ(CoreString(text).Match(pattern, ignoreCase), matches) << text << " " << CoreString(pattern)();
+    }
+}
+
+TEST(CoreStringSearch, KnowsNumbers) {
+    for (const char* text : {"0", "-12.5", " 7", "7.", "+.5", "\t\n00", "123456789012345678901234567890"}) {
+        EXPECT_TRUE(CoreString(text).IsAllNumeric()) << text;
+    }
+    for (const char* text : {"", " ", ".", "+", "-.", " 7 ", "1-2", "1.2.3", "--1", "1e5", "0x1", "a", "\xB2", "- 1"}) {
+        EXPECT_FALSE(CoreString(text).IsAllNumeric()) << text;
+    }
+}
+
+TEST(CoreStringSplit, CutsAtTexts) {
+    const std::tuple<const char*, const char*, int, bool, const char*, const char*> kRows[] = {
+        // text, separator, start, found, left, right
+        {"x,y", ",", 0, true, "x", "y"}, {"x,y,z", ",", 2, true, "x,y", "z"}, {"a::b", "::", 0, true, "a", "b"},
+        {",", ",", 0, true, "", ""}, {"x,y", ",", -2, true, "x", "y"}, {"xy", ",", 0, false, "xy", ""},
+        {"x,y", "", 0, false, "x,y", ""}, {"x,y", kNull, 0, false, "x,y", ""}, {"x,y", ",", 3, false, "x,y", ""},
+    };
+    for (const auto& [text, separator, start, found, left, right] : kRows) {
+        CoreString outLeft("old"), outRight("old");
+        EXPECT_EQ(CoreString(text).SplitAt(separator, outLeft, outRight, start), found) << text;
+        EXPECT_TRUE(outLeft == left && outRight == right) << outLeft() << "|" << outRight();
+    }
+}
+
+TEST(CoreStringSplit, CutsAtCharacters) {
+    const std::tuple<const char*, int, bool, const char*, const char*> kRows[] = {
+        // text, start, found, left, right
+        {"x,y", 0, true, "x", "y"}, {"xy,z", -1, true, "xy", "z"}, {"a,bc,d", 2, true, "a,", "d"},
+        {"xy", 0, false, "xy", ""}, {"x,y", 3, false, "x,y", "old"}, {"", 0, false, "", "old"},
+    };
+    for (const auto& [text, start, found, left, right] : kRows) {
+        CoreString outLeft("old"), outRight("old");
+        EXPECT_EQ(CoreString(text).SplitAt(',', outLeft, outRight, start), found) << text;
+        EXPECT_TRUE(outLeft == left && outRight == right) << outLeft() << "|" << outRight();
+    }
+    const char* const kTokenRows[][3] = {
+        // text, token, rest
+        {"a,b", "a", "b"}, {",,a,b", ",,a", "b"}, {"a,,b", "a", ",b"}, {"a,", "a", ""}, {"a", "a", ""}, {"", "", ""}, {",,", ",,", ""},
+    };
+    for (const auto& [whole, token, rest] : kTokenRows) {
+        CoreString text(whole);
+        EXPECT_STREQ(text.ExtractToken(','), token) << whole;
+        EXPECT_STREQ(text, rest) << whole;
+    }
+}
+// clang-format on
+
+// Random texts over few letters against the plainest code that can do it.
+TEST(CoreStringSearch, AgreesWithNaiveSearch) {
+    std::mt19937 random(11);
+    const auto make = [&](unsigned int longest) {
+        std::string text(random() % (longest + 1), 'a');
+        for (char& c : text)
+            c = "abB"[random() % 3];
+        return text;
+    };
+    for (int round = 0; round < 10000; ++round) {
+        const std::string text = make(40), from = make(3), to = make(5);
+        const std::size_t start = random() % (text.size() + 1);
+        const CoreString string(text);
+        const int place = start == text.size() ? -1 : static_cast<int>(text.find(from, start));
+        ASSERT_EQ(string.Find(from.c_str(), false, static_cast<int>(start)), place)
+            << text << " " << from << start;
+
+        CoreString low(string), lowFrom(from);
+        low.MakeLower();
+        lowFrom.MakeLower();
+        ASSERT_EQ(string.Find(from.c_str(), true), low.Find(lowFrom)) << text << " " << from;
+
+        std::string model;
+        int count = 0;
+        for (std::size_t i = 0; i < text.size();) {
+            const bool hit = !from.empty() && text.compare(i, from.size(), from) == 0;
+            model += hit ? to : text.substr(i, 1);
+            i += hit ? from.size() : 1;
+            count += hit;
+        }
+        CoreString replaced(string);
+        ASSERT_EQ(replaced.Replace(from.c_str(), to.c_str()), count) << text << " " << from << " " << to;
+        ASSERT_EQ(replaced.View(), model) << text << " " << from << " " << to;
+    }
+}
+
+}  // namespace
+}  // namespace brenta
