@@ -1,20 +1,16 @@
 #!/usr/bin/env perl
 # Measures the source text: lines of code and tests, comment shares, lengths of files and functions, untested sources.
-# Needs nothing but perl itself. Functions are found by their braces in text freed of comments and literals; the format
+# Needs no module, only the small perl that every Debian has. Functions are found by their braces in text freed of comments and literals; the format
 # of the sources helps: a body's brace stands behind a blank, an initialiser's does not.
 use strict;
 use warnings;
-use File::Find;
-use File::Basename;
 
 my $LONG_FUNCTION = 60;
 
 sub sources {
-    my @files;
-    my @folders = grep { -d } @_;
-    return () unless @folders;
-    find({wanted => sub { push @files, $_ if /\.(cpp|h|scr)$/ }, no_chdir => 1}, @folders);
-    return sort @files;
+    open my $found, '-|', 'find', grep { -d } @_ or die "find: $!\n";
+    chomp(my @files = <$found>);
+    return sort grep { /\.(cpp|h|scr)$/ } @files;
 }
 
 sub read_file {
