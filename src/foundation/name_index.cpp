@@ -1,0 +1,97 @@
+#include "foundation/name_index.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace brenta {
+
+namespace {
+
+constexpr std::size_t kInitialBuckets = 128;
+constexpr std::size_t kPrefetchAhead = 2;
+
+}  // namespace
+
+NameIndex::Buckets* NameIndex::Buckets::Create(std::size_t count, Buckets* pOlder) {
+    // Zeroed memory straight from the system: the pages of a large array are touched only when names land in
+    // them. All bits zero is the value-initialised state of a bucket.
+    void* pMemory = std::calloc(count + 2, sizeof(Bucket));
+    if (!pMemory) return nullptr;
+    const auto address =
+        (reinterpret_cast<std::uintptr_t>(pMemory) + sizeof(Bucket) - 1) / sizeof(Bucket) * sizeof(Bucket);
+    return ::new (reinterpret_cast<void*>(address))
+        Buckets{pMemory, pOlder, count - 1, 64 - std::countr_zero(count)};
+}
+
+void NameIndex::Buckets::Enter(const NameNode& node, std::size_t number) {
+    std::uint64_t tags = At(number).m_tags.load(std::memory_order_relaxed);
+    while (Bucket::IsFull(tags)) {
+        number = (number + 1) & m_mask;
+        tags = At(number).m_tags.load(std::memory_order_relaxed);
+    }
+    const auto lane = (static_cast<std::size_t>(std::bit_width(tags)) + 7) / 8;
+    At(number).m_nodes[lane].store(&node, std::memory_order_relaxed);
+    At(number).m_tags.store(tags | Bucket::TagOf(node.m_hash) << lane * 8, std::memory_order_release);
+}
+
+/// Enters all nodes of an older array. A node's home grows with its old bucket, so both arrays are walked in
+/// order; what would wait is the read of each node's hash, hence the prefetch.
+void NameIndex::Buckets::TakeFrom(const Buckets& older) {
+    for (std::size_t bucket = 0; bucket <= older.m_mask; ++bucket) {
+        const Bucket& ahead = older.At((bucket + kPrefetchAhead) & older.m_mask);
+        for (const auto& node : ahead.m_nodes)
+            __builtin_prefetch(node.load(std::memory_order_relaxed));
+        for (const auto& entry : older.At(bucket).m_nodes) {
+            const NameNode* pNode = entry.load(std::memory_order_relaxed);
+            if (pNode) Enter(*pNode, Home(pNode->m_hash));
+        }
+    }
+}
+
+NameIndex::~NameIndex() {
+    Buckets* pBuckets = m_pBuckets.load(std::memory_order_relaxed);
+    while (pBuckets) {
+        Buckets* pOlder = pBuckets->m_pOlder;
+        std::free(pBuckets->m_pMemory);
+        pBuckets = pOlder;
+    }
+}
+
+bool NameIndex::Reserve() {
+    Buckets* pOld = m_pBuckets.load(std::memory_order_relaxed);
+    if (pOld && GetCount() < pOld->Limit()) return true;
+    Buckets* pNew = Buckets::Create(pOld ? (pOld->m_mask + 1) * 2 : kInitialBuckets, pOld);
+    if (!pNew) return false;
+    if (pOld) pNew->TakeFrom(*pOld);
+    m_pBuckets.store(pNew, std::memory_order_release);
+    return true;
+}
+
+void NameIndex::Insert(const NameNode& node, Probe probe) {
+    Buckets* pBuckets = m_pBuckets.load(std::memory_order_relaxed);
+    pBuckets->Enter(node, pBuckets == probe.m_pBuckets ? probe.m_bucket : pBuckets->Home(node.m_hash));
+    m_count.store(GetCount() + 1, std::memory_order_relaxed);
+}
+
+namespace names_detail {
+
+/// Two lanes of 16 bytes each, and at last the final 32 bytes once more, overlapping what the loop has seen:
+/// every length from 17 up ends in the same straight code.
+std::uint64_t HashLong(const char* text, std::size_t length) {
+    std::uint64_t even = kMix[0] ^ length;
+    std::uint64_t odd = kMix[1];
+    const char* p = text;
+    for (std::size_t left = length; left > 32; left -= 32, p += 32) {
+        even = Fold(Load<std::uint64_t>(p) ^ even, Load<std::uint64_t>(p + 8) ^ kMix[2]);
+        odd = Fold(Load<std::uint64_t>(p + 16) ^ odd, Load<std::uint64_t>(p + 24) ^ kMix[3]);
+    }
+    const char* tail = text + length - 16;
+    const char* head = length >= 32 ? tail - 16 : text;
+    even = Fold(Load<std::uint64_t>(head) ^ even, Load<std::uint64_t>(head + 8) ^ kMix[2]);
+    odd = Fold(Load<std::uint64_t>(tail) ^ odd, Load<std::uint64_t>(tail + 8) ^ kMix[3]);
+    return Fold(even ^ kMix[3], odd ^ kMix[0]);
+}
+
+}  // namespace names_detail
+
+}  // namespace brenta

@@ -1,0 +1,214 @@
+// The index of a string table: from a text to the one node that holds it.
+//
+// A growing open-addressing table of buckets, one cache line each: a word of up to seven one-byte tags, then
+// the seven nodes. A search compares all tags of a bucket at once and reads a node only where the tag agrees,
+// so a hit costs one line of the index and one node, and a miss almost never touches a node. A full bucket
+// overflows into the next one; nothing is ever taken out, so the first bucket with a free lane ends a search.
+//
+// Readers take no lock. A writer stores the node, complete, in the next free lane and then publishes the
+// lane's tag with release; a bucket changes in no other way, and nodes never change or move. A reader that
+// misses a name being entered, or walks an array just outgrown, at worst finds nothing, and then asks again
+// under the lock. Outgrown arrays may have readers at any time, so they are kept until the index is
+// destroyed: each is half the size of the next, so all of them together take no more than the current one.
+//
+// Writers hold the table's lock. Growth re-enters the nodes by the hash stored in them; texts are not read
+// again.
+//
+// What every look-up runs through stands here, inline.
+#pragma once
+
+#include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace brenta {
+
+/// One interned text: two words, then the text and its terminator, filled up with zeros to a multiple of 8
+/// bytes. The identifier is the address of the text.
+struct NameNode {
+    std::uint64_t m_hash;
+    std::size_t m_length;
+
+    char* Text() { return reinterpret_cast<char*>(this + 1); }
+    const char* Text() const { return reinterpret_cast<const char*>(this + 1); }
+};
+
+/// A text on its way through the index: the view, its hash, and for a text of up to 16 bytes two words that
+/// contain all of it, so that comparing it with a node means comparing them.
+class NameKey {
+ public:
+    /// The text must not be empty.
+    NameKey(const char* text, std::size_t length);
+
+    const char* Text() const { return m_pText; }
+    std::size_t Length() const { return m_length; }
+    std::uint64_t Hash() const { return m_hash; }
+    bool Equals(const NameNode& node) const;
+
+ private:
+    static constexpr std::size_t kShort = 16;
+
+    const char* m_pText;
+    std::size_t m_length;
+    std::uint64_t m_first = 0;
+    std::uint64_t m_last = 0;
+    std::uint64_t m_hash;
+};
+
+class NameIndex {
+    struct Buckets;
+
+ public:
+    /// Where a search ended without finding its text; a later search or the insertion goes on from there.
+    struct Probe {
+        const Buckets* m_pBuckets = nullptr;
+        std::size_t m_bucket = 0;
+    };
+
+    NameIndex() = default;
+    ~NameIndex();
+    NameIndex(const NameIndex&) = delete;
+    NameIndex& operator=(const NameIndex&) = delete;
+
+    /// The node of a text, or null. Any thread; the answer null is certain only under the table's lock.
+    const NameNode* Find(const NameKey& key, Probe& probe) const;
+
+    /// Makes room for one more node; false, with nothing changed, if memory is exhausted. Under the lock.
+    bool Reserve();
+
+    /// Enters a complete node whose text is absent and for which there is room. `probe` may come from any
+    /// search for that text. Under the lock.
+    void Insert(const NameNode& node, Probe probe);
+
+    std::size_t GetCount() const { return m_count.load(std::memory_order_relaxed); }
+
+ private:
+    static constexpr std::size_t kLanes = 7;
+    static constexpr std::uint64_t kEveryLane = 0x0101010101010101ull;
+
+    /// One cache line. Tags are 1 to 255, 0 marks a free lane; lanes fill from the first. The eighth tag
+    /// stays 0.
+    struct alignas(64) Bucket {
+        std::atomic<std::uint64_t> m_tags;
+        std::atomic<const NameNode*> m_nodes[kLanes];
+
+        static std::uint64_t TagOf(std::uint64_t hash) { return (hash & 0xFF) + ((hash & 0xFF) == 0); }
+        static std::uint64_t LanesWith(std::uint64_t tags, std::uint64_t tag);
+        static bool IsFull(std::uint64_t tags) { return tags >> 48 != 0; }
+    };
+
+    /// One array of buckets; they follow this record. The home of a hash is made of its top bits, the tag of
+    /// its low ones, so the two are independent.
+    struct alignas(64) Buckets {
+        void* m_pMemory;
+        Buckets* m_pOlder;
+        std::size_t m_mask;
+        int m_shift;
+
+        const Bucket& At(std::size_t bucket) const {
+            return reinterpret_cast<const Bucket*>(this + 1)[bucket];
+        }
+        Bucket& At(std::size_t bucket) { return reinterpret_cast<Bucket*>(this + 1)[bucket]; }
+        std::size_t Home(std::uint64_t hash) const { return static_cast<std::size_t>(hash >> m_shift); }
+        std::size_t Limit() const { return (m_mask + 1) * kLanes / 8 * 7; }
+
+        static Buckets* Create(std::size_t count, Buckets* pOlder);
+        void Enter(const NameNode& node, std::size_t bucket);
+        void TakeFrom(const Buckets& older);
+    };
+
+    std::atomic<Buckets*> m_pBuckets{nullptr};
+    std::atomic<std::size_t> m_count{0};
+};
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Hashing and comparing
+
+namespace names_detail {
+
+__extension__ typedef unsigned __int128 Product;
+
+template <typename TWord>
+inline std::uint64_t Load(const char* p) {
+    TWord word;
+    std::memcpy(&word, p, sizeof(word));
+    return word;
+}
+
+/// Multiplies two words and folds the 128-bit product: every bit of either word reaches the result at both
+/// ends.
+inline std::uint64_t Fold(std::uint64_t a, std::uint64_t b) {
+    const Product product = static_cast<Product>(a) * b;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+/// The hash of a text longer than 16 bytes.
+std::uint64_t HashLong(const char* text, std::size_t length);
+
+// Odd words with about as many ones as zeros, and no pattern that text has.
+inline constexpr std::uint64_t kMix[4] = {0x9D3C6FA7B1E8524Dull, 0xC6A1F58B2E97D063ull, 0x5BE3D6094FC8A17Bull,
+                                          0xE7194AD36C52B8F5ull};
+
+/// A text of 1 to 8 bytes as one word, zeros behind it: the very word with which its node's text begins. The
+/// loads overlap where needed and never leave the text.
+inline std::uint64_t LoadShort(const char* p, std::size_t length) {
+    if (length == 8) return Load<std::uint64_t>(p);
+    if (length >= 4) return Load<std::uint32_t>(p) | Load<std::uint32_t>(p + length - 4) << (length - 4) * 8;
+    return Load<std::uint8_t>(p) | Load<std::uint8_t>(p + length / 2) << length / 2 * 8 |
+           Load<std::uint8_t>(p + length - 1) << (length - 1) * 8;
+}
+
+}  // namespace names_detail
+
+inline NameKey::NameKey(const char* text, std::size_t length) : m_pText(text), m_length(length) {
+    using namespace names_detail;
+    if (length > kShort) {
+        m_hash = HashLong(text, length);
+        return;
+    }
+    m_first = length > 8 ? Load<std::uint64_t>(text) : LoadShort(text, length);
+    m_last = length > 8 ? Load<std::uint64_t>(text + length - 8) : m_first;
+    m_hash = Fold(m_first ^ kMix[0], m_last + (length << 56 ^ kMix[1]));
+}
+
+inline bool NameKey::Equals(const NameNode& node) const {
+    using namespace names_detail;
+    if (node.m_length != m_length) return false;
+    if (m_length > kShort) return std::memcmp(node.Text(), m_pText, m_length) == 0;
+    const char* last = node.Text() + (m_length > 8 ? m_length - 8 : 0);
+    return ((Load<std::uint64_t>(node.Text()) ^ m_first) | (Load<std::uint64_t>(last) ^ m_last)) == 0;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Searching
+
+/// A bit in the byte of every lane whose tag equals `tag`. A lane above such a one may be marked wrongly,
+/// even a free one, if it differs in its lowest bit alone: one more comparison, no wrong answer.
+inline std::uint64_t NameIndex::Bucket::LanesWith(std::uint64_t tags, std::uint64_t tag) {
+    constexpr std::uint64_t kMarks = 0x0080808080808080ull;
+    const std::uint64_t differing = tags ^ kEveryLane * tag;
+    return (differing - kEveryLane) & ~differing & kMarks;
+}
+
+inline const NameNode* NameIndex::Find(const NameKey& key, Probe& probe) const {
+    const Buckets* pBuckets = m_pBuckets.load(std::memory_order_acquire);
+    if (!pBuckets) return nullptr;
+    const std::uint64_t tag = Bucket::TagOf(key.Hash());
+    std::size_t number = pBuckets == probe.m_pBuckets ? probe.m_bucket : pBuckets->Home(key.Hash());
+    for (;; number = (number + 1) & pBuckets->m_mask) {
+        const Bucket& bucket = pBuckets->At(number);
+        const std::uint64_t tags = bucket.m_tags.load(std::memory_order_acquire);
+        for (std::uint64_t lanes = Bucket::LanesWith(tags, tag); lanes != 0; lanes &= lanes - 1) {
+            const int lane = std::countr_zero(lanes) / 8;
+            const NameNode* pNode = bucket.m_nodes[lane].load(std::memory_order_relaxed);
+            if (pNode && key.Equals(*pNode)) return pNode;
+        }
+        if (!Bucket::IsFull(tags)) break;
+    }
+    probe = {pBuckets, number};
+    return nullptr;
+}
+
+}  // namespace brenta
