@@ -1,0 +1,188 @@
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "script/script_test_support.h"
+#include "script/sub_expression.h"
+
+namespace brenta::test {
+namespace {
+
+/// The tree of a text's first expression; its errors if it has some.
+std::string Tree(ParserFixture& fixture, const std::string& text) {
+    TIter<ScriptToken*> iter = fixture.Scan(text);
+    const std::unique_ptr<ExpressionStatement> expression(fixture.engine.ParseExpression(iter));
+    if (expression == nullptr) return fixture.messages.TakeErrors();
+    CoreString tree;
+    expression->Describe(tree);
+    return std::string(tree.View()) + fixture.messages.TakeErrors();
+}
+
+struct Row {
+    const char* text;
+    const char* expected;
+};
+
+// clang-format off
+constexpr Row kTrees[] = {
+    {"",                        ""},
+    {"a",                       "a"},
+    // one operator of each row against the next, then equal ones
+    {"a = b || c",              "(= a (|| b c))"},
+    {"a || b && c",             "(|| a (&& b c))"},
+    {"a && b | c",              "(&& a (| b c))"},
+    {"a | b ^ c",               "(| a (^ b c))"},
+    {"a ^ b & c",               "(^ a (& b c))"},
+    {"a & b == c",              "(& a (== b c))"},
+    {"a != b < c",              "(!= a (< b c))"},
+    {"a >= b << c",             "(>= a (<< b c))"},
+    {"a >> b + c",              "(>> a (+ b c))"},
+    {"a - b / c",               "(- a (/ b c))"},
+    {"a % ~b",                  "(% a (~ _ b))"},
+    {"a * b + c",               "(+ (* a b) c)"},
+    {"a + b * c",               "(+ a (* b c))"},
+    {"(a + b) * c",             "(* (+ a b) c)"},
+    {"a - b - c",               "(- (- a b) c)"},
+    {"a = b = c",               "(= (= a b) c)"},
+    {"a += b <<= c",            "(<<= (+= a b) c)"},
+    {"a < b > c == d != e",     "(!= (== (> (< a b) c) d) e)"},
+    {"((a - (b - c)))",         "(- a (- b c))"},
+    // signs and other operators without a left operand
+    {"-5",                      "(- _ 5)"},
+    {"a = -1",                  "(= a (- _ 1))"},
+    {"2 * -3",                  "(- (* 2) 3)"},
+    {"2 * (-3)",                "(* 2 (- _ 3))"},
+    {"!!x",                     "(! ! x)"},
+    {"!a.b",                    "(! _ (. a b))"},
+    {"i++",                     "(++ i)"},
+    {"a else b",                "(else a b)"},
+    // members, subscripts, calls
+    {"a.b.c",                   "(. (. a b) c)"},
+    {"x[1]",                    "([] x 1)"},
+    {"x[i + 1] = 2",            "(= ([] x (+ i 1)) 2)"},
+    {"a.b[1].c[2]",             "([] (. ([] (. a b) 1) c) 2)"},
+    {"x[]",                     "([] x)"},
+    {"f()",                     "(f() f)"},
+    {"f(1, 2)",                 "(f() f (, 1 2))"},
+    {"f(g(x), -1) + 1",         "(+ (f() f (, (f() g x) (- _ 1))) 1)"},
+    {"a.f(1).g",                "(. (f() (. a f) 1) g)"},
+    {"f(1)(2)",                 "(f() f (2 1))"},
+    // lists
+    {"{}",                      "{}"},
+    {"{1, 2, 3}",               "({} (, (, 1 2) 3))"},
+    {"{{1}, {a = 2},}",         "({} (, (, ({} 1) ({} (= a 2)))))"},
+    {"l += {1}",                "(+= l ({} 1))"},
+    // operands side by side: what is placed later takes the place
+    {"1 zz",                    "(1 _ zz)"},
+    {"zz 1",                    "(1 zz)"},
+    {"(1)(2)",                  "(2 1)"},
+    {"(1 + 2) (10 + 4)",        "(+ (+ 1 2) 4)"},
+    {"a {1}",                   "({} a)"},
+    {"{1} {2}",                 "({} ({} 1))"},
+    // a type says nothing here
+    {"x as T = 5",              "(= x 5)"},
+    {"a[3] as T",               "([] a 3)"},
+    {"x as",                    "x"},
+    // where it ends
+    {"a ; b",                   "a"},
+    {"a } b",                   "a"},
+    // constants
+    {"0x1F + 0b101",            "(+ 31 5)"},
+    {"'A' - '\\n'",             "(- 65 10)"},
+    {"007",                     "7"},
+    {"2147483648",              "2147483647"},
+    {"1.0 + 2.5",               "(+ 1.0 2.5)"},
+    {"5mil + 2.5mm",            "(+ 50000 984251.0)"},
+    {"\"a \" + \"\"",           "(+ \"a \" \"\")"},
+    {"true == false, null",     "(, (== true false) null)"},
+};
+
+constexpr Row kErrors[] = {
+    {"(x)[1]",      "t(1): Illigal expression.\n"},
+    {"3[1]",        "t(1): Illigal expression.\n"},
+    {"[1]",         "t(1): Illigal expression.\n"},
+    {"a +\nx[1][2]", "t(2): Illigal expression.\n"},
+    {"f(1)[0]",     "t(1): Illigal expression.\n"},
+    {"{1}[0]",      "t(1): Illigal expression.\n"},
+    {"(a",          "t(1): Syntax error: expecting ')', but found 'unknown token id'\n"},
+    {"(a]",         "t(1): Syntax error: expecting ')', but found ']'\n"},
+    {"f(1,\n2;3)",  "t(2): Syntax error: expecting ')', but found ';'\n"},
+    {"x[(1]",       "t(1): Syntax error: expecting ')', but found ']'\n"},
+    {"x[1)",        "t(1): Syntax error: expecting ']', but found ')'\n"},
+    {"{1, {2}",     "t(1): Syntax error: expecting '}', but found 'unknown token id'\n"},
+};
+// clang-format on
+
+TEST(ParseExpression, Trees) {
+    ParserFixture fixture;
+    for (const Row& row : kTrees) {
+        EXPECT_EQ(Tree(fixture, row.text), row.expected) << row.text;
+    }
+}
+
+TEST(ParseExpression, Errors) {
+    ParserFixture fixture;
+    for (const Row& row : kErrors) {
+        EXPECT_EQ(Tree(fixture, row.text), row.expected) << row.text;
+    }
+}
+
+TEST(ParseExpression, StopsOnItsTerminator) {
+    ParserFixture fixture;
+    for (const TokId terminator : {TOK_SEMI, TOK_RPAREN, TOK_RBRACKET, TOK_RCURLY}) {
+        const std::string text =
+            std::string("a + 1 ") + CCoreScriptLexer::GetTokenErrorText(terminator) + " b";
+        TIter<ScriptToken*> iter = fixture.Scan(text);
+        delete fixture.engine.ParseExpression(iter);
+        EXPECT_EQ((*iter.Get())->id, terminator);
+    }
+}
+
+TEST(ParseExpression, NodesKnowTheirPlaceAndTheirName) {
+    ParserFixture fixture;
+    TIter<ScriptToken*> iter = fixture.Scan("a\n+ 1");
+    ExpressionStatement expression;
+    ASSERT_TRUE(expression.ParseExpression(fixture.engine, iter));
+    const ExpressionStatement::SubExpr& sum = *expression.GetRoot();
+    EXPECT_EQ(sum.line, 2);
+    EXPECT_EQ(sum.left->line, 1);
+    EXPECT_EQ(sum.left->file, StrId("t"));
+    EXPECT_EQ(sum.left->cell, &fixture.engine.Cells().CellOf(StrId("a")));
+    EXPECT_EQ(sum.right->parent, &sum);
+}
+
+TEST(ParseExpression, AFailureLeavesAnEmptyExpression) {
+    ParserFixture fixture;
+    ExpressionStatement expression;
+    TIter<ScriptToken*> good = fixture.Scan("a + 1");
+    ASSERT_TRUE(expression.ParseExpression(fixture.engine, good));
+    TIter<ScriptToken*> bad = fixture.Scan("\"text\" + (1");
+    EXPECT_FALSE(expression.ParseExpression(fixture.engine, bad));
+    EXPECT_TRUE(expression.IsEmpty());
+}
+
+TEST(ParseExpression, BracketsMayNestTwoHundredDeep) {
+    ParserFixture fixture;
+    constexpr const char* kPairs[][2] = {{"(", ")"}, {"{", "}"}, {"f(", ")"}, {"x[", "]"}};
+    for (const auto& [open, close] : kPairs) {
+        EXPECT_NE(Tree(fixture, Repeat(open, 200) + "1" + Repeat(close, 200)).find('1'), std::string::npos);
+        EXPECT_EQ(Tree(fixture, Repeat(open, 201) + "1" + Repeat(close, 201)),
+                  "t(1): Expression nested too deeply.\n");
+    }
+}
+
+// Trees that lean to the left as far as the text is long must neither take the stack nor quadratic time.
+TEST(ParseExpression, LongExpressions) {
+    constexpr int kTerms = 100000;
+    ParserFixture fixture;
+    EXPECT_EQ(Tree(fixture, "1" + Repeat("+1", kTerms)), Repeat("(+ ", kTerms) + "1" + Repeat(" 1)", kTerms));
+    EXPECT_EQ(Tree(fixture, "{1" + Repeat(",1", kTerms) + "}"),
+              "({} " + Repeat("(, ", kTerms) + "1" + Repeat(" 1)", kTerms) + ")");
+    EXPECT_EQ(Tree(fixture, Repeat("!", kTerms) + "1"),
+              Repeat("(! ", kTerms - 1) + "!" + Repeat(")", kTerms - 2) + " 1)");
+    EXPECT_EQ(Tree(fixture, Repeat("a=", kTerms) + "1"),
+              Repeat("(= ", kTerms) + "a" + Repeat(" a)", kTerms - 1) + " 1)");
+}
+
+}  // namespace
+}  // namespace brenta::test

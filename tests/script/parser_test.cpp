@@ -1,0 +1,292 @@
+#include "script/parser.h"
+
+#include <gtest/gtest.h>
+
+#include "script/script_test_support.h"
+#include "test_support.h"
+
+namespace brenta::test {
+namespace {
+
+// ---------------------------------------------------------------------------------------------------------
+// Statement trees as text: the parts of a statement behind its keyword, expressions by their trees.
+
+std::string Outline(const Statement* statement);
+
+std::string Outline(const ExpressionStatement* expression) {
+    if (expression == nullptr) return "-";
+    CoreString tree;
+    expression->Describe(tree);
+    return tree.IsEmpty() ? "()" : std::string(tree.View());
+}
+
+std::string OutlineLoop(const IterationStatement& loop) {
+    const std::string body = ") " + Outline(loop.GetBody());
+    if (loop.GetKind() == TOK_WHILE) return "while (" + Outline(loop.GetCondition()) + body;
+    if (loop.GetKind() == TOK_FOREACH) {
+        const std::string name = StrPtr(loop.GetVariable()->GetName());
+        return "foreach (" + name + " in " + Outline(loop.GetStep()) + body;
+    }
+    return "for (" + Outline(loop.GetInit()) + "; " + Outline(loop.GetCondition()) + "; " +
+           Outline(loop.GetStep()) + body;
+}
+
+std::string OutlineBlock(const CompoundStatement& block) {
+    std::string text = "{";
+    for (TIter<Statement*> at = block.GetFirstStatement(); at.Get() != nullptr; at.Next()) {
+        text += ' ' + Outline(*at.Get());
+    }
+    return text + " }";
+}
+
+std::string OutlineIf(const ConditionalStatement& branch) {
+    const std::string text = "if (" + Outline(branch.GetCondition()) + ") " + Outline(branch.GetThen());
+    return branch.GetElse() != nullptr ? text + " else " + Outline(branch.GetElse()) : text;
+}
+
+std::string Outline(const Statement* statement) {
+    if (const auto* it = dynamic_cast<const ExpressionStatement*>(statement)) return Outline(it);
+    if (const auto* it = dynamic_cast<const CompoundStatement*>(statement)) return OutlineBlock(*it);
+    if (const auto* it = dynamic_cast<const ConditionalStatement*>(statement)) return OutlineIf(*it);
+    if (const auto* it = dynamic_cast<const IterationStatement*>(statement)) return OutlineLoop(*it);
+    if (const auto* it = dynamic_cast<const DeclarationStatement*>(statement)) {
+        return "var " + Outline(it->GetAssignmentStatement());
+    }
+    if (const auto* it = dynamic_cast<const JumpStatement*>(statement)) {
+        const std::string keyword = CCoreScriptLexer::GetTokenErrorText(it->GetKind());
+        return it->GetResult() != nullptr ? keyword + ' ' + Outline(it->GetResult()) : keyword;
+    }
+    if (const auto* it = dynamic_cast<const PrintStatement*>(statement)) {
+        return "print " + Outline(it->GetExpression());
+    }
+    if (const auto* it = dynamic_cast<const ExecStatement*>(statement)) {
+        return "execute " + Outline(it->GetExpression());
+    }
+    return statement != nullptr ? "_halt" : "-";
+}
+
+/// The statements of a text; its errors if it has some.
+std::string OutlineText(const std::string& text, StatementSequence sequence) {
+    ParserFixture fixture;
+    TIter<ScriptToken*> iter = fixture.Scan(text);
+    ParsedText parsed(fixture.engine);
+    const bool good = parsed.Parse(iter, sequence);
+    EXPECT_EQ(good, fixture.messages.errors.empty()) << text;
+    EXPECT_EQ(fixture.engine.GetScopeDepth(), 1) << text;
+    return good ? Outline(&parsed.Statements()) : fixture.messages.TakeErrors();
+}
+
+struct Row {
+    const char* text;
+    const char* expected;
+};
+
+// clang-format off
+constexpr Row kStatements[] = {
+    {"",                                  "{ }"},
+    {";;",                                "{ }"},
+    {"a = 1; f(a)",                       "{ (= a 1) (f() f a) }"},
+    {"var x; var y = 2; var a[3] = 4;",   "{ var x var (= y 2) var (= ([] a 3) 4) }"},
+    {"print(1) print(); execute(\"a\")",  "{ print 1 print () execute \"a\" }"},
+    {"_halt a",                           "{ _halt a }"},
+    {"return; return a + 1;",             "{ return () return (+ a 1) }"},
+    {"return",                            "{ return () }"},
+    {"{ return 1 } { ; b; }",             "{ { return 1 } { b } }"},
+    {"while (a) { break; continue; }",    "{ while (a) { break continue } }"},
+    {"while () ; a = 1; b",               "{ while (()) (= a 1) b }"},
+    {"for (i = 0; i < 3; i += 1) f(i);",  "{ for ((= i 0); (< i 3); (+= i 1)) (f() f i) }"},
+    {"for (var i = 0;;) {}",              "{ for (var (= i 0); (); ()) { } }"},
+    {"foreach (x in {1, 2}) print(x);",   "{ foreach (x in ({} (, 1 2))) print x }"},
+    {"foreach (x in a) {} {foreach (x in b) c}", "{ foreach (x in a) { } { foreach (x in b) c } }"},
+    // if and else
+    {"if (a) b; else c; d",               "{ if (a) b else c d }"},
+    {"if (a) { b } else { c } d",         "{ if (a) { b } else { c } d }"},
+    {"if (a) print(1) else print(2);",    "{ if (a) print 1 else print 2 }"},
+    {"if (a) print(1); else b;",          "{ if (a) print 1 (else _ b) }"},
+    {"if (a) return; else break; b",      "{ if (a) return () else break b }"},
+    {"if (a) if (b) c; else d; e",        "{ if (a) if (b) c else d e }"},
+    {"if (a) b; else if (c) d; else e;",  "{ if (a) b else if (c) d else e }"},
+    {"if (a) {} else while (b) if (c) d; else e;", "{ if (a) { } else while (b) if (c) d else e }"},
+    {"{ if (a) b }",                      "{ { if (a) b } }"},
+    {"{ if (a) }",                        "{ { if (a) () } }"},
+};
+
+constexpr Row kTextErrors[] = {
+    {"a)",          "t(1): Syntax error: expecting ';', but found ')'\n"},
+    {"a;\n }",      "t(2): Syntax error: expecting ';', but found '}'\n"},
+    {"{ a ) }",     "t(1): Syntax error: expecting ';', but found ')'\n"},
+    {"{ a ] }",     "t(1): Syntax error: expecting ';', but found ']'\n"},
+    {"if (a) b] else c", "t(1): Syntax error: expecting ';', but found ']'\n"},
+    {"{ a;\n",      "t(2): Unexpected end-of-file.\n"},
+    {"if (a)",      "t(1): Unexpected end-of-file.\n"},
+    {"if (a) ;",    "t(1): Unexpected end-of-file.\n"},
+    {"if (a) b; else", "t(1): Unexpected end-of-file.\n"},
+    {"print(",      "t(1): Unexpected end-of-file.\n"},
+    {"print 1",     "t(1): Syntax error: expecting '(', but found 'decimal constant'\n"},
+    {"print(1;",    "t(1): Syntax error: expecting ')', but found ';'\n"},
+    {"break",       "t(1): Syntax error: expecting ';', but found 'unknown token id'\n"},
+    {"continue a;", "t(1): Syntax error: expecting ';', but found 'identifier'\n"},
+    {"for (a; b) c","t(1): Syntax error: expecting ';', but found ')'\n"},
+    {"for (; a; b) c", "t(1): Syntax error: expecting ';', but found ')'\n"},
+    {"for (a; b; c; d", "t(1): Syntax error: expecting ')', but found ';'\n"},
+    {"for (print(1); b; c) d", "t(1): Syntax error: expecting ';', but found ')'\n"},
+    {"foreach (1 in a) b",  "t(1): Syntax error: expecting 'identifier', but found 'decimal constant'\n"},
+    {"foreach (x of a) b",  "t(1): Syntax error: expecting 'in', but found 'identifier'\n"},
+    {"foreach (x in a) ;\nforeach (x in a) b;", "t(2): Symbol 'x' already defined.\n"},
+    {"foreach (x in a) {} var x;", "t(1): Symbol 'x' already defined.\n"},
+    // a failed expression reports first, then the construct around it, and nobody above
+    {"{ if\n(3[1]) {} }",   "t(2): Illigal expression.\nt(1): Expection valid expression\n"},
+    {"print(3[1])",         "t(1): Illigal expression.\nt(1): Expection valid expression\n"},
+    {"execute((1)",         "t(1): Syntax error: expecting ')', but found 'unknown token id'\n"},
+    {"while (3[1]) a",      "t(1): Illigal expression.\nt(1): Expection valid expression.\n"},
+    {"foreach (x in 3[1])", "t(1): Illigal expression.\nt(1): Expection valid expression.\n"},
+    {"return 3[1];",        "t(1): Illigal expression.\nt(1): Expection valid expression.\n"},
+    {"for (a; 3[1]; b) c",  "t(1): Illigal expression.\nt(1): Expection valid expression.\n"},
+    {"for (3[1]; a; b) c",  "t(1): Illigal expression.\nt(1): Expection valid init statement.\n"},
+    {"{ 3[1] }",            "t(1): Illigal expression.\n"},
+    {"var x = 3[1];",       "t(1): Illigal expression.\nt(1): Missing r-value.\n"},
+    {"var x = 1, y = 2;",   "t(1): Missing r-value.\n"},
+    {"var x y;",            "t(1): Missing r-value.\n"},
+    {"var x == 1;",         "t(1): Missing r-value.\n"},
+    {"var 1;",              "t(1): Syntax error: expecting 'identifier', but found 'decimal constant'\n"},
+    {"var x as 1;",         "t(1): Syntax error: expecting 'identifier', but found 'decimal constant'\n"},
+    {"var x as Unknown;",   "t(1): Class 'Unknown' not defined.\n"},
+    {"var x as reflect;",   "t(1): Class 'reflect' not defined.\n"},
+    {"var a[0];",           "t(1): Invalid subscript.\n"},
+    {"var a[];",            "t(1): Invalid subscript.\n"},
+    {"var a[1;",            "t(1): Syntax error: expecting ']', but found ';'\n"},
+    {"var a[2000000000];",  "t(1): List too large.\n"},
+    {"var reflect;",        "t(1): Symbol 'reflect' already defined.\n"},
+};
+
+constexpr Row kModules[] = {
+    {"",                                            ""},
+    {"; function f(a, b) { return a } ; class C {} var x as C", ""},
+    {"class A { var x = 1; 5 ; function m() {} var y } class B inherits A {}", ""},
+    {"function f() { var a; { var a; } foreach (a in b) {} }", ""},
+    {"print(1);",                    "t(1): Syntax error.\n"},
+    {"function f() {}\nf();",        "t(2): Syntax error.\n"},
+    {"var x; }",                     "t(1): Syntax error.\n"},
+    {"var x }",                      "t(1): Syntax error: expecting ';', but found '}'\n"},
+    {"function f() {} function f() {}", "t(1): Symbol 'f' already defined.\n"},
+    {"var f; function f() {}",       "t(1): Symbol 'f' already defined.\n"},
+    {"function f(f2, f2) {}",        "t(1): Parameter 'f2' already defined.\n"},
+    {"var a; function f(a) {}",      "t(1): Symbol 'a' already defined.\n"},
+    {"function f(a) { var a; }",     "t(1): Symbol 'a' already defined.\n"},
+    {"function f(1) {}",             "t(1): Syntax error: expecting 'identifier', but found 'decimal constant'\n"},
+    {"function f(a,) {}",            "t(1): Syntax error: expecting 'identifier', but found ')'\n"},
+    {"function f(a b) {}",           "t(1): Syntax error: expecting ')', but found 'identifier'\n"},
+    {"function f() return 1;",       "t(1): Syntax error: expecting '{', but found 'return'\n"},
+    {"function (a) {}",              "t(1): Syntax error: expecting 'identifier', but found '('\n"},
+    {"function f()",                 "t(1): Unexpected end-of-file.\n"},
+    {"function f() {\n{\n}",         "t(3): Unexpected end-of-file.\n"},
+    {"class C",                      "t(1): Unexpected end-of-file.\n"},
+    {"class C ;",                    "t(1): Syntax error: expecting '{', but found ';'\n"},
+    {"class C { var x;\n",           "t(2): Unexpected end-of-file.\n"},
+    {"class C inherits D {}",        "t(1): Symbol 'D' not defined.\n"},
+    {"var D; class C inherits D {}", "t(1): Class 'D' not defined.\n"},
+    {"class C { var x as C; }",      "t(1): Class 'C' not defined.\n"},
+    {"class C { var x;\nvar x; }",   "t(2): Member 'x' already defined in class 'C'\n"},
+    {"class C { function f() {} function f() {} }", "t(1): Function 'f' already defined in class 'C'\n"},
+    {"class C { var x; }\nclass C {}", "t(2): Symbol 'C' already defined.\n"},
+    {"class C { var x ] }",          "t(1): Syntax error: expecting ';', but found ']'\n"},
+};
+// clang-format on
+
+TEST(Parser, Statements) {
+    for (const Row& row : kStatements) {
+        EXPECT_EQ(OutlineText(row.text, StatementSequence::Text), row.expected) << row.text;
+    }
+}
+
+TEST(Parser, StatementErrors) {
+    for (const Row& row : kTextErrors) {
+        EXPECT_EQ(OutlineText(row.text, StatementSequence::Text), row.expected) << row.text;
+    }
+}
+
+TEST(Parser, ACommandSkipsStrayBrackets) {
+    EXPECT_EQ(OutlineText(") a) ; b ) print(1)) c", StatementSequence::Command), "{ a b print 1 c }");
+    EXPECT_EQ(OutlineText("5 ]", StatementSequence::Command),
+              "t(1): Syntax error: expecting ';', but found ']'\n");
+    EXPECT_EQ(OutlineText("}", StatementSequence::Command),
+              "t(1): Syntax error: expecting ';', but found '}'\n");
+}
+
+TEST(Parser, Modules) {
+    for (const Row& row : kModules) {
+        ParserFixture fixture;
+        EXPECT_EQ(fixture.ParseModule(row.text), row.expected) << row.text;
+        EXPECT_EQ(fixture.engine.GetScopeDepth(), 1) << row.text;
+        EXPECT_EQ(fixture.engine.GetFirstToken().Get(), nullptr) << row.text;
+    }
+}
+
+TEST(Parser, WhatStoodBeforeAnErrorStays) {
+    ParserFixture fixture;
+    EXPECT_NE(fixture.ParseModule("function f() {} var x = 1; function g() { return } print"), "");
+    EXPECT_NE(fixture.engine.GetSymbol(StrId("f"), true), nullptr);
+    EXPECT_NE(fixture.engine.GetSymbol(StrId("x"), true), nullptr);
+    EXPECT_EQ(fixture.engine.GetSymbol(StrId("h"), true), nullptr);
+    EXPECT_EQ(fixture.ParseModule("function h() {}"), "");
+}
+
+TEST(Parser, LoopVariablesOfATextAreGoneWithIt) {
+    ParserFixture fixture;
+    for (int i = 0; i < 2; ++i) {
+        TIter<ScriptToken*> iter = fixture.Scan("foreach (x in {1}) print(x);");
+        EXPECT_TRUE(ParsedText(fixture.engine).Parse(iter, StatementSequence::Command));
+    }
+    EXPECT_EQ(fixture.engine.GetSymbol(StrId("x"), false), nullptr);
+    EXPECT_EQ(fixture.messages.errors, "");
+}
+
+TEST(Parser, WrongKeywordsAreForcedCrashes) {
+    ParserFixture fixture;
+    CrashRecorder crashes;
+    TIter<ScriptToken*> iter = fixture.Scan("print(1);");
+    EXPECT_EQ(fixture.engine.ParseIterationStatement(iter), nullptr);
+    EXPECT_EQ(fixture.engine.ParseJumpStatement(iter), nullptr);
+    ASSERT_EQ(crashes.Messages().size(), 2u);
+    EXPECT_EQ(crashes.Messages()[0], "Forced crash! \"Unknown iteration statement.\"");
+    EXPECT_EQ(crashes.Messages()[1], "Forced crash! \"Unknown jump statement.\"");
+    EXPECT_EQ(fixture.messages.errors, "t(1): Invalid iteration statement.\n");
+}
+
+TEST(Parser, StatementsMayNestAThousandDeep) {
+    constexpr const char* kShapes[][2] = {{"{", "}"},
+                                          {"if (a) ", ""},
+                                          {"while (a) ", ""},
+                                          {"foreach (x in a) {", "}"},
+                                          {"if (a) {} else {", "}"}};
+    for (const auto& [open, close] : kShapes) {
+        const bool two = *close != 0 && *open != '{';
+        const int levels = two ? 499 : 999;
+        const std::string inner = Repeat("(", 200) + "1" + Repeat(")", 200) + ";";
+        EXPECT_NE(
+            OutlineText(Repeat(open, levels) + inner + Repeat(close, levels), StatementSequence::Text)[0],
+            't');
+        EXPECT_EQ(OutlineText("print(1);" + Repeat(open, 1001) + "1;" + Repeat(close, 1001),
+                              StatementSequence::Text),
+                  "t(1): Statement nested too deeply.\n");
+    }
+}
+
+// An else-if chain is built, and destroyed, without recursion along it.
+TEST(Parser, LongChains) {
+    constexpr int kLinks = 100000;
+    ParserFixture fixture;
+    TIter<ScriptToken*> iter = fixture.Scan("if (a) b; " + Repeat("else if (c) d; ", kLinks) + "else e;");
+    const std::unique_ptr<ConditionalStatement> chain(fixture.engine.ParseConditionalStatement(iter));
+    int links = 0;
+    const Statement* last = chain.get();
+    while (const auto* link = dynamic_cast<const ConditionalStatement*>(last)) {
+        last = link->GetElse();
+        ++links;
+    }
+    EXPECT_EQ(links, kLinks + 1);
+    EXPECT_EQ(Outline(last), "e");
+}
+
+}  // namespace
+}  // namespace brenta::test

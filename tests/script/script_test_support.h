@@ -1,0 +1,52 @@
+// An engine with a recording message stream, for the tests of the parser and of what runs.
+#pragma once
+
+#include <string>
+
+#include "brenta/script.h"
+
+namespace brenta::test {
+
+/// Collects what a script prints and the errors it causes, one per line.
+class RecordingStream : public CScriptMsgStream {
+ public:
+    void OutputPrintStream(const char* text) override { prints += text; }
+    void OutputErrStream(const char* text) override { (errors += text) += '\n'; }
+
+    /// The errors so far, which are forgotten.
+    std::string TakeErrors() { return std::exchange(errors, {}); }
+
+    std::string prints;
+    std::string errors;
+};
+
+/// `count` times a text.
+inline std::string Repeat(const char* text, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+/// A fresh engine that parses texts.
+struct ParserFixture {
+    RecordingStream messages;
+    CCoreScriptEngine engine{TOrderedList<Var>(), &messages};
+
+    /// Scans a text into an empty token list, as the source "t".
+    TIter<ScriptToken*> Scan(const std::string& text) {
+        engine.FlushTokens();
+        engine.InjectScriptText("t", text.c_str(), true);
+        return engine.GetFirstToken();
+    }
+
+    /// Parses a module; its errors, "" if there were none.
+    std::string ParseModule(const std::string& text) {
+        Scan(text);
+        const bool parsed = engine.ParseScript();
+        return parsed == messages.errors.empty() ? messages.TakeErrors() : "result and messages disagree";
+    }
+};
+
+}  // namespace brenta::test

@@ -1,0 +1,82 @@
+#include "brenta/statements.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "script/parser.h"
+#include "script/script_test_support.h"
+
+namespace brenta::test {
+namespace {
+
+std::string DumpOf(const std::string& text) {
+    ParserFixture fixture;
+    TIter<ScriptToken*> iter = fixture.Scan(text);
+    const std::unique_ptr<Statement> statement(fixture.engine.ParseStatement(iter));
+    if (statement == nullptr) return fixture.messages.TakeErrors();
+    DumpFormatter out;
+    statement->Dump(out);
+    CoreString dump;
+    out.GetString(dump);
+    return std::string(dump.View());
+}
+
+TEST(Statements, Dumps) {
+    // clang-format off
+    const struct { const char* text; const char* dump; } kRows[] = {
+        {"a = 1;",                   "<expression>"},
+        {"var a;",                   "<declaration_statement>\n"},
+        {"if (a) {} else {}",        "<conditional_statement>\n"},
+        {"for (a;;) b;",             "<iteration_statement>\n"},
+        {"foreach (x in a) b;",      "<iteration_statement>\n"},
+        {"while (a) b;",             "<iteration_statement>\n"},
+        {"return a;",                "<jump_statement>\n"},
+        {"print(a)",                 "<print_statement>\n"},
+        {"execute(a)",               "execute:  {\n    <expression>\n}\n"},
+        {"_halt",                    "<halt_statement>\n"},
+        {"{}",                       " {\n    \n}\n"},
+        {"{ print(a) { break; } }",  " {\n    <print_statement>\n     {\n        <jump_statement>\n        \n"
+                                     "    }\n    \n}\n"},
+    };
+    // clang-format on
+    for (const auto& row : kRows) {
+        EXPECT_EQ(DumpOf(row.text), row.dump) << row.text;
+    }
+}
+
+TEST(Statements, KnowTheirClass) {
+    const std::unique_ptr<Statement> statements[] = {
+        std::make_unique<DeclarationStatement>(nullptr, nullptr, kNoName),
+        std::make_unique<CompoundStatement>(),
+        std::make_unique<ExpressionStatement>(),
+        std::make_unique<ConditionalStatement>(nullptr, nullptr, nullptr),
+        std::make_unique<IterationStatement>(nullptr),
+        std::make_unique<JumpStatement>(TOK_BREAK, nullptr),
+        std::make_unique<PrintStatement>(nullptr),
+        std::make_unique<ExecStatement>(nullptr),
+        std::make_unique<HaltStatement>(),
+    };
+    const char* const names[] = {"DeclarationStatement", "CompoundStatement",  "ExpressionStatement",
+                                 "ConditionalStatement", "IterationStatement", "JumpStatement",
+                                 "PrintStatement",       "ExecStatement",      "HaltStatement"};
+    for (int i = 0; i < 9; ++i) {
+        EXPECT_EQ(statements[i]->GetStatementType(), i + 1);
+        EXPECT_STREQ(statements[i]->GetClassName(), names[i]);
+        EXPECT_STREQ(statements[i]->GetBaseClassName(), "Statement");
+        EXPECT_GE(statements[i]->SizeOf(), sizeof(Statement)) << names[i];
+    }
+}
+
+TEST(Statements, ANewBodyReplacesTheFormer) {
+    IterationStatement loop(nullptr);
+    loop.SetBody(new HaltStatement);
+    auto* const body = new HaltStatement;
+    loop.SetBody(body);
+    loop.SetBody(body);
+    EXPECT_EQ(loop.GetBody(), body);
+    EXPECT_EQ(loop.GetKind(), TOK_WHILE);
+}
+
+}  // namespace
+}  // namespace brenta::test
