@@ -91,6 +91,9 @@ class BRENTA_API CHeap {
     std::uint32_t GetReuseCount() const;
 
  private:
+    friend struct GlobalHeapParts;
+    explicit CHeap(HeapCore* core) : m_pCore(core) {}
+
     HeapCore* m_pCore;
 };
 

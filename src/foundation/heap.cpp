@@ -1,0 +1,392 @@
+// The operations of CHeap. How pages keep their notes, and why there are two lanes, is told in
+// foundation/heap_pages.h.
+//
+// The exact lane follows one strict rule: a request is served by the block of exactly this size that was
+// freed last, or else from the next bytes of the current page. Everything of it happens under the heap's
+// lock. The aligned lane has no such promise to keep, so threads may hold back what they freed
+// (thread_store.h).
+#include "brenta/heap.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <new>
+
+#include "brenta/failure.h"
+#include "foundation/heap_core.h"
+#include "foundation/library_statics.h"
+#include "foundation/poison.h"
+#include "foundation/thread_store.h"
+
+namespace brenta {
+
+namespace {
+
+constexpr int kDefaultPageSize = 1000000;
+constexpr std::size_t kLargestRequest = INT_MAX;
+
+void Count(std::atomic<std::uint32_t>& counter) {
+    counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
+std::size_t RoundUp(std::size_t size) {
+    return size == 0 ? kGranule : (size + kGranule - 1) / kGranule * kGranule;
+}
+
+/// The core of the global heap, built if need be; null after unloading.
+HeapCore* GlobalCore() {
+    HeapCore* core = g_pGlobalCore.load(std::memory_order_acquire);
+    if (core) [[likely]]
+        return core;
+    GlobalHeap();
+    return g_pGlobalCore.load(std::memory_order_acquire);
+}
+
+/// Copies what fits and clears the rest.
+void MoveContent(char* to, std::size_t newSize, const char* from, std::size_t kept) {
+    std::memcpy(to, from, kept);
+    std::memset(to + kept, 0, newSize - kept);
+}
+
+void CrashOnFreeOfNull() {
+    ForcedCrash(0x0501B007, "Heap", __LINE__, "Forced crash! \"Attempting to free a NULL ptr.\"");
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------------------
+// HeapCore: life and pages
+
+HeapCore::HeapCore(const char* name, int pageSize) : HeapCore(name, pageSize, m_ownLock) {}
+
+HeapCore::HeapCore(const char* name, int pageSize, os::Lock& lock)
+    : m_lock(lock), m_pageSize(pageSize > 0 ? static_cast<std::size_t>(pageSize) : 0), m_index(m_pageSize) {
+    const std::size_t length = name ? std::min(std::strlen(name), sizeof m_name - 1) : 0;
+    std::copy_n(name, length, m_name);
+    m_name[length] = '\0';
+    if (m_pageSize > 0) TurnPage(Lane::Exact, m_pageSize);
+}
+
+HeapCore::~HeapCore() {
+    for (HeapPage* page = m_pFirstPage.load(std::memory_order_acquire); page;) {
+        HeapPage* const next = page->Next();
+        HeapPage::Destroy(page);
+        page = next;
+    }
+}
+
+/// A page in the list and in the index, or null without memory and everything as it was.
+HeapPage* HeapCore::NewPage(Lane lane, std::size_t size, bool forOneBlock) {
+    HeapPage* const page = HeapPage::Create(lane, size, forOneBlock);
+    if (!page) return nullptr;
+    if (!m_index.Add(*page)) {
+        HeapPage::Destroy(page);
+        return nullptr;
+    }
+    if (m_pLastPage) {
+        m_pLastPage->SetNext(page);
+    } else {
+        m_pFirstPage.store(page, std::memory_order_release);
+    }
+    m_pLastPage = page;
+    return page;
+}
+
+/// Gives the lane a new current page of max(size, page size) bytes; what is left of the former becomes one
+/// free block. False without memory, and everything as it was.
+bool HeapCore::TurnPage(Lane lane, std::size_t size) {
+    HeapPage* const page = NewPage(lane, std::max(size, m_pageSize), size > m_pageSize);
+    if (!page) return false;
+    LaneState& state = Of(lane);
+    const std::size_t leastRest = lane == Lane::Exact ? 1 : kGranule;
+    if (state.pCurrent && state.pCurrent->Left() >= leastRest) {
+        std::size_t rest;
+        const FreeBlock block = state.pCurrent->TakeRest(rest);
+        state.store.Add(rest, block);
+    }
+    state.pCurrent = page;
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// HeapCore: the exact lane
+
+void* HeapCore::Allocate(int size) {
+    if (size < 0) return nullptr;
+    const os::LockGuard guard(m_lock);
+    return AllocateExact(std::max(static_cast<std::size_t>(size), std::size_t{1}));
+}
+
+char* HeapCore::AllocateExact(std::size_t size) {
+    Count(m_allocations);
+    LaneState& lane = Of(Lane::Exact);
+    BlockStack* const stack = lane.store.Find(size);
+    if (stack && !stack->IsEmpty()) {
+        Count(m_reuses);
+        const FreeBlock block = stack->Pop();
+        SetExactLive(block);
+        return block.p;
+    }
+    if ((!lane.pCurrent || lane.pCurrent->Left() < size) && !TurnPage(Lane::Exact, size)) return nullptr;
+    return lane.pCurrent->Carve(size);
+}
+
+void HeapCore::FreeExact(HeapPage& page, char* p) {
+    ExactNote& note = page.ExactNoteOf(p);
+    const unsigned byte = ByteInGranule(p);
+    const os::LockGuard guard(m_lock);
+    if ((note.live >> byte & 1u) == 0) return;
+    note.live = static_cast<std::uint16_t>(note.live & ~(1u << byte));
+    Of(Lane::Exact).store.Add(note.SizeOfBlock(byte), {p, &note});
+}
+
+char* HeapCore::ReAllocExact(HeapPage& page, char* p, int size, bool& known) {
+    const os::LockGuard guard(m_lock);
+    const ExactNote& note = page.ExactNoteOf(p);
+    const unsigned byte = ByteInGranule(p);
+    known = (note.live >> byte & 1u) != 0;
+    if (!known || size < 0) return nullptr;
+    const std::size_t oldSize = note.SizeOfBlock(byte);
+    const std::size_t newSize = std::max(static_cast<std::size_t>(size), std::size_t{1});
+    char* const fresh = AllocateExact(newSize);
+    if (!fresh) return nullptr;
+    MoveContent(fresh, newSize, p, std::min(oldSize, static_cast<std::size_t>(size)));
+    FreeExact(page, p);
+    return fresh;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// HeapCore: the aligned lane
+
+void* HeapCore::AllocateAligned(std::size_t size) {
+    if (size > kLargestRequest) return nullptr;
+    size = std::max(size, std::size_t{1});
+    char* p = nullptr;
+    ThreadStore* store = nullptr;
+    if (m_hasThreadStores && size <= ThreadStore::kLargestSize) store = ThreadStore::Get(*this);
+    if (store) {
+        p = store->TakeOrRefill(*this, size);
+    } else {
+        FreeBlock block;
+        if (TakeFree(RoundUp(size), &block, 1, 1) == 1) {
+            SetAlignedLive(block);
+            p = block.p;
+        }
+    }
+    if (p) Unpoison(p, size);
+    return p;
+}
+
+unsigned HeapCore::TakeFree(std::size_t size, FreeBlock* blocks, unsigned count, unsigned toCarve) {
+    const os::LockGuard guard(m_lock);
+    BlockStack* const stack = Of(Lane::Aligned).store.Find(size);
+    if (stack && !stack->IsEmpty()) return stack->PopSome(blocks, count);
+    unsigned carved = 0;
+    while (carved < toCarve) {
+        const FreeBlock block = CarveAligned(size);
+        if (!block.p) break;
+        blocks[carved++] = block;
+    }
+    // The block to be handed out first is the last one.
+    std::reverse(blocks, blocks + carved);
+    return carved;
+}
+
+FreeBlock HeapCore::CarveAligned(std::size_t size) {
+    if (size > m_pageSize || size > kLargestNotedSize) {
+        HeapPage* const page = NewPage(Lane::Aligned, size, true);
+        return page ? page->CarveFree(size) : FreeBlock{nullptr, nullptr};
+    }
+    LaneState& lane = Of(Lane::Aligned);
+    const bool fits = lane.pCurrent && lane.pCurrent->Left() >= size;
+    if (!fits && !TurnPage(Lane::Aligned, size)) return {nullptr, nullptr};
+    return lane.pCurrent->CarveFree(size);
+}
+
+void HeapCore::GiveFree(std::size_t size, const FreeBlock* blocks, unsigned count) {
+    const os::LockGuard guard(m_lock);
+    for (unsigned i = 0; i < count; ++i)
+        Of(Lane::Aligned).store.Add(size, blocks[i]);
+}
+
+/// Two threads may free the same block at once by mistake: the exchange lets one of them have it.
+void HeapCore::FreeAligned(HeapPage& page, char* p) {
+    if (ByteInGranule(p) != 0) return;
+    AlignedNote& rawNote = page.AlignedNoteOf(p);
+    const std::atomic_ref<AlignedNote> note(rawNote);
+    const AlignedNote seen = note.load(std::memory_order_relaxed);
+    if ((seen & kLive) == 0) return;
+    const AlignedNote freed = seen & kGranulesMask;
+    if (os::SingleThreaded()) {
+        note.store(freed, std::memory_order_relaxed);
+    } else if ((note.exchange(freed, std::memory_order_relaxed) & kLive) == 0) {
+        return;
+    }
+    const std::size_t size = page.AlignedSize(freed);
+    Poison(p, size);
+    const FreeBlock block{p, &rawNote};
+    ThreadStore* store = nullptr;
+    if (m_hasThreadStores && size <= ThreadStore::kLargestSize) store = ThreadStore::Get(*this);
+    if (store) {
+        store->Put(*this, size, block);
+    } else {
+        GiveFree(size, &block, 1);
+    }
+}
+
+char* HeapCore::ReAllocAligned(HeapPage& page, char* p, int size, bool& known) {
+    if (ByteInGranule(p) != 0) return nullptr;
+    const AlignedNote note = std::atomic_ref(page.AlignedNoteOf(p)).load(std::memory_order_relaxed);
+    known = (note & kLive) != 0;
+    if (!known || size < 0) return nullptr;
+    const std::size_t oldSize = page.AlignedSize(note);
+    const std::size_t newSize = std::max(static_cast<std::size_t>(size), std::size_t{1});
+    char* const fresh = static_cast<char*>(AllocateAligned(newSize));
+    if (!fresh) return nullptr;
+    Unpoison(p, oldSize);
+    MoveContent(fresh, newSize, p, std::min(oldSize, static_cast<std::size_t>(size)));
+    FreeAligned(page, p);
+    return fresh;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// HeapCore: both lanes
+
+void HeapCore::Free(void* p) {
+    HeapPage* const page = m_index.Find(p);
+    char* const bytes = static_cast<char*>(p);
+    if (!page || !page->HasNote(bytes)) return;
+    if (page->GetLane() == Lane::Exact) {
+        FreeExact(*page, bytes);
+    } else {
+        FreeAligned(*page, bytes);
+    }
+}
+
+void* HeapCore::ReAlloc(void* p, int size) {
+    HeapPage* const page = m_index.Find(p);
+    char* const bytes = static_cast<char*>(p);
+    bool known = false;
+    char* fresh = nullptr;
+    if (page && page->HasNote(bytes)) {
+        fresh = page->GetLane() == Lane::Exact ? ReAllocExact(*page, bytes, size, known)
+                                               : ReAllocAligned(*page, bytes, size, known);
+    }
+    if (!known) {
+        ForcedCrash(0x0501B008, "Heap", __LINE__,
+                    "Forced crash! \"Attempting to realloc an unknown pointer.\"");
+    }
+    return fresh;
+}
+
+int HeapCore::GetBytesUsed() const {
+    std::uint64_t sum = 0;
+    for (HeapPage* page = m_pFirstPage.load(std::memory_order_acquire); page; page = page->Next()) {
+        sum += page->Used();
+    }
+    return static_cast<int>(std::min<std::uint64_t>(sum, INT_MAX));
+}
+
+bool HeapCore::IsValidHeapPtr(const void* p) const {
+    const auto address = reinterpret_cast<std::uintptr_t>(p);
+    for (HeapPage* page = m_pFirstPage.load(std::memory_order_acquire); page; page = page->Next()) {
+        const auto start = reinterpret_cast<std::uintptr_t>(page->Start());
+        // The last carved byte does not count.
+        if (address >= start && address - start + 1 < page->Used()) return true;
+    }
+    return false;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// CHeap
+
+CHeap::CHeap() : CHeap("", kDefaultPageSize) {
+    ForcedCrash(0x0501B001, "Heap", __LINE__, "Forced crash! \"Use initializing constructor\"");
+}
+
+CHeap::CHeap(const char* name, int pageSize) : m_pCore(new (std::nothrow) HeapCore(name, pageSize)) {}
+
+CHeap::~CHeap() {
+    delete m_pCore;
+}
+
+void* CHeap::Allocate(int size) {
+    return m_pCore ? m_pCore->Allocate(size) : nullptr;
+}
+
+void* CHeap::AllocateAligned(std::size_t size) {
+    return m_pCore ? m_pCore->AllocateAligned(size) : nullptr;
+}
+
+void CHeap::Free(void* p) {
+    if (!p) return CrashOnFreeOfNull();
+    if (m_pCore) m_pCore->Free(p);
+}
+
+void* CHeap::ReAlloc(void* p, int size) {
+    return m_pCore ? m_pCore->ReAlloc(p, size) : nullptr;
+}
+
+int CHeap::GetBytesUsed() const {
+    return m_pCore ? m_pCore->GetBytesUsed() : 0;
+}
+
+bool CHeap::IsValidHeapPtr(const void* p) const {
+    return m_pCore && m_pCore->IsValidHeapPtr(p);
+}
+
+const char* CHeap::GetName() const {
+    return m_pCore ? m_pCore->GetName() : "";
+}
+
+std::uint32_t CHeap::GetAllocationCount() const {
+    return m_pCore ? m_pCore->GetAllocationCount() : 0;
+}
+
+std::uint32_t CHeap::GetReuseCount() const {
+    return m_pCore ? m_pCore->GetReuseCount() : 0;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// The global heap
+
+void* CoreAllocate(int size) {
+    HeapCore* const core = GlobalCore();
+    return core ? core->Allocate(size) : nullptr;
+}
+
+void CoreFree(void* p) {
+    if (!p) return CrashOnFreeOfNull();
+    HeapDelete(p);
+}
+
+void* CoreReAlloc(void* p, int size) {
+    return GlobalHeap().ReAlloc(p, size);
+}
+
+int CoreHeapUsed() {
+    return GlobalHeap().GetBytesUsed();
+}
+
+bool IsValidHeapPtr(const void* p) {
+    return GlobalHeap().IsValidHeapPtr(p);
+}
+
+void* HeapNew(std::size_t size) noexcept {
+    ThreadStore* const store = ThreadStore::Present();
+    if (store && size - 1 < ThreadStore::kLargestSize) [[likely]] {
+        if (char* p = store->Take(size)) [[likely]] {
+            Unpoison(p, size);
+            return p;
+        }
+    }
+    HeapCore* const core = GlobalCore();
+    return core ? core->AllocateAligned(size) : nullptr;
+}
+
+void HeapDelete(void* p) noexcept {
+    HeapCore* const core = g_pGlobalCore.load(std::memory_order_acquire);
+    if (core && p) core->Free(p);
+}
+
+}  // namespace brenta

@@ -1,0 +1,79 @@
+// What stands behind a CHeap.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+#include "foundation/free_store.h"
+#include "foundation/heap_pages.h"
+#include "os/lock.h"
+
+namespace brenta {
+
+class HeapCore {
+ public:
+    HeapCore(const char* name, int pageSize);
+    /// The same with a lock that outlives the heap.
+    HeapCore(const char* name, int pageSize, os::Lock& lock);
+    ~HeapCore();
+    HeapCore(const HeapCore&) = delete;
+    HeapCore& operator=(const HeapCore&) = delete;
+
+    // The operations of CHeap (brenta/heap.h).
+    void* Allocate(int size);
+    void* AllocateAligned(std::size_t size);
+    void Free(void* p);
+    void* ReAlloc(void* p, int size);
+    int GetBytesUsed() const;
+    bool IsValidHeapPtr(const void* p) const;
+    const char* GetName() const { return m_name; }
+    std::uint32_t GetAllocationCount() const { return m_allocations.load(std::memory_order_relaxed); }
+    std::uint32_t GetReuseCount() const { return m_reuses.load(std::memory_order_relaxed); }
+
+    // For the threads' own stores (foundation/thread_store.h): blocks of the aligned lane whose size is a
+    // multiple of kGranule.
+
+    /// Moves up to `count` freed blocks of this size into `blocks`, the one freed last at the end, and
+    /// returns how many. If there are none, carves `toCarve` blocks.
+    unsigned TakeFree(std::size_t size, FreeBlock* blocks, unsigned count, unsigned toCarve);
+    /// Takes freed blocks, the one freed last at the end.
+    void GiveFree(std::size_t size, const FreeBlock* blocks, unsigned count);
+
+    os::Lock& GetLock() { return m_lock; }
+    /// Whether threads keep freed small blocks of the aligned lane to themselves; set once, at the start.
+    bool m_hasThreadStores = false;
+
+ private:
+    struct LaneState {
+        FreeStore store;
+        HeapPage* pCurrent = nullptr;
+    };
+
+    HeapPage* NewPage(Lane lane, std::size_t size, bool forOneBlock);
+    bool TurnPage(Lane lane, std::size_t size);
+    char* AllocateExact(std::size_t size);
+    FreeBlock CarveAligned(std::size_t size);
+    void FreeExact(HeapPage& page, char* p);
+    void FreeAligned(HeapPage& page, char* p);
+    char* ReAllocExact(HeapPage& page, char* p, int size, bool& known);
+    char* ReAllocAligned(HeapPage& page, char* p, int size, bool& known);
+
+    LaneState& Of(Lane lane) { return m_lanes[static_cast<int>(lane)]; }
+
+    os::Lock m_ownLock;
+    os::Lock& m_lock;
+    std::size_t m_pageSize;
+    PageIndex m_index;
+    LaneState m_lanes[2];
+    std::atomic<std::uint32_t> m_allocations{0};
+    std::atomic<std::uint32_t> m_reuses{0};
+    std::atomic<HeapPage*> m_pFirstPage{nullptr};
+    HeapPage* m_pLastPage = nullptr;
+    char m_name[260];
+};
+
+/// The core of the global heap; null before its first use and after unloading. Defined in library.cpp.
+extern constinit std::atomic<HeapCore*> g_pGlobalCore;
+
+}  // namespace brenta

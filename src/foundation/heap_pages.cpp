@@ -1,0 +1,153 @@
+#include "foundation/heap_pages.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+#include "foundation/poison.h"
+
+namespace brenta {
+
+// ---------------------------------------------------------------------------------------------------------
+// HeapPage
+
+HeapPage* HeapPage::Create(Lane lane, std::size_t size, bool forOneBlock) {
+    const std::size_t notes = forOneBlock ? 1 : (size + kGranule - 1) / kGranule;
+    auto* page = new (std::nothrow) HeapPage;
+    if (!page) return nullptr;
+    page->m_pBytes = static_cast<char*>(std::malloc(size));
+    // calloc, because it gets zeroes from the system for nothing.
+    void* noteBytes = std::calloc(notes, lane == Lane::Exact ? sizeof(ExactNote) : sizeof(AlignedNote));
+    if (lane == Lane::Exact) {
+        page->m_pExact = static_cast<ExactNote*>(noteBytes);
+    } else {
+        page->m_pAligned = static_cast<AlignedNote*>(noteBytes);
+    }
+    page->m_size = size;
+    page->m_noteCount = notes;
+    page->m_left = size;
+    page->m_lane = lane;
+    page->m_forOneBlock = forOneBlock;
+    if (!page->m_pBytes || !noteBytes) {
+        Destroy(page);
+        return nullptr;
+    }
+    if (lane == Lane::Aligned) Poison(page->m_pBytes, size);
+    return page;
+}
+
+void HeapPage::Destroy(HeapPage* page) {
+    if (page->m_pBytes) Unpoison(page->m_pBytes, page->m_size);
+    std::free(page->m_pBytes);
+    if (page->m_lane == Lane::Exact) {
+        std::free(page->m_pExact);
+    } else {
+        std::free(page->m_pAligned);
+    }
+    delete page;
+}
+
+void* HeapPage::NoteBlock(std::size_t offset, std::size_t size, bool live) {
+    if (m_lane == Lane::Exact) {
+        ExactNote& note = m_pExact[offset / kGranule];
+        const auto bit = static_cast<std::uint16_t>(1u << offset % kGranule);
+        note.starts = static_cast<std::uint16_t>(note.starts | bit);
+        if (live) note.live = static_cast<std::uint16_t>(note.live | bit);
+        note.lastSize = static_cast<std::uint32_t>(size);
+        return &note;
+    }
+    AlignedNote& note = m_pAligned[offset / kGranule];
+    const auto granules = m_forOneBlock ? kWholePage : static_cast<AlignedNote>(size / kGranule);
+    std::atomic_ref<AlignedNote>(note).store(live ? granules | kLive : granules, std::memory_order_relaxed);
+    return &note;
+}
+
+char* HeapPage::Carve(std::size_t size) {
+    const std::size_t offset = Used();
+    NoteBlock(offset, size, true);
+    m_used.store(offset + size, std::memory_order_relaxed);
+    m_left -= size;
+    return m_pBytes + offset;
+}
+
+FreeBlock HeapPage::CarveFree(std::size_t size) {
+    const std::size_t offset = Used();
+    void* const note = NoteBlock(offset, size, false);
+    m_used.store(offset + size, std::memory_order_relaxed);
+    m_left -= size;
+    return {m_pBytes + offset, note};
+}
+
+FreeBlock HeapPage::TakeRest(std::size_t& size) {
+    const std::size_t offset = Used();
+    size = m_lane == Lane::Exact ? m_left : m_left / kGranule * kGranule;
+    m_left = 0;
+    return {m_pBytes + offset, NoteBlock(offset, size, false)};
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// PageIndex
+
+namespace {
+
+constexpr unsigned kFirstTableBits = 6;
+
+}  // namespace
+
+PageIndex::PageIndex(std::size_t pageSize)
+    : m_shift(static_cast<unsigned>(std::bit_width(std::max(pageSize, kGranule) - 1))) {}
+
+PageIndex::~PageIndex() {
+    for (Table* table = m_pTable.load(std::memory_order_relaxed); table;) {
+        delete[] table->pSlots;
+        delete std::exchange(table, table->pOutgrown);
+    }
+}
+
+bool PageIndex::Add(HeapPage& page) {
+    const auto start = reinterpret_cast<std::uintptr_t>(page.Start());
+    const std::uintptr_t first = start >> m_shift;
+    const std::uintptr_t last = page.IsForOneBlock() ? first : (start + page.Size() - 1) >> m_shift;
+    if (!Reserve(last - first + 1)) return false;
+    for (std::uintptr_t region = first; region <= last; ++region) {
+        Enter(*m_pTable.load(std::memory_order_relaxed), region, page);
+        ++m_count;
+    }
+    return true;
+}
+
+/// Makes room for more entries, so that the table is never more than half full.
+bool PageIndex::Reserve(std::size_t entries) {
+    Table* const old = m_pTable.load(std::memory_order_relaxed);
+    if (old && 2 * (m_count + entries) <= old->mask + 1) return true;
+    const auto bits =
+        std::max(kFirstTableBits, static_cast<unsigned>(std::bit_width(2 * (m_count + entries))));
+    const std::size_t size = std::size_t{1} << bits;
+    auto* slots = new (std::nothrow) Slot[size]();
+    if (!slots) return false;
+    auto* table = new (std::nothrow) Table{slots, size - 1, 64 - bits, old};
+    if (!table) {
+        delete[] slots;
+        return false;
+    }
+    for (std::size_t i = 0; old && i <= old->mask; ++i) {
+        const Slot& slot = old->pSlots[i];
+        if (HeapPage* page = slot.pPage.load(std::memory_order_relaxed)) Enter(*table, slot.region, *page);
+    }
+    m_pTable.store(table, std::memory_order_release);
+    return true;
+}
+
+void PageIndex::Enter(Table& table, std::uintptr_t region, HeapPage& page) {
+    std::size_t i = table.SlotOf(region);
+    while (table.pSlots[i].pPage.load(std::memory_order_relaxed))
+        i = (i + 1) & table.mask;
+    Slot& slot = table.pSlots[i];
+    slot.start = reinterpret_cast<std::uintptr_t>(page.Start());
+    slot.size = page.Size();
+    slot.region = region;
+    slot.pPage.store(&page, std::memory_order_release);
+}
+
+}  // namespace brenta

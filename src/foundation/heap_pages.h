@@ -1,0 +1,197 @@
+// The pages of a heap: their bytes, the notes about the blocks in them, and the index that finds a page from
+// an address.
+//
+// A heap has two lanes, and every page belongs to one of them.
+//
+// The exact lane hands out bytes exactly as they are asked for: blocks lie side by side without rounding,
+// alignment or headers, so that 5 bytes are followed by the next block 5 bytes on. That is fine for texts and
+// raw data, and fatal for C++ objects, whose members must be aligned. The aligned lane therefore carves
+// blocks in strides of 16 bytes from pages of its own. It cannot share the pages of the exact lane: the gaps
+// it would leave there would sooner or later be handed out to exact requests, which would then no longer be
+// adjacent.
+//
+// A block never changes its start or its size once it is carved: nothing is split and nothing merged. So the
+// notes about a page need no search. There is one note for each *granule* of 16 bytes:
+//
+// - Aligned lane: a granule holds the start of one block or none. Its note is 16 bits, the block's number of
+//   granules (0: no block starts here) and the bit kLive while the block is in use. Threads read and write it
+//   without a lock, so it is only touched as an atomic.
+//
+// - Exact lane: up to 16 blocks can start in one granule. Its note has one bit per byte for "a block starts
+//   here" and one for "that block is in use", and the size of the block that starts last in the granule. The
+//   sizes of the others need no room: blocks are adjacent, so each ends where the next one starts. The lane
+//   is used under the heap's lock alone.
+//
+// The notes lie outside the page, all zero at first, and the system provides their memory only as they are
+// touched. A page that was made for one large block has the note of its first granule only.
+#pragma once
+
+#include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+namespace brenta {
+
+enum class Lane : std::uint8_t { Exact, Aligned };
+
+inline constexpr std::size_t kGranule = 16;
+
+/// Where in its granule an address lies; pages start at granules.
+inline unsigned ByteInGranule(const void* p) {
+    return static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(p) % kGranule);
+}
+
+/// The note about a granule of the exact lane.
+struct ExactNote {
+    std::uint16_t starts;    // bit i: a block starts at byte i
+    std::uint16_t live;      // bit i: the block that starts at byte i is in use
+    std::uint32_t lastSize;  // size of the block of the highest bit in starts
+
+    /// Size of the block that starts at byte `byte`.
+    std::size_t SizeOfBlock(unsigned byte) const {
+        const unsigned later = starts & (0xFFFEu << byte);
+        return later ? static_cast<unsigned>(std::countr_zero(later)) - byte : lastSize;
+    }
+};
+
+/// The note about a granule of the aligned lane: granules of the block that starts here, and kLive.
+using AlignedNote = std::uint16_t;
+inline constexpr AlignedNote kLive = 0x8000;
+inline constexpr AlignedNote kGranulesMask = 0x7FFF;
+/// This many granules mean: the block has its page to itself, and the page's size.
+inline constexpr AlignedNote kWholePage = 0x7FFF;
+/// Largest block whose size fits its note.
+inline constexpr std::size_t kLargestNotedSize = (kWholePage - 1u) * kGranule;
+
+/// A block in a free store: where it is and where its note is.
+struct FreeBlock {
+    char* p;
+    void* pNote;  // ExactNote* or AlignedNote*, by the store's lane
+};
+
+/// A page of a heap. All changes happen under the heap's lock, except to the notes of the aligned lane.
+class HeapPage {
+ public:
+    /// A page of `size` bytes (at least 1); null without memory. `forOneBlock`: the page will hold just one
+    /// block of this size.
+    static HeapPage* Create(Lane lane, std::size_t size, bool forOneBlock);
+    static void Destroy(HeapPage* page);
+
+    Lane GetLane() const { return m_lane; }
+    char* Start() const { return m_pBytes; }
+    std::size_t Size() const { return m_size; }
+    bool IsForOneBlock() const { return m_forOneBlock; }
+
+    /// Bytes carved so far. Any thread.
+    std::size_t Used() const { return m_used.load(std::memory_order_relaxed); }
+    /// Bytes that can still be carved.
+    std::size_t Left() const { return m_left; }
+
+    /// Carves a block that is in use from the start; there must be as many bytes left.
+    char* Carve(std::size_t size);
+    /// The same for a block that starts its life in a free store; the aligned lane.
+    FreeBlock CarveFree(std::size_t size);
+    /// Makes one free block of all that is left without counting it as carved, so that nothing is left. There
+    /// must be some bytes left. Returns the block and its size.
+    FreeBlock TakeRest(std::size_t& size);
+
+    ExactNote& ExactNoteOf(const char* p) const { return m_pExact[GranuleOf(p)]; }
+    AlignedNote& AlignedNoteOf(const char* p) const { return m_pAligned[GranuleOf(p)]; }
+    /// Whether p lies on a granule that has a note; for pages of one block others can be asked for.
+    bool HasNote(const char* p) const { return GranuleOf(p) < m_noteCount; }
+    /// Size in bytes of a block of the aligned lane, from its note.
+    std::size_t AlignedSize(AlignedNote note) const {
+        const AlignedNote granules = note & kGranulesMask;
+        return granules == kWholePage ? m_size : granules * kGranule;
+    }
+
+    HeapPage* Next() const { return m_pNext.load(std::memory_order_acquire); }
+    void SetNext(HeapPage* next) { m_pNext.store(next, std::memory_order_release); }
+
+ private:
+    HeapPage() = default;
+    ~HeapPage() = default;
+
+    std::size_t GranuleOf(const char* p) const { return static_cast<std::size_t>(p - m_pBytes) / kGranule; }
+    void* NoteBlock(std::size_t offset, std::size_t size, bool live);
+
+    char* m_pBytes = nullptr;
+    std::size_t m_size = 0;
+    union {
+        ExactNote* m_pExact = nullptr;
+        AlignedNote* m_pAligned;
+    };
+    std::size_t m_noteCount = 0;
+    std::size_t m_left = 0;
+    std::atomic<std::size_t> m_used{0};
+    std::atomic<HeapPage*> m_pNext{nullptr};
+    Lane m_lane = Lane::Exact;
+    bool m_forOneBlock = false;
+};
+
+/// Marks a block of a free store as in use.
+inline void SetExactLive(const FreeBlock& block) {
+    auto& note = *static_cast<ExactNote*>(block.pNote);
+    note.live = static_cast<std::uint16_t>(note.live | 1u << ByteInGranule(block.p));
+}
+inline void SetAlignedLive(const FreeBlock& block) {
+    std::atomic_ref<AlignedNote> note(*static_cast<AlignedNote*>(block.pNote));
+    note.store(note.load(std::memory_order_relaxed) | kLive, std::memory_order_relaxed);
+}
+
+/// Finds the page of an address, from any thread without a lock.
+///
+/// Addresses are divided into regions about as large as a page of the heap, so that only a few pages touch
+/// any one region. An open-addressing table holds an entry for each region that a page touches (for a page of
+/// one block just the first: only a block's start is ever asked for). Entries are never removed, and a table
+/// that was outgrown is kept, since other threads may still be reading it.
+class PageIndex {
+ public:
+    /// For a heap with pages of `pageSize` bytes.
+    explicit PageIndex(std::size_t pageSize);
+    ~PageIndex();
+    PageIndex(const PageIndex&) = delete;
+    PageIndex& operator=(const PageIndex&) = delete;
+
+    /// Adds a page; under the heap's lock. False, and nothing added that counts, without memory.
+    bool Add(HeapPage& page);
+
+    /// The page in which `p` lies; null if there is none, or if p is inside a page of one block behind its
+    /// first region.
+    HeapPage* Find(const void* p) const {
+        const auto address = reinterpret_cast<std::uintptr_t>(p);
+        const Table* table = m_pTable.load(std::memory_order_acquire);
+        if (!table) return nullptr;
+        for (std::size_t i = table->SlotOf(address >> m_shift);; i = (i + 1) & table->mask) {
+            const Slot& slot = table->pSlots[i];
+            HeapPage* page = slot.pPage.load(std::memory_order_acquire);
+            if (!page || address - slot.start < slot.size) return page;
+        }
+    }
+
+ private:
+    struct Slot {
+        std::uintptr_t start;
+        std::size_t size;
+        std::uintptr_t region;
+        std::atomic<HeapPage*> pPage;
+    };
+    struct Table {
+        std::size_t SlotOf(std::uintptr_t region) const { return (region * 0x9E3779B97F4A7C15u) >> shift; }
+
+        Slot* pSlots;
+        std::size_t mask;
+        unsigned shift;
+        Table* pOutgrown;
+    };
+
+    bool Reserve(std::size_t entries);
+    static void Enter(Table& table, std::uintptr_t region, HeapPage& page);
+
+    unsigned m_shift;
+    std::size_t m_count = 0;
+    std::atomic<Table*> m_pTable{nullptr};
+};
+
+}  // namespace brenta

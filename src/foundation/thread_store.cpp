@@ -1,0 +1,87 @@
+#include "foundation/thread_store.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "foundation/heap_core.h"
+#include "os/os.h"
+
+namespace brenta {
+
+constinit thread_local ThreadStore* t_pThreadStore = nullptr;
+
+namespace {
+
+// Under the lock of the global heap.
+constinit ThreadStore* g_pAllStores = nullptr;
+constinit ThreadStore* g_pIdleStores = nullptr;
+constinit os::ThreadEndHook g_threadEnd;
+
+/// Blocks carved at once for a thread that has neighbours, so that building something large does not meet
+/// them at the lock with every node.
+constexpr unsigned kCarvedAtOnce = 16;
+
+}  // namespace
+
+char* ThreadStore::TakeOrRefill(HeapCore& core, std::size_t size) {
+    if (char* p = Take(size)) return p;
+    Stack& stack = StackOf(size);
+    const std::size_t rounded = (size + kGranule - 1) / kGranule * kGranule;
+    stack.count = core.TakeFree(rounded, stack.blocks, kDepth / 2, os::SingleThreaded() ? 1 : kCarvedAtOnce);
+    return Take(size);
+}
+
+/// The older half goes back to the heap, so that the newest blocks, which are still in the processor's cache,
+/// stay.
+void ThreadStore::GiveHalf(HeapCore& core, std::size_t size, Stack& stack) {
+    constexpr std::uint32_t kHalf = kDepth / 2;
+    core.GiveFree(size, stack.blocks, kHalf);
+    std::copy(stack.blocks + kHalf, stack.blocks + stack.count, stack.blocks);
+    stack.count -= kHalf;
+}
+
+ThreadStore* ThreadStore::Attach(HeapCore& core) {
+    ThreadStore* store;
+    {
+        const os::LockGuard guard(core.GetLock());
+        store = g_pIdleStores;
+        if (store) {
+            g_pIdleStores = store->m_pNextIdle;
+        } else {
+            store = new (std::nothrow) ThreadStore();
+            if (!store) return nullptr;
+            store->m_pNextOfAll = std::exchange(g_pAllStores, store);
+        }
+    }
+    t_pThreadStore = store;
+    g_threadEnd.Set(store);
+    return store;
+}
+
+void ThreadStore::AtThreadEnd(void* value) {
+    auto* store = static_cast<ThreadStore*>(value);
+    HeapCore* const core = g_pGlobalCore.load(std::memory_order_acquire);
+    if (!core) return;
+    t_pThreadStore = nullptr;
+    for (std::size_t i = 0; i < kStacks; ++i) {
+        Stack& stack = store->m_stacks[i];
+        core->GiveFree((i + 1) * kGranule, stack.blocks, std::exchange(stack.count, 0));
+    }
+    const os::LockGuard guard(core->GetLock());
+    store->m_pNextIdle = std::exchange(g_pIdleStores, store);
+}
+
+bool ThreadStore::StartAll() {
+    return g_threadEnd.Open(&ThreadStore::AtThreadEnd);
+}
+
+void ThreadStore::EndAll() {
+    g_threadEnd.Close();
+    t_pThreadStore = nullptr;
+    g_pIdleStores = nullptr;
+    while (g_pAllStores)
+        delete std::exchange(g_pAllStores, g_pAllStores->m_pNextOfAll);
+}
+
+}  // namespace brenta

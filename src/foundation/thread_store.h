@@ -1,0 +1,81 @@
+// Each thread's own store of freed small blocks of the global heap's aligned lane. Objects and nodes come and
+// go through it without a lock; the heap is entered only when a stack runs empty or full.
+//
+// Only the owner touches a store. A block freed by another thread than the one that made it simply moves: it
+// goes to the store of the thread that freed it, and from there, when a stack is full, half at a time back to
+// the heap. When a thread ends, its blocks go back and the empty store waits for the next thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "foundation/heap_pages.h"
+
+namespace brenta {
+
+class HeapCore;
+
+class ThreadStore {
+ public:
+    /// Largest block that is kept here.
+    static constexpr std::size_t kLargestSize = 512;
+
+    /// The calling thread's store if it has one by now, else null.
+    static ThreadStore* Present();
+    /// The calling thread's store; null without memory.
+    static ThreadStore* Get(HeapCore& core);
+
+    /// A block of at least `size` bytes, 1 to kLargestSize, marked as in use; null if none is kept.
+    char* Take(std::size_t size) {
+        Stack& stack = StackOf(size);
+        if (stack.count == 0) return nullptr;
+        const FreeBlock block = stack.blocks[--stack.count];
+        SetAlignedLive(block);
+        return block.p;
+    }
+    /// The same, but with blocks from the heap if none is kept. Null without memory.
+    char* TakeOrRefill(HeapCore& core, std::size_t size);
+    /// Keeps a block that is no longer in use. `size` is a multiple of kGranule up to kLargestSize.
+    void Put(HeapCore& core, std::size_t size, FreeBlock block) {
+        Stack& stack = StackOf(size);
+        if (stack.count == kDepth) GiveHalf(core, size, stack);
+        stack.blocks[stack.count++] = block;
+    }
+
+    /// Prepares for the ends of threads; false if that is impossible. For the global heap's core alone.
+    static bool StartAll();
+    /// Releases all stores, of every thread. The blocks in them are not given back.
+    static void EndAll();
+
+ private:
+    static constexpr std::uint32_t kDepth = 64;
+    static constexpr std::size_t kStacks = kLargestSize / kGranule;
+
+    struct Stack {
+        std::uint32_t count;
+        FreeBlock blocks[kDepth];
+    };
+
+    Stack& StackOf(std::size_t size) { return m_stacks[(size - 1) / kGranule]; }
+    static void GiveHalf(HeapCore& core, std::size_t size, Stack& stack);
+    static ThreadStore* Attach(HeapCore& core);
+    static void AtThreadEnd(void* store);
+
+    Stack m_stacks[kStacks];
+    ThreadStore* m_pNextOfAll;
+    ThreadStore* m_pNextIdle;
+};
+
+/// The calling thread's store.
+extern constinit thread_local ThreadStore* t_pThreadStore;
+
+inline ThreadStore* ThreadStore::Present() {
+    return t_pThreadStore;
+}
+
+inline ThreadStore* ThreadStore::Get(HeapCore& core) {
+    ThreadStore* const store = t_pThreadStore;
+    return store ? store : Attach(core);
+}
+
+}  // namespace brenta

@@ -1,0 +1,133 @@
+// All static objects of the library, in the order in which they come up: the global heap, the global string
+// table, the string heap object, the registered classes, and then, as the library's entry point, the
+// library-wide script engine.
+//
+// Nothing here depends on when the system runs which constructor. Each foundation object is built by whoever
+// asks for it first, under a lock that needs no construction; the two keepers below merely see to it that all
+// are there once the library is loaded, in the stated order.
+//
+// Going is less symmetric. When a process ends, its other threads may still be running and the host's own
+// static objects may still hold strings and nodes, so everything stays as it is and the system takes it back.
+// Only when the library is unloaded from a living process are the objects destroyed, in reverse order: the
+// engine first, and the foundation behind every other static object of the library, local ones included.
+#include <atomic>
+#include <cstddef>
+#include <new>
+#include <optional>
+
+#include "brenta/framework.h"
+#include "brenta/heap.h"
+#include "brenta/names.h"
+#include "brenta/string.h"
+#include "foundation/extension_module.h"
+#include "foundation/heap_core.h"
+#include "foundation/library_statics.h"
+#include "foundation/thread_store.h"
+#include "os/os.h"
+#include "script/library_engine.h"
+
+namespace brenta {
+
+constinit os::Lock g_globalHeapLock;
+constinit os::Lock g_stringHeapLock;
+constinit os::Lock g_stringTableLock;
+constinit std::atomic<HeapCore*> g_pGlobalCore{nullptr};
+
+/// The global heap. Its CHeap outlives the core, so that late callers meet an empty heap and no ruin.
+struct GlobalHeapParts {
+    static constexpr int kPageSize = 1000000;
+
+    GlobalHeapParts() : core(std::in_place, "global_heap", kPageSize, g_globalHeapLock), heap(&*core) {
+        core->m_hasThreadStores = ThreadStore::StartAll();
+        g_pGlobalCore.store(&*core, std::memory_order_release);
+    }
+    void Close() {
+        g_pGlobalCore.store(nullptr, std::memory_order_release);
+        heap.m_pCore = nullptr;
+        ThreadStore::EndAll();
+        core.reset();
+    }
+
+    std::optional<HeapCore> core;
+    CHeap heap;
+};
+
+namespace {
+
+constexpr int kTablePageSize = 1024000;
+
+/// Room for a static object that is built on demand, and destroyed on demand or never.
+template <class T>
+class Place {
+ public:
+    /// The object; null before Build.
+    T* Get() const { return m_pObject.load(std::memory_order_acquire); }
+
+    template <class... Arguments>
+    void Build(Arguments&&... arguments) {
+        m_pObject.store(::new (m_room) T(static_cast<Arguments&&>(arguments)...), std::memory_order_release);
+    }
+
+    void Destroy() {
+        if (T* object = m_pObject.exchange(nullptr)) object->~T();
+    }
+
+ private:
+    alignas(T) std::byte m_room[sizeof(T)] = {};
+    std::atomic<T*> m_pObject{nullptr};
+};
+
+constinit Place<GlobalHeapParts> g_heap;
+constinit Place<CStringTable> g_strings;
+constinit Place<CStringHeap> g_stringHeap;
+
+/// Keeps the foundation: first to come, last to go.
+class FoundationKeeper {
+ public:
+    FoundationKeeper() {
+        GlobalHeap();
+        GlobalStrings();
+        g_stringHeap.Build();
+    }
+    ~FoundationKeeper() {
+        if (!os::LibraryIsUnloading()) return;
+        g_stringHeap.Destroy();
+        g_strings.Destroy();
+        g_heap.Get()->Close();
+    }
+};
+
+/// The library's entry point: joins the chain of modules and keeps the library-wide engine.
+class EntryPoint {
+ public:
+    EntryPoint() {
+        if (!AfxInitExtensionModule(g_extensionModule)) return;
+        CreateLibraryEngine();
+    }
+    ~EntryPoint() {
+        if (!os::LibraryIsUnloading()) return;
+        DestroyLibraryEngine();
+        AfxTermExtensionModule(g_extensionModule);
+    }
+};
+
+[[gnu::init_priority(101)]] const FoundationKeeper g_foundationKeeper;
+const EntryPoint g_entryPoint;
+
+}  // namespace
+
+CHeap& GlobalHeap() {
+    if (GlobalHeapParts* parts = g_heap.Get()) return parts->heap;
+    const os::LockGuard guard(g_globalHeapLock);
+    if (!g_heap.Get()) g_heap.Build();
+    return g_heap.Get()->heap;
+}
+
+CStringTable& GlobalStrings() {
+    if (CStringTable* table = g_strings.Get()) return *table;
+    const os::LockGuard guard(g_stringTableLock);
+    if (!g_strings.Get()) g_strings.Build("Global", kTablePageSize);
+    return *g_strings.Get();
+}
+
+}  // namespace brenta
