@@ -10,35 +10,49 @@
 
 namespace brenta {
 
-struct EngineState {
-    explicit EngineState(CCoreScriptEngine& engine);
-    ~EngineState();
+using SymbolList = std::vector<std::unique_ptr<CCoreSymbol>>;
 
-    // --- parser
+/// What a parse has of its own; a nested run starts with a fresh one and puts the outer one back.
+struct ParserState {
     int statementDepth = 0;
     int expressionDepth = 0;
-    bool openStatement = false;  ///< the statement parsed last ended before a terminator that is not its own
-    bool limitReported = false;  ///< a nesting limit was met: the constructs around it stay silent
-    int moduleDepth = 0;         ///< scope depth at which a module's own names are parsed; 0: no module is
-    bool checkOnly = false;      ///< parse without executing global declarations (CheckScriptModule)
-    /// Called before a token list is parsed, when set; sees the complete list (CheckScriptModule).
+    bool openStatement = false;   ///< the statement parsed last ended before a terminator that is not its own
+    bool limitReported = false;   ///< a nesting limit was met: the constructs around it stay silent
+    int moduleDepth = 0;          ///< scope depth at which a module's own names are parsed; 0: no module is
+    SymbolList* owner = nullptr;  ///< where EngineState::Own puts symbols now
+};
+
+struct EngineState : ParserState {
+    using SymbolList = brenta::SymbolList;
+
+    explicit EngineState(CCoreScriptEngine& engine);
+    ~EngineState();
+    EngineState(const EngineState&) = delete;
+    EngineState& operator=(const EngineState&) = delete;
+
+    /// Sends an engine's messages elsewhere for a while: returns the stream that was set, which has to be set
+    /// again before the new one ends.
+    static CScriptMsgStream* ExchangeStream(CCoreScriptEngine& engine, CScriptMsgStream* stream);
+
+    // --- checking without running (CheckScriptModule)
+    bool checkOnly = false;  ///< parse without executing global declarations
+    /// Called before a module is parsed, when set, with the complete token list.
     void (*inspectTokens)(TIter<ScriptToken*> first, void* context) = nullptr;
     void* inspectContext = nullptr;
 
-    // --- executor
+    // --- running
     std::unique_ptr<Executor> executor;
-    int nestedRuns = 0;  ///< execute texts and host calls in progress
-    std::atomic<bool> stopRequested{false};
+    int nestedRuns = 0;                      ///< runs for hosts and `execute` texts in progress
+    std::atomic<bool> stopRequested{false};  ///< written by any thread and by signal handlers
+    static_assert(std::atomic<bool>::is_always_lock_free);
 
     // --- ownership: scopes never own symbols; all but parameters live here until the engine dies, except
     // that what a text of statements declares lives with the text (ParsedText)
-    using SymbolList = std::vector<std::unique_ptr<CCoreSymbol>>;
     void Own(CCoreSymbol* symbol) {
         std::unique_ptr<CCoreSymbol> owned(symbol);
         owner->push_back(std::move(owned));
     }
     SymbolList symbols;
-    SymbolList* owner = &symbols;  ///< where Own puts them now
 };
 
 }  // namespace brenta

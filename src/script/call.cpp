@@ -1,0 +1,284 @@
+// Calls: script functions, the intrinsic method of numbers, requests to host objects, `reflect`.
+#include <utility>
+
+#include "brenta/dump.h"
+#include "brenta/names.h"
+#include "foundation/library_statics.h"
+#include "foundation/numbers.h"
+#include "script/executor.h"
+#include "script/symbol_access.h"
+
+namespace brenta {
+
+/// What a call of a function needs: nothing is looked up by name while scripts run.
+struct FunctionPlan {
+    struct Parameter {
+        NameCell* cell;
+        ScriptSymbol* symbol;
+    };
+
+    std::vector<Parameter> parameters;
+    bool isReflect = false;
+};
+
+namespace {
+
+using Node = Executor::Node;
+
+/// The name of a callee that is no function: of a method, or of the variable or element that is called.
+STRID NameOfCallee(const Node& callee) {
+    const Node* name = callee.kind == TOK_MEMBER ? callee.right : &callee;
+    return name != nullptr && name->kind == ID ? name->name : kNoName;
+}
+
+const FunctionPlan& MakePlan(FuncSymbol& function, NameCells& cells) {
+    auto plan = std::make_unique<FunctionPlan>();
+    for (TIter<ScriptSymbol*> at = function.GetFirstParam(); at.Get() != nullptr; at.Next())
+        plan->parameters.push_back({&cells.CellOf((*at.Get())->GetName()), *at.Get()});
+    plan->isReflect = function.GetName() == StrId("reflect");
+    SymbolAccess::SetPlan(function, plan.get(), [](FunctionPlan* old) { delete old; });
+    return *plan.release();
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Texts that leave the engine become names, and names live in pages of limited size and number. A script must
+// not be able to bring the table of names to its end.
+
+constexpr std::size_t kLongestName = 1'000'000;
+constexpr int kMostNamePages = 1'480;
+
+const char* ProblemAsNames(const Value& value) {
+    if (value.IsString() && value.String()->length > kLongestName) return "String too long.";
+    if (!value.IsList()) return nullptr;
+    for (std::uint32_t i = 0; i < value.List()->length; ++i) {
+        const Value& item = value.List()->items[i];
+        const char* problem = item.IsCounted() ? ProblemAsNames(item) : nullptr;
+        if (problem != nullptr) return problem;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+bool Executor::ToHost(const Value& value, Var& out, STRID name) {
+    if (value.IsCounted()) {
+        const char* problem = ProblemAsNames(value);
+        if (problem == nullptr && GlobalStrings().GetPageCount() >= kMostNamePages)
+            problem = "String space exhausted.";
+        if (problem != nullptr) {
+            m_unwindingSilently = true;
+            Messages().Error("RunScript:", "%s", problem);
+            return false;
+        }
+    }
+    ToVar(value, name, out);
+    return true;
+}
+
+bool Executor::FromHost(const Var& var, Value& value) {
+    ConversionLimit limit = ConversionLimit::None;
+    value = FromVar(var, &limit);
+    if (limit == ConversionLimit::None) return true;
+    Messages().Error("RunScript:", "%s", OpErrorText(OpErrorOf(limit)));
+    return false;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Call nodes
+
+/// `value` is the callee and becomes the result.
+bool Executor::EvaluateCall(const Node& node, Value& value) {
+    if (node.left == nullptr) return Fail(node, "Missing l-value.");
+    const bool isMethod = std::exchange(m_calleeIsMethod, false);
+    const std::size_t first = ArgumentMark();
+    if (node.right != nullptr && !CollectItems(*node.right, false, nullptr)) return false;
+    if (StopRequested()) return Interrupted(node.Position());
+    if (value.IsFunction() && !isMethod)
+        return CallFunction(*value.Function(), first, value) || ReportCall(node, kNoName);
+    const STRID name = NameOfCallee(*node.left);
+    return CallMethod(value, name, first, value) || ReportCall(node, name);
+}
+
+bool Executor::ReportCall(const Node& node, STRID name) {
+    if (m_unwindingSilently) return false;
+    if (name == kNoName) return Fail(node, "Function call failed.");
+    Messages().Error(node.Position(), "Function call '%s' failed.", StrPtr(name));
+    return false;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Script functions
+
+bool Executor::CallFunction(FuncSymbol& function, std::size_t first, Value& result) {
+    const FunctionPlan* plan = PrepareCall(function, first);
+    if (plan == nullptr) return false;
+    if (plan->isReflect) return CallReflect(first, result);
+    m_cells.PushScope();
+    std::size_t argument = first;
+    for (const FunctionPlan::Parameter& parameter : plan->parameters)
+        m_cells.Bind(*parameter.cell, parameter.symbol, std::move(m_arguments[argument++]));
+    DropArguments(first);
+    result.Clear();
+    ExecStatus status = EXEC_OK;
+    if (const CompoundStatement* body = function.GetBody()) {
+        ++m_functionDepth;
+        status = RunCompound(*body, result);
+        --m_functionDepth;
+    }
+    m_cells.PopScope();
+    if (status == EXEC_RETURN) return true;
+    // Statements have used the slot for their own values; only `return` gives a function one.
+    result.Clear();
+    return status == EXEC_OK || ReportMisplacedJump(status);
+}
+
+/// The checks before a call. Null after the message.
+const FunctionPlan* Executor::PrepareCall(FuncSymbol& function, std::size_t first) {
+    const NameCells* owner = SymbolAccess::Table(function);
+    if (owner != nullptr && owner != &m_cells) {
+        // Another engine's function: its names are not ours.
+        Messages().Error("RunScript:", "Symbol '%s' is not a function.", StrPtr(function.GetName()));
+        return nullptr;
+    }
+    const FunctionPlan* plan = SymbolAccess::Plan(function);
+    const auto count = static_cast<std::size_t>(function.GetParamCount());
+    if (plan == nullptr || plan->parameters.size() != count) plan = &MakePlan(function, m_cells);
+    if (m_arguments.size() - first == count) return plan;
+    Messages().Error("RunScript:", "function '%s' has %d parameters, but %d were supplied.",
+                     StrPtr(function.GetName()), static_cast<int>(count),
+                     static_cast<int>(m_arguments.size() - first));
+    return nullptr;
+}
+
+bool Executor::ReportMisplacedJump(ExecStatus status) {
+    if (status == EXEC_BREAK) Messages().Error("RunScript:", "%s", "Misplaced 'break' statement.");
+    if (status == EXEC_CONTINUE) Messages().Error("RunScript:", "%s", "Misplaced 'continue' statement.");
+    return false;
+}
+
+bool Executor::CallReflect(std::size_t first, Value& result) {
+    const Value value(m_arguments[first]);
+    DropArguments(first);
+    result.Clear();
+    return Reflect(value);
+}
+
+/// A refused description is printed all the same: it is what the object had to say.
+bool Executor::Reflect(const Value& value) {
+    DumpFormatter out;
+    if (value.IsFunction()) {
+        value.Function()->Dump(out);
+    } else if (value.IsList()) {
+        const ListBody& list = *value.List();
+        for (std::uint32_t i = 0; i < list.length; ++i) {
+            Var element;
+            if (!ToHost(list.items[i], element, ItemName(list, i))) return false;
+            element.Dump(out, false);
+        }
+    } else if (value.IsReference() && value.Reference() != nullptr) {
+        TOrderedList<Var> none;
+        Var description;
+        Request(value.Reference(), CCoreScriptable::kDescribe, kNoName, none, description);
+        description.Dump(out, true);
+    }
+    CoreString text;
+    out.GetString(text);
+    Messages().Print("%s", text());
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Methods
+
+bool Executor::CallMethod(const Value& object, STRID name, std::size_t first, Value& result) {
+    if (!object.IsReference()) return CallIntrinsic(object, name, first, result);
+    void* const target = object.Reference();
+    if (target == nullptr) {
+        Messages().Error("RunScript:", "Symbol '%s' is set to a valid object.", StrPtr(name));
+        return false;
+    }
+    TOrderedList<Var> arguments;
+    for (std::size_t i = first; i < m_arguments.size(); ++i) {
+        Var argument;
+        if (!ToHost(m_arguments[i], argument)) return false;
+        arguments.Add(std::move(argument));
+    }
+    DropArguments(first);
+    return RequestValue(target, CCoreScriptable::kCall, name, arguments, result);
+}
+
+bool Executor::CallIntrinsic(const Value& number, STRID name, std::size_t first, Value& result) {
+    static constexpr char kWhere[] = "IntrinsicFunction:";
+    if (!number.IsNumeric() || name != StrId("Round")) {
+        Messages().Error(kWhere, "%s", "Unrecognized intrinsic function.");
+        return false;
+    }
+    if (m_arguments.size() - first != 1) {
+        Messages().Error(kWhere, "%s", "Round takes 1 argument.");
+        return false;
+    }
+    const double step = NumberOf(m_arguments[first]);
+    if (!(step > 0)) {
+        Messages().Error(kWhere, "%s", "Round argument must be greater than 0.");
+        return false;
+    }
+    // Truncated, not floored: -1.2 rounds to 0 and -1.6 to -1.
+    const int steps = DoubleToInt((NumberOf(number) + step * 0.5) / step);
+    DropArguments(first);
+    result = Value::OfFloat(step * steps);
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Requests to host objects
+//
+// The object may do anything, also call back into this engine: no pointer into values or arguments is held
+// across a request. Whatever it answers becomes the expression's value, even when it refuses.
+
+bool Executor::Request(void* object, int action, STRID name, TOrderedList<Var>& arguments, Var& answer) {
+    CCoreScriptable::IOB request;
+    request.context = &m_engine.m_values;
+    request.action = action;
+    request.name = name;
+    request.arguments = &arguments;
+    request.result = &answer;
+    const int depth = m_cells.Depth();
+    const bool granted = static_cast<CCoreScriptable*>(object)->ScriptAction(request);
+    m_cells.PopTo(depth);
+    // A limit that a nested run met is the object's affair if it goes on as if nothing had happened.
+    if (granted) m_unwindingSilently = false;
+    return granted;
+}
+
+bool Executor::RequestValue(void* object, int action, STRID name, TOrderedList<Var>& arguments,
+                            Value& result) {
+    Var answer;
+    const bool granted = Request(object, action, name, arguments, answer);
+    return FromHost(answer, result) && granted;
+}
+
+bool Executor::RequestGet(void* object, STRID name, Value& result) {
+    TOrderedList<Var> none;
+    return RequestValue(object, CCoreScriptable::kGet, name, none, result);
+}
+
+bool Executor::RequestElement(void* object, const Value& index, Value& result) {
+    TOrderedList<Var> arguments;
+    Var argument;
+    if (!ToHost(index, argument)) return false;
+    arguments.Add(std::move(argument));
+    return RequestValue(object, CCoreScriptable::kGet, kNoName, arguments, result);
+}
+
+/// The value that was set stays the expression's, unless the object answers with another one.
+bool Executor::RequestSet(void* object, STRID name, Value& value) {
+    TOrderedList<Var> arguments;
+    Var argument;
+    if (!ToHost(value, argument)) return false;
+    arguments.Add(std::move(argument));
+    Var answer;
+    const bool granted = Request(object, CCoreScriptable::kSet, name, arguments, answer);
+    return (answer.GetKind() == VarKind::Null || FromHost(answer, value)) && granted;
+}
+
+}  // namespace brenta
