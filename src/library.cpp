@@ -24,7 +24,9 @@
 #include "foundation/library_statics.h"
 #include "foundation/thread_store.h"
 #include "os/os.h"
+#include "script/created_objects.h"
 #include "script/library_engine.h"
+#include "script/std_lib.h"
 
 namespace brenta {
 
@@ -107,11 +109,14 @@ class EntryPoint {
     ~EntryPoint() {
         if (!os::LibraryIsUnloading()) return;
         DestroyLibraryEngine();
+        DeleteCreated();
         AfxTermExtensionModule(g_extensionModule);
     }
 };
 
 [[gnu::init_priority(101)]] const FoundationKeeper g_foundationKeeper;
+// The factories of the scriptable classes; the class registered last is found first.
+const CStdScriptLibFactoryClass g_stdScriptLibFactory;
 const EntryPoint g_entryPoint;
 
 }  // namespace

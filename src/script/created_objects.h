@@ -2,8 +2,8 @@
 // library objects.
 //
 // No engine deletes them: a reference to the object may have been handed to a host or to another engine. They
-// are kept here, where a leak checker sees them, until somebody deletes them (their destructor takes them out),
-// a host adopts them, or the library is unloaded, which deletes the rest.
+// are kept here, where a leak checker sees them, until somebody deletes them (their destructor takes them
+// out), a host adopts them, or the library is unloaded, which deletes the rest.
 #pragma once
 
 #include <cstddef>

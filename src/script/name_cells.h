@@ -6,9 +6,9 @@
 // "is it in the top scope" is a comparison of depths, and recursion gives every activation its own parameters
 // and locals for free. There is one truth for host and engine: CCoreSymbolTable is a face of this class.
 //
-// A log entry is 32 bytes: it names the cell by its index, not its address, which leaves room for the depth in
-// the same word, and it does not say what was bound - that is in the cell, or in the next entry for the same
-// cell, when somebody asks (TopSymbols, ValueOf), which only hosts and dumps do.
+// A log entry is 32 bytes: it names the cell by its index, not its address, which leaves room for the depth
+// in the same word, and it does not say what was bound - that is in the cell, or in the next entry for the
+// same cell, when somebody asks (TopSymbols, ValueOf), which only hosts and dumps do.
 #pragma once
 
 #include <cstddef>
@@ -31,7 +31,7 @@ struct NameCell {
 };
 
 class NameCells {
-   public:
+ public:
     NameCells();
     ~NameCells();
     NameCells(const NameCells&) = delete;
@@ -63,13 +63,11 @@ class NameCells {
             PopScope();
     }
 
-    /// Binds `cell` in the top scope; a binding that the name has there is replaced until the scope ends. There
-    /// must be a scope.
+    /// Binds `cell` in the top scope; a binding that the name has there is replaced until the scope ends.
+    /// There must be a scope.
     void Bind(NameCell& cell, CCoreSymbol* symbol, Value value) {
         if (m_logSize == m_logCapacity) GrowLog();
-        Entry* entry = new (&m_pLog[m_logSize]) Entry{std::move(cell.value), cell.symbol, cell.index, cell.depth};
-        static_cast<void>(entry);
-        ++m_logSize;
+        new (&m_pLog[m_logSize++]) Entry{std::move(cell.value), cell.symbol, cell.index, cell.depth};
         cell.value = std::move(value);
         cell.symbol = symbol;
         cell.depth = m_depth;
@@ -94,7 +92,7 @@ class NameCells {
     /// values are copied through, so that the two tables may be used by different threads.
     void CopyGlobals(const NameCells& other);
 
-   private:
+ private:
     static constexpr std::uint32_t kChunkSize = 128;
 
     /// What a cell held before a binding.
@@ -125,7 +123,9 @@ class NameCells {
         cell.symbol = entry.symbol;
         cell.depth = entry.depth;
     }
-    std::vector<Binding> BindingsFrom(std::size_t first, std::size_t last) const;
+    /// What the log entries from `first` to before `last` bound, oldest first; then, if asked for, what was
+    /// bound late in the global scope. `first` 0 if so.
+    std::vector<Binding> BindingsFrom(std::size_t first, std::size_t last, bool withLate) const;
     void PopGlobalScope();
     void GrowLog();
     void GrowIndex();
@@ -138,9 +138,9 @@ class NameCells {
     std::size_t m_logSize = 0;
     std::size_t m_logCapacity = 0;
     std::vector<std::unique_ptr<NameCell[]>> m_chunks;
-    std::vector<STRID> m_names;        // by cell index
-    std::vector<Slot> m_slots;         // a power of two of them
-    std::vector<std::uint32_t> m_late; // cells bound by BindGlobal under open scopes, in order
+    std::vector<STRID> m_names;         // by cell index
+    std::vector<Slot> m_slots;          // a power of two of them
+    std::vector<std::uint32_t> m_late;  // cells bound by BindGlobal under open scopes, in order
 };
 
 }  // namespace brenta

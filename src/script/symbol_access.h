@@ -13,10 +13,14 @@ struct TableLink {
 };
 
 class SymbolAccess {
-   public:
-    /// The value that a new binding of `symbol` starts with: a function for a FuncSymbol, the initial value of
-    /// other script symbols (converted once and then shared), null for a host's own kinds of symbol.
+ public:
+    /// The value that a new binding of `symbol` starts with: a function for a FuncSymbol, the initial value
+    /// of other script symbols (converted once and then shared), null for a host's own kinds of symbol.
     static Value StartValue(CCoreSymbol& symbol);
+
+    /// A new object of a class; a copy of the one the class keeps, so it costs nothing until it is changed,
+    /// and all objects of a class share their members' names.
+    static const Value& Instance(const ClassSymbol& cls);
 
     /// What a call of the function needs, prepared by the executor; null at first. The function deletes it
     /// with `destroy`.
@@ -29,6 +33,15 @@ class SymbolAccess {
     static void Link(CCoreSymbol& symbol, const std::shared_ptr<TableLink>& link) {
         if (symbol.m_link != link) symbol.m_link = link;
     }
+    /// The declared value of a member, with the name under which it stands in an object.
+    static const Value& InitialValue(const ScriptSymbol& symbol);
+    static STRID MemberName(const ScriptSymbol& symbol);
+    /// Appends the value of a new member to a class's own value, bound or not.
+    static void AppendMemberValue(ClassSymbol& cls, ScriptSymbol& member);
+    /// Objects that classes keep were made before something they are made of changed.
+    static void NoteClassChange();
+
+    /// The table a symbol was bound in last, null when there is none or it is gone.
     static NameCells* Table(const CCoreSymbol& symbol) {
         return symbol.m_link != nullptr ? symbol.m_link->cells : nullptr;
     }

@@ -91,7 +91,7 @@ enum class Tag : std::uint64_t {
 };
 
 class Value {
-   public:
+ public:
     Value() : m_tag(Tag::Null), m_word(0) {}
     Value(const Value& other) : m_tag(other.m_tag), m_word(other.m_word) {
         if (IsCounted()) Retain();
@@ -131,6 +131,8 @@ class Value {
     static Value OfReference(void* object) { return Value(Tag::Reference, WordOf(object)); }
     /// A copy of the text. The caller checks the limit before (value_limits.h).
     static Value OfString(std::string_view text);
+    /// The two texts joined; they may lie anywhere.
+    static Value OfString(std::string_view first, std::string_view second);
     /// An empty list with room for `capacity` elements.
     static Value OfList(std::size_t capacity);
 
@@ -159,7 +161,7 @@ class Value {
     /// Whether a counted value's body is held by nobody else, so that it may be changed in place.
     bool IsUnshared() const { return *Count() == 1; }
 
-   private:
+ private:
     Value(Tag tag, std::int64_t word) : m_tag(tag), m_word(word) {}
     static std::int64_t WordOf(void* pointer) { return reinterpret_cast<std::int64_t>(pointer); }
     static std::int64_t WordOf(FuncSymbol* pointer) { return reinterpret_cast<std::int64_t>(pointer); }
@@ -178,7 +180,6 @@ class Value {
     }
 
     friend void AppendString(Value& string, std::string_view tail);
-    friend void Detach(Value& list);
 
     Tag m_tag;
     std::int64_t m_word;
@@ -188,8 +189,9 @@ static_assert(sizeof(Value) == 16);
 
 // --- strings (value.cpp)
 
-/// Appends to a string in place, detaching it first when it is shared; the room grows geometrically, so a text
-/// built piece by piece costs its length. `tail` may lie in the string itself. The caller checks the limit.
+/// Appends to a string in place, detaching it first when it is shared; the room grows geometrically, so a
+/// text built piece by piece costs its length. `tail` may lie in the string itself. The caller checks the
+/// limit.
 void AppendString(Value& string, std::string_view tail);
 
 // --- lists (value_list.cpp). An index is always below the length; the list is detached first when it is
@@ -199,7 +201,8 @@ enum class ListLimit { None, TooLarge, TooDeep };
 
 /// Appends, keeping weight and depth. Not None when a limit is reached (nothing changed).
 ListLimit AppendItem(Value& list, Value item, STRID name = kNoName);
-/// Appends all elements of `tail` (a list, perhaps the same one) as anonymous elements.
+/// Appends all elements of `tail` (a list, perhaps the same one) with their names. Nothing changes when a
+/// limit is reached.
 ListLimit AppendItems(Value& list, const Value& tail);
 /// Replaces element `index`, keeping its name.
 ListLimit ReplaceItem(Value& list, std::size_t index, Value item);
@@ -222,8 +225,8 @@ void Detach(Value& list);
 
 // --- the boundary (value_var.cpp)
 
-/// The Var of a value, its texts interned, its lists copied. `name` becomes the Var's name; a function becomes
-/// a reference named kFunctionName holding the FuncSymbol*.
+/// The Var of a value, its texts interned, its lists copied. `name` becomes the Var's name; a function
+/// becomes a reference named kFunctionName holding the FuncSymbol*.
 Var ToVar(const Value& value, STRID name = kNoName);
 /// The same into a Var that exists, whatever it held.
 void ToVar(const Value& value, STRID name, Var& out);

@@ -29,8 +29,9 @@ OpError OpErrorOf(ConversionLimit limit);
 /// `result` may be `left` or `right`; on an error it is unchanged. When `left` is not shared and is also
 /// `result`, strings and lists grow in place, so that `s = s + e` in a loop is linear.
 OpError BinaryOperator(TokId op, const Value& left, const Value& right, Value& result);
-/// target op= right for TOK_MUL_ASSIGN ... TOK_OR_ASSIGN; `+=` on a list appends in place, a list on the right
-/// element by element. On an error the target is unchanged, but for a concatenation that met a limit half way.
+/// target op= right for TOK_MUL_ASSIGN ... TOK_OR_ASSIGN; `+=` on a list appends in place, a list on the
+/// right element by element. On an error the target is unchanged. The target is a variable or a temporary,
+/// not an element inside a list: those are replaced with ReplaceAtPath.
 OpError CompoundOperator(TokId op, Value& target, const Value& right);
 /// The binary operator of a compound assignment (TOK_ADD for TOK_ADD_ASSIGN), TOK_NONE for other tokens.
 TokId OperatorOfAssignment(TokId assignment);

@@ -20,8 +20,8 @@
 ///
 /// Ownership. A table never owns the symbols that are added to it: popping a scope, or destroying the table,
 /// deletes none. The engine owns those that its parser makes and deletes them when it is destroyed; a symbol
-/// that a host adds stays the host's and must stay alive while it is bound. A symbol may outlive its table; it
-/// then has its initial value again. Functions own their parameters and body, classes their members'
+/// that a host adds stays the host's and must stay alive while it is bound. A symbol may outlive its table;
+/// it then has its initial value again. Functions own their parameters and body, classes their members'
 /// declarations and their functions.
 ///
 /// Cost. Looking a name up takes constant time, whatever the number of scopes; so do adding and pushing.
@@ -70,7 +70,7 @@ enum class SymbolKind : std::uint8_t {
 ///
 /// Symbols are compared by address and cannot be copied. Made with `new` they live on the library's heap.
 class BRENTA_API CCoreSymbol {
-   public:
+ public:
     /// kNoName is allowed and is a name like any other.
     explicit CCoreSymbol(STRID name) : CCoreSymbol(name, SymbolKind::Other) {}
     CCoreSymbol(const CCoreSymbol&) = delete;
@@ -90,10 +90,10 @@ class BRENTA_API CCoreSymbol {
 
     BRENTA_HEAP_OPERATORS
 
-   protected:
+ protected:
     CCoreSymbol(STRID name, SymbolKind kind);
 
-   private:
+ private:
     friend class SymbolAccess;  // internal
 
     STRID m_name;
@@ -111,7 +111,7 @@ class BRENTA_API CCoreSymbol {
 /// operation below except PushScope and GetScopeDepth raises the forced crash "Assertion failed! m_pHead"
 /// (source "Templ"); if the handler resumes, PopScope and AddSymbol do nothing and look-ups find nothing.
 class BRENTA_API CCoreSymbolTable {
-   public:
+ public:
     /// Pushes the global scope.
     CCoreSymbolTable();
     /// Copies what is bound in the other table's global scope, with the current values; inner scopes stay
@@ -133,17 +133,17 @@ class BRENTA_API CCoreSymbolTable {
     /// The number of scopes, 1 when only the global one is open.
     int GetScopeDepth() const;
 
-    /// Binds `symbol` under `name` in the top scope, with its initial value. There is no check for duplicates:
-    /// a later symbol of the same name hides the earlier one for the rest of the scope. A null symbol is not
-    /// added.
+    /// Binds `symbol` under `name` in the top scope, with its initial value. There is no check for
+    /// duplicates: a later symbol of the same name hides the earlier one for the rest of the scope. A null
+    /// symbol is not added.
     void AddSymbol(STRID name, CCoreSymbol* symbol);
 
     /// The symbol that a name means now: the innermost binding, or with `topScopeOnly` the one in the top
     /// scope. Null if there is none. The symbol stays its owner's.
     CCoreSymbol* GetSymbol(STRID name, bool topScopeOnly) const;
 
-    /// Iterates over the symbols of the top scope in the order added, hidden ones included. The iterator walks
-    /// a snapshot that the table keeps: it is good until the next call of this function.
+    /// Iterates over the symbols of the top scope in the order added, hidden ones included. The iterator
+    /// walks a snapshot that the table keeps: it is good until the next call of this function.
     TIter<CCoreSymbol*> GetFirstSymbol();
 
     /// Internal: the bindings themselves.
@@ -151,7 +151,7 @@ class BRENTA_API CCoreSymbolTable {
 
     BRENTA_HEAP_OPERATORS
 
-   private:
+ private:
     bool AssertScope() const;
 
     NameCells* m_pCells;
@@ -164,15 +164,16 @@ class BRENTA_API CCoreSymbolTable {
 
 /// A variable: a value and, for `as` declarations, its class.
 class BRENTA_API ScriptSymbol : public CCoreSymbol {
-   public:
+ public:
     /// Without a class the initial value is a copy of `initial`. With a class it is a new object of the class
     /// (Aggregate), a list named `name`; `initial` is then not used. The class stays its owner's and must
     /// outlive the symbol.
     ScriptSymbol(STRID name, const Var& initial, ClassSymbol* cls);
 
-    /// An array: the initial value is a list, named `name`, of `arraySize` objects of the class. A size below
-    /// 1 gives an empty list.
+    /// An array: the initial value is a list, named `name`, of `arraySize` objects of the class, or of copies
+    /// of `element`. A size below 1, or one that would exceed the limits below, gives an empty list.
     ScriptSymbol(STRID name, ClassSymbol* cls, int arraySize);
+    ScriptSymbol(STRID name, const Var& element, int arraySize);
 
     std::size_t SizeOf() const override;
     const char* GetClassName() const override;
@@ -191,40 +192,43 @@ class BRENTA_API ScriptSymbol : public CCoreSymbol {
     /// beyond the engine's limits (16,777,216 elements, 1000 levels, texts of 64 MiB) is bound as null.
     void SetValue(const Var& value);
 
-    /// The value that each new binding starts with.
-    const Var& GetInitialValue() const { return m_value; }
+    /// The value that each new binding starts with; good until the symbol is changed or destroyed. That of a
+    /// class object or an array is put together when this is first called.
+    const Var& GetInitialValue() const;
 
     /// The class of an `as` declaration, null for untyped variables.
     ClassSymbol* GetClass() const { return m_pClass; }
 
-    /// Of an array of objects the number of elements, otherwise 0.
+    /// Of an array the number of elements, otherwise 0.
     int GetArraySize() const { return m_arraySize; }
 
     /// Appends to `out` what an object of the class holds: first the members of the base (the most basic
     /// class first), then those of the class in the order declared. A member that has a class becomes a
     /// nested object under the member's name; any other a copy of its declared value. Null adds nothing.
     ///
-    /// An object has at most 16,777,216 values and 1000 levels: what a class asks for beyond that is left out
-    /// (ask ClassSymbol::GetInstanceWeight before).
+    /// An object has at most 16,777,216 values and 1000 levels: a member that would go beyond is null (ask
+    /// ClassSymbol::GetInstanceWeight before). So is a member of a class that is being built.
     void Aggregate(ClassSymbol* cls, Var& out) const;
 
     /// If the value is a list: the symbol of the first element that is a function named `name`; null
     /// otherwise. The symbol stays its owner's.
     ScriptSymbol* GetMember(STRID name) const;
 
-   protected:
-    ScriptSymbol(STRID name, SymbolKind kind, const Var& initial);
+ protected:
+    ScriptSymbol(STRID name, SymbolKind kind);
+    void SetStart(Value&& value);
 
-   private:
+ private:
     friend class SymbolAccess;
 
-    void ChangeInitialValue(const Var& value);
-
-    Var m_value;
-    ClassSymbol* m_pClass;
+    // The initial value in its two forms; at least one is there, the other is made when somebody asks.
+    mutable Var m_initial;
+    mutable Value* m_pStart = nullptr;
+    mutable bool m_hasInitial = true;
+    bool m_isMember = false;  // declares a member of some class
     int m_arraySize = 0;
-    mutable Var m_current;               // what GetValue handed out last
-    mutable Value* m_pStart = nullptr;   // m_value as the engine's own value, made when first bound
+    ClassSymbol* m_pClass = nullptr;
+    mutable Var m_current;  // what GetValue handed out last
 };
 
 // ---------------------------------------------------------------------------------------------------------
@@ -233,7 +237,7 @@ class BRENTA_API ScriptSymbol : public CCoreSymbol {
 /// A function: its parameters and its body. Its own value is null; what a script sees under its name is a
 /// reference to the function.
 class BRENTA_API FuncSymbol : public ScriptSymbol {
-   public:
+ public:
     /// No parameters, no body. Calling a function without body succeeds and gives null.
     explicit FuncSymbol(STRID name);
     std::size_t SizeOf() const override;
@@ -257,7 +261,7 @@ class BRENTA_API FuncSymbol : public ScriptSymbol {
     /// Takes ownership of `body` (which may be null) and deletes the former one.
     void SetBody(CompoundStatement* body);
 
-   private:
+ private:
     friend class SymbolAccess;
 
     TOrderedList<ScriptSymbol*> m_params;
@@ -273,9 +277,8 @@ class BRENTA_API FuncSymbol : public ScriptSymbol {
 /// A class: its members, its functions and its base. Its own value is a list of the declared members' values
 /// in order, without those of the base.
 class BRENTA_API ClassSymbol : public ScriptSymbol {
-   public:
-    /// `base` may be null; it stays its owner's and must outlive the class. Its members should be complete by
-    /// now: GetInstanceWeight and GetInstanceDepth count the base as it is here.
+ public:
+    /// `base` may be null; it stays its owner's and must outlive the class.
     ClassSymbol(STRID name, ClassSymbol* base);
     std::size_t SizeOf() const override;
     const char* GetClassName() const override;
@@ -305,19 +308,24 @@ class BRENTA_API ClassSymbol : public ScriptSymbol {
     TIter<FuncSymbol*> GetFirstFunction() const;
     ClassSymbol* GetBase() const { return m_pBase; }
 
-    /// How many values an object of this class holds, nested ones included; saturates.
-    std::uint64_t GetInstanceWeight() const { return m_weight; }
-    /// How many levels of lists an object of this class has, itself included.
-    std::uint32_t GetInstanceDepth() const { return m_depth; }
+    /// How many values an object of this class would hold, nested ones included; stops counting at 2^62.
+    std::uint64_t GetInstanceWeight() const;
+    /// How many levels of lists an object of this class would have, itself included; stops counting at 2^30.
+    std::uint32_t GetInstanceDepth() const;
 
-   private:
+ private:
     friend class SymbolAccess;
+    friend class InstanceBuilder;  // internal
 
     ClassSymbol* m_pBase;
     TOrderedList<DeclarationStatement*> m_members;
     TOrderedList<FuncSymbol*> m_functions;
-    std::uint64_t m_weight;
-    std::uint32_t m_depth;
+    // An object of the class, which new ones are copies of, and what it would weigh without limits.
+    mutable Value* m_pInstance = nullptr;
+    mutable std::uint64_t m_instanceEpoch = 0;
+    mutable std::uint64_t m_weight = 0;
+    mutable std::uint32_t m_depth = 0;
+    mutable bool m_isBuilding = false;
 };
 
 }  // namespace brenta

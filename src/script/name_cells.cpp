@@ -1,0 +1,163 @@
+#include "script/name_cells.h"
+
+#include <cstdlib>
+#include <unordered_map>
+
+#include "brenta/failure.h"
+#include "script/value_memory.h"
+
+namespace brenta {
+
+namespace {
+
+constexpr std::size_t kFirstSlots = 64;
+constexpr std::size_t kFirstLogEntries = 64;
+
+/// Spreads an identifier, the address of a text, over all bits.
+std::size_t HashOf(STRID name) {
+    const std::uint64_t product = static_cast<std::uint64_t>(name) * 0x9E3779B97F4A7C15u;
+    return static_cast<std::size_t>(product ^ (product >> 32));
+}
+
+}  // namespace
+
+NameCells::NameCells() : m_slots(kFirstSlots) {}
+
+NameCells::~NameCells() {
+    PopTo(0);
+    std::free(m_pLog);
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Cells
+
+std::size_t NameCells::SlotOf(STRID name) const {
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t slot = HashOf(name) & mask;
+    while (m_slots[slot].cell != nullptr && m_slots[slot].name != name)
+        slot = (slot + 1) & mask;
+    return slot;
+}
+
+NameCell* NameCells::FindCell(STRID name) const {
+    return m_slots[SlotOf(name)].cell;
+}
+
+NameCell& NameCells::CellOf(STRID name) {
+    const std::size_t slot = SlotOf(name);
+    return m_slots[slot].cell != nullptr ? *m_slots[slot].cell : AddCell(name);
+}
+
+NameCell& NameCells::AddCell(STRID name) {
+    if ((m_names.size() + 1) * 3 > m_slots.size() * 2) GrowIndex();
+    const auto index = static_cast<std::uint32_t>(m_names.size());
+    if (index % kChunkSize == 0 && index / kChunkSize == m_chunks.size()) {
+        m_chunks.push_back(std::make_unique<NameCell[]>(kChunkSize));
+    }
+    m_names.push_back(name);
+    NameCell& cell = CellAt(index);
+    cell.index = index;
+    m_slots[SlotOf(name)] = Slot{name, &cell};
+    return cell;
+}
+
+void NameCells::GrowIndex() {
+    m_slots.assign(m_slots.size() * 2, Slot{});
+    for (std::uint32_t i = 0; i < m_names.size(); ++i)
+        m_slots[SlotOf(m_names[i])] = Slot{m_names[i], &CellAt(i)};
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Scopes
+
+void NameCells::GrowLog() {
+    const std::size_t capacity = m_logCapacity == 0 ? kFirstLogEntries : m_logCapacity * 2;
+    // Entries may be moved as bytes: nothing points at them.
+    m_pLog = static_cast<Entry*>(ResizeBody(static_cast<void*>(m_pLog), capacity * sizeof(Entry)));
+    m_logCapacity = capacity;
+}
+
+void NameCells::PopGlobalScope() {
+    if (m_depth == 0) return ForcedCrash(0, "Templ", __LINE__, "Assertion failed! m_pHead");
+    RollBackTo(m_marks.back());
+    for (const std::uint32_t index : m_late) {
+        NameCell& cell = CellAt(index);
+        cell.value = Value::Undefined();
+        cell.symbol = nullptr;
+        cell.depth = 0;
+    }
+    m_late.clear();
+    m_marks.pop_back();
+    m_depth = 0;
+}
+
+// A binding put beneath open scopes gets no entry in the log: one in the middle would move all marks above
+// it, and callers hold marks. It goes where the scopes above will restore it from - the oldest entry for the
+// cell in any of them, or else the cell itself - and is listed, for the end of the global scope.
+void NameCells::BindGlobal(NameCell& cell, CCoreSymbol* symbol, Value value) {
+    if (m_depth <= 1) return Bind(cell, symbol, std::move(value));
+    Value* place = &cell.value;
+    CCoreSymbol** symbolPlace = &cell.symbol;
+    std::uint32_t* depthPlace = &cell.depth;
+    for (std::size_t i = m_marks[1]; i < m_logSize; ++i) {
+        if (m_pLog[i].cell != cell.index) continue;
+        place = &m_pLog[i].value;
+        symbolPlace = &m_pLog[i].symbol;
+        depthPlace = &m_pLog[i].depth;
+        break;
+    }
+    if (*depthPlace == 0) m_late.push_back(cell.index);
+    *place = std::move(value);
+    *symbolPlace = symbol;
+    *depthPlace = 1;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// For hosts and dumps
+
+// The log says what was bound before; what an entry bound stands in the next entry for the same cell, or, for
+// the last one, in the cell. So the walk goes backwards and remembers for each cell where it saw it last.
+std::vector<NameCells::Binding> NameCells::BindingsFrom(std::size_t first, std::size_t last,
+                                                        bool withLate) const {
+    std::unordered_map<std::uint32_t, Entry*> later;
+    const auto whereabouts = [&](std::uint32_t index) {
+        const auto found = later.find(index);
+        NameCell& cell = CellAt(index);
+        if (found == later.end()) return Binding{cell.symbol, &cell.value, index};
+        return Binding{found->second->symbol, &found->second->value, index};
+    };
+    std::vector<Binding> newestFirst;
+    for (std::size_t i = m_logSize; i-- > first;) {
+        if (i < last) newestFirst.push_back(whereabouts(m_pLog[i].cell));
+        later[m_pLog[i].cell] = &m_pLog[i];
+    }
+    std::vector<Binding> bindings(newestFirst.rbegin(), newestFirst.rend());
+    if (withLate)
+        for (const std::uint32_t index : m_late)
+            bindings.push_back(whereabouts(index));
+    return bindings;
+}
+
+void NameCells::TopSymbols(TOrderedList<CCoreSymbol*>& out) const {
+    if (m_depth == 0) return;
+    for (const Binding& binding : BindingsFrom(m_marks.back(), m_logSize, m_depth == 1))
+        if (binding.symbol != nullptr) out.Add(binding.symbol);
+}
+
+Value* NameCells::ValueOf(const CCoreSymbol& symbol) {
+    NameCell* cell = FindCell(symbol.GetName());
+    if (cell != nullptr && cell->symbol == &symbol) return &cell->value;
+    const std::vector<Binding> bindings = BindingsFrom(0, m_logSize, true);
+    for (auto binding = bindings.rbegin(); binding != bindings.rend(); ++binding)
+        if (binding->symbol == &symbol) return binding->value;
+    return nullptr;
+}
+
+void NameCells::CopyGlobals(const NameCells& other) {
+    if (other.m_depth == 0) return;
+    const std::size_t end = other.m_depth == 1 ? other.m_logSize : other.m_marks[1];
+    for (const Binding& binding : other.BindingsFrom(0, end, true))
+        BindGlobal(CellOf(other.m_names[binding.cell]), binding.symbol, FromVar(ToVar(*binding.value)));
+}
+
+}  // namespace brenta

@@ -1,0 +1,87 @@
+#include "brenta/framework.h"
+#include "brenta/scriptable.h"
+
+namespace brenta {
+
+namespace {
+
+struct MethodNames {
+    STRID prompt = StrId("Prompt");
+    STRID promptYesNo = StrId("PromptYesNo");
+};
+
+const MethodNames& Names() {
+    static const MethodNames names;
+    return names;
+}
+
+/// The first argument's text; "" when there is none, or none that is a string.
+const char* MessageOf(const CCoreScriptable::IOB& request) {
+    const Var* first = request.arguments == nullptr ? nullptr : request.arguments->GetHead();
+    return first != nullptr && first->GetKind() == VarKind::String ? StrPtr(first->GetString()) : "";
+}
+
+bool CallMethod(CCoreScriptable::IOB& request) {
+    if (request.name == Names().prompt) {
+        AfxMessageBox(MessageOf(request), MB_OK, 0);
+        return true;
+    }
+    if (request.name != Names().promptYesNo) return false;
+    const bool isYes = AfxMessageBox(MessageOf(request), MB_YESNO, 0) == IDYES;
+    if (request.result != nullptr) *request.result = isYes;
+    return true;
+}
+
+Var EmptyList(STRID name) {
+    return Var(TOrderedList<Var>(), name);
+}
+
+Var DescribeMethod(STRID name) {
+    Var method = EmptyList(name);
+    method.Add(Var(0, StrId("msg")));
+    return method;
+}
+
+Var Describe() {
+    Var methods = EmptyList(StrId("Methods"));
+    methods.Add(DescribeMethod(Names().prompt));
+    methods.Add(DescribeMethod(Names().promptYesNo));
+    Var description = EmptyList(StrId("CStdScriptLib"));
+    description.Add(EmptyList(StrId("Data")));
+    description.Add(methods);
+    return description;
+}
+
+}  // namespace
+
+bool CStdScriptLib::ScriptAction(IOB& request) {
+    switch (request.action) {
+        case kCall:
+            return CallMethod(request);
+        case kDescribe:
+            if (request.result != nullptr) *request.result = Describe();
+            return true;
+        default:
+            return false;
+    }
+}
+
+std::size_t CStdScriptLib::SizeOf() const {
+    return sizeof(*this);
+}
+
+const char* CStdScriptLib::GetClassName() const {
+    return "CStdScriptLib";
+}
+
+const char* CStdScriptLib::GetBaseClassName() const {
+    return "CCoreScriptable";
+}
+
+CStdScriptLib::~CStdScriptLib() = default;
+
+CCoreScriptable* CreateCStdScriptLibObject() {
+    return new CStdScriptLib;
+}
+
+}  // namespace brenta
