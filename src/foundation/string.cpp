@@ -34,15 +34,12 @@ namespace brenta {
 
 namespace {
 
-// The length of a text, cut where the lengths of strings end.
-int ClampedLength(const char* text) {
-    if (text == nullptr) return 0;
-    return static_cast<int>(std::min(std::strlen(text), static_cast<std::size_t>(INT_MAX)));
+// The length of a text up to its first NUL.
+std::size_t TextLength(const char* text) {
+    return text == nullptr ? 0 : std::strlen(text);
 }
-
-int ClampedLength(std::string_view text) {
-    const std::size_t end = std::min(text.find('\0'), text.size());
-    return static_cast<int>(std::min(end, static_cast<std::size_t>(INT_MAX)));
+std::size_t TextLength(std::string_view text) {
+    return std::min(text.find('\0'), text.size());
 }
 
 }  // namespace
@@ -57,27 +54,24 @@ const char* CoreString::GetBaseClassName() const {
     return "none";
 }
 
-CoreString::CoreString(const char* text) noexcept {
-    AssignBytes(text, ClampedLength(text));
-}
-
 CoreString::CoreString(const char* text, int count) noexcept {
     if (text == nullptr || count < 1) return;
     const void* pEnd = std::memchr(text, 0, static_cast<std::size_t>(count));
-    AssignBytes(text, pEnd == nullptr ? count : static_cast<int>(static_cast<const char*>(pEnd) - text));
+    const std::ptrdiff_t length = pEnd == nullptr ? count : static_cast<const char*>(pEnd) - text;
+    AssignBytes(text, static_cast<std::size_t>(length));
 }
 
 CoreString::CoreString(std::string_view text) noexcept {
-    AssignBytes(text.data(), ClampedLength(text));
+    AssignBytes(text.data(), TextLength(text));
 }
 
 CoreString& CoreString::operator=(const char* text) {
-    AssignBytes(text, ClampedLength(text));
+    AssignBytes(text, TextLength(text));
     return *this;
 }
 
 CoreString& CoreString::operator=(std::string_view text) {
-    AssignBytes(text.data(), ClampedLength(text));
+    AssignBytes(text.data(), TextLength(text));
     return *this;
 }
 
@@ -87,7 +81,7 @@ CoreString& CoreString::operator=(char c) {
 }
 
 CoreString& CoreString::operator+=(std::string_view text) {
-    return AppendBytes(text.data(), std::min(text.find('\0'), text.size()));
+    return AppendBytes(text.data(), TextLength(text));
 }
 
 CoreString CoreString::operator+(char c) const& {
@@ -98,7 +92,7 @@ CoreString CoreString::operator+(char c) const& {
 
 CoreString CoreString::operator+(const char* text) const& {
     CoreString sum;
-    const std::size_t count = text == nullptr ? 0 : std::strlen(text);
+    const std::size_t count = TextLength(text);
     if (sum.Reserve(static_cast<std::size_t>(m_length) + count)) (sum += *this).AppendBytes(text, count);
     return sum;
 }
@@ -128,7 +122,7 @@ CoreString& CoreString::operator<<(int value) {
 }
 
 int CoreString::GetLength(const char* text) {
-    return ClampedLength(text);
+    return static_cast<int>(std::min(TextLength(text), static_cast<std::size_t>(INT_MAX)));
 }
 
 void CoreString::SetEmpty() {
@@ -150,7 +144,7 @@ void CoreString::Truncate(int n) {
 
 CoreString CoreString::Left(int n) const {
     CoreString left;
-    left.AssignBytes(m_pBuffer, std::clamp(n, 0, m_length));
+    left.AssignBytes(m_pBuffer, static_cast<std::size_t>(std::clamp(n, 0, m_length)));
     return left;
 }
 
@@ -168,30 +162,34 @@ bool CoreString::Owns(const char* text) const {
            std::less_equal<>()(text, static_cast<const char*>(m_pBuffer + m_length));
 }
 
-// Replaces the text by `length` bytes, which may be part of it. The block is kept if it fits the new text
-// well.
-void CoreString::AssignBytes(const char* text, int length) noexcept {
-    if (length == INT_MAX) return;
-    const auto count = static_cast<std::size_t>(length);
-    char* const pOld = m_pBuffer;
-    const int oldCapacity = m_capacity;
-    if (length < kLocalSize) {
-        if (count != 0) std::memmove(m_local, text, count);
-        m_pBuffer = m_local;
-        m_capacity = kLocalSize;
-    } else if (length >= oldCapacity || length < oldCapacity / 2) {
-        const int capacity = BlockSize(count + 1);
-        char* pBlock = AcquireBlock(capacity);
+// Replaces the text by `length` bytes, which may be part of it.
+void CoreString::AssignBytes(const char* text, std::size_t length) noexcept {
+    if (length >= kLocalSize) return AssignLong(text, length);
+    if (length != 0) std::memmove(m_local, text, length);
+    m_local[length] = 0;
+    m_length = static_cast<int>(length);
+    if (m_pBuffer == m_local) return;
+    FreeBlock(m_pBuffer, m_capacity);
+    m_pBuffer = m_local;
+    m_capacity = kLocalSize;
+}
+
+// The same for a text that needs a block. The old one is kept if it fits the new text well.
+void CoreString::AssignLong(const char* text, std::size_t length) noexcept {
+    const auto oldCapacity = static_cast<std::size_t>(m_capacity);
+    if (length < oldCapacity && length >= oldCapacity / 2) {
+        std::memmove(m_pBuffer, text, length);
+    } else {
+        const int capacity = BlockSize(length + 1);
+        char* const pBlock = length <= kLongestText ? AcquireBlock(capacity) : nullptr;
         if (pBlock == nullptr) return;
-        std::memcpy(pBlock, text, count);
+        std::memcpy(pBlock, text, length);
+        if (m_pBuffer != m_local) FreeBlock(m_pBuffer, m_capacity);
         m_pBuffer = pBlock;
         m_capacity = capacity;
-    } else {
-        std::memmove(m_pBuffer, text, count);
     }
     m_pBuffer[length] = 0;
-    m_length = length;
-    if (pOld != m_local && pOld != m_pBuffer) FreeBlock(pOld, oldCapacity);
+    m_length = static_cast<int>(length);
 }
 
 CoreString& CoreString::AppendBytes(const char* text, std::size_t count) {
@@ -209,8 +207,9 @@ CoreString& CoreString::AppendBytes(const char* text, std::size_t count) {
 
 // Makes room for `count` more bytes and, for those to come, for half as many again as there are.
 bool CoreString::Grow(std::size_t count) {
-    const std::size_t needed = static_cast<std::size_t>(m_length) + count + 1;
-    if (count >= INT_MAX || needed > INT_MAX) return false;
+    const auto length = static_cast<std::size_t>(m_length);
+    if (count > kLongestText - length) return false;
+    const std::size_t needed = length + count + 1;
     const auto grown = static_cast<std::size_t>(m_capacity) + static_cast<std::size_t>(m_capacity / 2);
     return SetCapacity(BlockSize(std::max(needed, grown))) || SetCapacity(BlockSize(needed));
 }
@@ -218,7 +217,7 @@ bool CoreString::Grow(std::size_t count) {
 // Makes room for a text of `length` bytes, and no more than that.
 bool CoreString::Reserve(std::size_t length) {
     if (length < static_cast<std::size_t>(m_capacity)) return true;
-    return length < INT_MAX && SetCapacity(BlockSize(length + 1));
+    return length <= kLongestText && SetCapacity(BlockSize(length + 1));
 }
 
 // Makes the text `length` bytes long; what is new of it is for the caller to fill.

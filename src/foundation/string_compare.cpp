@@ -36,22 +36,35 @@ int CompareBytes(char a, char b) {
     return a == b ? 0 : a < b ? -1 : 1;
 }
 
-// Decides between two texts that are the same before `place` and differ or both end there.
-int OrderAt(const char* a, const char* b, std::size_t place) {
-    if (a[place] == b[place]) return 0;
+// Decides between two texts that are the same before `place` and of which one, but not both alone, has a
+// digit there, behind other digits: the longer run is the greater number, or the same with more leading
+// zeros.
+int OrderOfRuns(const char* a, const char* b, std::size_t place) {
     std::size_t start = place;
     while (start > 0 && IsDigit(a[start - 1]))
         --start;
     if (!IsDigit(a[start]) || !IsDigit(b[start])) return CompareBytes(a[place], b[place]);
-
     const int order = CompareNumbers(a + start, b + start);
     if (order != 0) return order;
-    // The same number with and without leading zeros: the byte behind the shorter run decides.
     std::size_t end = start;
     while (IsDigit(a[end]) && IsDigit(b[end]))
         ++end;
     if (IsDigit(a[end])) return a[end] < b[end] ? -1 : 1;
     return CompareBytes(a[end], b[end]);
+}
+
+// Decides between two texts that are the same before `place` and differ there, or both end.
+int OrderAt(const char* a, const char* b, std::size_t place) {
+    const bool digitInA = IsDigit(a[place]);
+    const bool digitInB = IsDigit(b[place]);
+    if (!digitInA && !digitInB) return CompareBytes(a[place], b[place]);
+    if (!digitInA || !digitInB) return OrderOfRuns(a, b, place);
+    // Two numbers of equal length: the first digit that differs decides.
+    std::size_t end = place + 1;
+    while (IsDigit(a[end]) && IsDigit(b[end]))
+        ++end;
+    if (IsDigit(a[end]) || IsDigit(b[end])) return OrderOfRuns(a, b, place);
+    return CompareBytes(a[place], b[place]);
 }
 
 std::uint64_t Load(const char* text) {
@@ -62,6 +75,13 @@ std::uint64_t Load(const char* text) {
 
 bool HasZeroByte(std::uint64_t word) {
     return ((word - 0x0101010101010101u) & ~word & 0x8080808080808080u) != 0;
+}
+
+// The place, in memory, of the first byte of a word that is not zero.
+std::size_t FirstByteSet(std::uint64_t word) {
+    const int bits =
+        std::endian::native == std::endian::little ? std::countr_zero(word) : std::countl_zero(word);
+    return static_cast<std::size_t>(bits) / 8;
 }
 
 // The first place at or after `place` where the texts differ or both end.
@@ -96,14 +116,16 @@ int CoreString::Compare(const char* text, bool ignoreCase) const {
 }
 
 // CompareFunc of two strings, whose known lengths let it take eight bytes at a time.
-int CoreString::Order(const CoreString& other) const {
+int CoreString::OrderOfAll(const CoreString& other) const {
     const char* const a = m_pBuffer;
     const char* const b = other.m_pBuffer;
     const auto length = static_cast<std::size_t>(m_length < other.m_length ? m_length : other.m_length);
     std::size_t place = 0;
     for (; place + sizeof(std::uint64_t) <= length; place += sizeof(std::uint64_t)) {
         const std::uint64_t word = Load(a + place);
-        if (word != Load(b + place) || HasZeroByte(word)) break;
+        const std::uint64_t difference = word ^ Load(b + place);
+        if (HasZeroByte(word)) break;
+        if (difference != 0) return OrderAt(a, b, place + FirstByteSet(difference));
     }
     return OrderAt(a, b, FirstDifference(a, b, place));
 }

@@ -25,13 +25,14 @@ struct Arguments {
 class Output {
  public:
     void Put(std::string_view text) {
-        text = text.substr(0, std::min(m_room, text.size()));
+        if (text.size() > m_room) text = text.substr(0, m_room);
         m_room -= text.size();
-        while (!text.empty()) {
-            const std::size_t count = text.copy(m_chunk + m_used, sizeof(m_chunk) - m_used);
-            text.remove_prefix(count);
-            m_used += count;
-            if (!text.empty()) Flush();
+        if (text.size() > sizeof(m_chunk) - m_used) Flush();
+        if (text.size() > sizeof(m_chunk)) {
+            m_text += text;
+            m_flushed += text.size();
+        } else {
+            m_used += text.copy(m_chunk + m_used, text.size());
         }
     }
     void Fill(char c, std::size_t count) {
@@ -137,23 +138,33 @@ void ReadFlags(const char*& format, Directive& directive) {
     }
 }
 
+// hh h l ll j z t L I64 I32
 Size ReadSize(const char*& format) {
-    struct Entry {
-        const char* letters;
-        Size size;
+    const auto take = [&](const char* letters, Size size) {
+        format += std::strlen(letters);
+        return size;
     };
-    static constexpr Entry kSizes[] = {
-        {"hh", Size::kChar},      {"h", Size::kShort}, {"ll", Size::kLongLong},  {"l", Size::kLong},
-        {"j", Size::kMax},        {"z", Size::kSize},  {"t", Size::kDifference}, {"L", Size::kLongDouble},
-        {"I64", Size::kLongLong}, {"I32", Size::kInt},
-    };
-    for (const Entry& entry : kSizes) {
-        const std::size_t length = std::strlen(entry.letters);
-        if (std::strncmp(format, entry.letters, length) != 0) continue;
-        format += length;
-        return entry.size;
+    const char next = *format == 0 ? '\0' : format[1];
+    switch (*format) {
+        case 'h':
+            return next == 'h' ? take("hh", Size::kChar) : take("h", Size::kShort);
+        case 'l':
+            return next == 'l' ? take("ll", Size::kLongLong) : take("l", Size::kLong);
+        case 'j':
+            return take("j", Size::kMax);
+        case 'z':
+            return take("z", Size::kSize);
+        case 't':
+            return take("t", Size::kDifference);
+        case 'L':
+            return take("L", Size::kLongDouble);
+        case 'I':
+            if (next == '6' && format[2] == '4') return take("I64", Size::kLongLong);
+            if (next == '3' && format[2] == '2') return take("I32", Size::kInt);
+            return Size::kInt;
+        default:
+            return Size::kInt;
     }
-    return Size::kInt;
 }
 
 Directive ReadDirective(const char*& format, Arguments& arguments) {

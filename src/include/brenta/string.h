@@ -28,7 +28,7 @@
 /// Memory. A text of up to 15 bytes lies in the object itself; a longer one has a block of the general
 /// allocator. Construction, assignment and the edits ask for just the size they need; only appending takes a
 /// share more, so that a text can be built byte by byte in linear time. No operation throws: one that finds
-/// no memory, or whose result would be longer than 2,147,483,646 bytes, leaves the string as it was (a
+/// no memory, or whose result would be longer than 2,147,483,639 bytes, leaves the string as it was (a
 /// constructor: empty).
 ///
 /// Threads. One string must not be used by two threads at once; different strings may be, and share nothing.
@@ -37,6 +37,7 @@
 #include <concepts>
 #include <cstdarg>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -74,7 +75,15 @@ class BRENTA_API CoreString {
     CoreString() noexcept = default;
 
     /// A copy of a terminated text; null gives the empty string.
-    CoreString(const char* text) noexcept;
+    CoreString(const char* text) noexcept {
+        const std::size_t length = text == nullptr ? 0 : std::strlen(text);
+        if (length < kLocalSize) {
+            std::memcpy(m_local, text == nullptr ? "" : text, length);
+            m_length = static_cast<int>(length);
+        } else {
+            AssignLong(text, length);
+        }
+    }
 
     /// A copy of the first `count` bytes of a text, or of all of it if it ends before. Null or a count below
     /// 1 gives the empty string. Nothing behind the end of the text or the last counted byte is read.
@@ -94,7 +103,7 @@ class BRENTA_API CoreString {
             m_length = other.m_length;
             std::memcpy(m_local, other.m_local, kLocalSize);
         } else {
-            AssignBytes(other.m_pBuffer, other.m_length);
+            AssignLong(other.m_pBuffer, static_cast<std::size_t>(other.m_length));
         }
     }
 
@@ -107,7 +116,12 @@ class BRENTA_API CoreString {
     CoreString& operator=(char c);
     /// Replaces the text by the other's; assigning a string to itself does nothing.
     CoreString& operator=(const CoreString& other) {
-        if (this != &other) AssignBytes(other.m_pBuffer, other.m_length);
+        if (other.m_length < kLocalSize && m_pBuffer == m_local) {
+            m_length = other.m_length;
+            std::memmove(m_local, other.m_local, kLocalSize);
+        } else if (this != &other) {
+            AssignBytes(other.m_pBuffer, static_cast<std::size_t>(other.m_length));
+        }
         return *this;
     }
     /// Takes the other string's text over and leaves that string empty; onto itself, nothing.
@@ -354,12 +368,24 @@ class BRENTA_API CoreString {
     static constexpr int kLocalSize = 16;
 
     static int CompareFunc(const char* a, const char* b);
-    int Order(const CoreString& other) const;
+    // The order of two strings whose first bytes differ is clear unless both begin a number.
+    int Order(const CoreString& other) const {
+        const char a = m_pBuffer[0];
+        const char b = other.m_pBuffer[0];
+        if (a == b || (a >= '0' && a <= '9' && b >= '0' && b <= '9')) return OrderOfAll(other);
+        return b == 0 || a > b ? 1 : -1;
+    }
+    int OrderOfAll(const CoreString& other) const;
+    // Most texts that differ do so in their first eight bytes, which can be read whatever the length: the
+    // object's own are always initialised, and a block holds sixteen at least. The lengths do not decide, as
+    // a 0 may have been written into a text.
     bool Equals(const CoreString& other) const {
-        if (m_pBuffer[0] != other.m_pBuffer[0]) return false;
-        const auto size = static_cast<std::size_t>(m_length);
-        if (m_length == other.m_length && std::memcmp(m_pBuffer, other.m_pBuffer, size) == 0) return true;
-        return std::strcmp(m_pBuffer, other.m_pBuffer) == 0;
+        std::uint64_t a, b;
+        std::memcpy(&a, m_pBuffer, sizeof(a));
+        std::memcpy(&b, other.m_pBuffer, sizeof(b));
+        const bool ended =
+            ((a - 0x0101010101010101u) & ~a & 0x8080808080808080u) != 0;  // a holds a zero byte
+        return (a == b || ended) && std::strcmp(m_pBuffer, other.m_pBuffer) == 0;
     }
 
     void TakeFrom(CoreString& other) noexcept {
@@ -373,7 +399,8 @@ class BRENTA_API CoreString {
         other.m_local[0] = 0;
     }
     bool Owns(const char* text) const;
-    void AssignBytes(const char* text, int length) noexcept;
+    void AssignBytes(const char* text, std::size_t length) noexcept;
+    void AssignLong(const char* text, std::size_t length) noexcept;
     CoreString& AppendBytes(const char* text, std::size_t count);
     bool Grow(std::size_t count);
     bool Reserve(std::size_t length);
