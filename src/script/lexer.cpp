@@ -14,7 +14,6 @@ namespace {
 
 constexpr int kFirstTag = 1;
 constexpr int kLastTag = 4;
-constexpr unsigned int kAllTags = 0x1E;  // a bit for each of them
 
 const char* const kTagNames[] = {nullptr, "$1", "$2", "$3", "$4"};
 
@@ -103,12 +102,7 @@ void CCoreLexer::CopyKinds(const CCoreLexer& other) {
     m_scanCount = other.m_scanCount;
     m_cleanScanCount = other.m_cleanScanCount;
     m_patternError = other.m_patternError;
-    // The other's input may be gone when somebody asks the copy, so its tags get their values now.
-    m_tags = other.m_tags;
-    m_pendingTags = other.m_pendingTags;
     std::copy(std::begin(other.m_tagValues), std::end(other.m_tagValues), m_tagValues);
-    SettleTags();
-    m_tags = TagSpans();
 }
 
 void CCoreLexer::FreeKinds() {
@@ -179,8 +173,19 @@ void CCoreLexer::ComputeStart(CREToken* token, REAtom* atom) {
 // ---------------------------------------------------------------------------------------------------------------------
 // Tokens
 
+// The tags get their values at once, not when somebody asks: the text may be gone by then.
 bool CCoreLexer::GetToken(LexToken& token) {
-    return ScanToken(token, m_tags);
+    TagSpans tags;
+    const bool found = ScanToken(token, tags);
+    for (int n = kFirstTag; tags.scanned && n <= kLastTag; ++n) {
+        const std::string_view text = tags.Find(n);
+        if (text.data() != nullptr) {
+            m_tagValues[n] = Var(StrId(text.data(), static_cast<unsigned int>(text.size())), m_tagNames[n]);
+        } else if (m_tagValues[n].GetKind() != VarKind::Null) {
+            m_tagValues[n] = Var();
+        }
+    }
+    return found;
 }
 
 bool CCoreLexer::ScanToken(LexToken& token, TagSpans& tags) {
@@ -201,7 +206,7 @@ bool CCoreLexer::ScanToken(LexToken& token, TagSpans& tags) {
         if (kind == nullptr) return false;
         std::copy(std::begin(kind->tagStarts), std::end(kind->tagStarts), tags.starts);
         std::copy(std::begin(kind->tagEnds), std::end(kind->tagEnds), tags.ends);
-        if (&tags == &m_tags) m_pendingTags = kAllTags;
+        tags.scanned = true;
         if (!kind->skip) return true;
     }
 }
@@ -229,38 +234,13 @@ const CREToken* CCoreLexer::TakeToken(LexToken& token) {
     return match.token;
 }
 
-const char* CCoreLexer::TagSpans::Find(int n, std::size_t& length) const {
-    length = 0;
-    if (starts[n] == nullptr || ends[n] == nullptr || starts[n] > ends[n]) return nullptr;
-    length = static_cast<std::size_t>(ends[n] - starts[n]);
-    return starts[n];
-}
-
-const char* CCoreLexer::TagText(int n, std::size_t& length) const {
-    return m_tags.Find(n, length);
+std::string_view CCoreLexer::TagSpans::Find(int n) const {
+    if (starts[n] == nullptr || ends[n] == nullptr || starts[n] > ends[n]) return {};
+    return {starts[n], static_cast<std::size_t>(ends[n] - starts[n])};
 }
 
 Var& CCoreLexer::GetTag(int n) {
-    if (n < kFirstTag || n > kLastTag) return m_tagValues[0];
-    if ((m_pendingTags >> n & 1) != 0) SettleTag(n);
-    return m_tagValues[n];
-}
-
-void CCoreLexer::SettleTags() {
-    for (int n = kFirstTag; m_pendingTags != 0; ++n)
-        SettleTag(n);
-}
-
-void CCoreLexer::SettleTag(int n) {
-    if ((m_pendingTags >> n & 1) == 0) return;
-    m_pendingTags &= ~(1u << n);
-    std::size_t length = 0;
-    const char* text = m_tags.Find(n, length);
-    if (text == nullptr) {
-        m_tagValues[n] = Var();
-    } else {
-        m_tagValues[n] = Var(StrId(text, static_cast<unsigned int>(length)), m_tagNames[n]);
-    }
+    return m_tagValues[n < kFirstTag || n > kLastTag ? 0 : n];
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -275,11 +255,8 @@ void CCoreLexer::PushStream(const char* name, int line, const char* text, bool o
     m_pStream = stream;
 }
 
-// Pops the current text, which goes on to be the one beneath it. Tags that nobody has asked for yet may lie
-// in it.
+// Drops the current text; the one beneath it becomes current.
 void CCoreLexer::EndStream() {
-    SettleTags();
-    m_tags = TagSpans();
     if (m_pStream->ownsText) delete[] m_pStream->text;
     delete m_pSpareStream;
     m_pSpareStream = m_pStream;

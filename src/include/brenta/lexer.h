@@ -11,6 +11,7 @@
 ///     lexer.PushStream("input", 1, "12mil 7", false);
 ///     LexToken token;
 ///     while (lexer.GetToken(token) && token.id != -1) Use(lexer.GetTag(1), lexer.GetTag(2));   // 12 mil, 7
+///     null
 ///
 /// Patterns
 /// --------
@@ -43,13 +44,14 @@
 /// Cost
 /// ----
 /// Patterns are compiled by DefineToken and laid out for matching at the next GetToken. Scanning takes about
-/// 10 to 50 ns per token; nothing is interned and nothing allocated per token until GetTag is called.
+/// 10 to 50 ns per token; nothing is allocated, and nothing interned but what tags capture.
 ///
 /// Threads: a lexer is used by one thread at a time; different lexers share nothing but the names.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "brenta/containers.h"
 #include "brenta/export.h"
@@ -201,9 +203,7 @@ class BRENTA_API CCoreLexer : public CCoreSymbolTable {
     /// What tag n, 1 to 4, of the last token captured: a string Var named "$n", or a null Var if the token's
     /// match did not pass both ends of the tag. Tag 0 is always null, and any other n gives tag 0.
     ///
-    /// The text is interned when the tag is first asked for, so ask while the input still exists; texts that
-    /// the lexer owns are taken care of. The reference stays good until the lexer goes, its value until the
-    /// next token.
+    /// The reference stays good until the lexer goes, its value until the next token.
     Var& GetTag(int n);
 
     /// Tokens scanned so far, skipped ones included; and how many of these scans met no longer match after a
@@ -234,21 +234,21 @@ class BRENTA_API CCoreLexer : public CCoreSymbolTable {
     void ComputeStart(CREToken* token, REAtom* atom);
     /// Gives the lexer's own set with these entries, adding a copy if it has none.
     RECharClass* AddCharClass(RECharClass& charClass);
-    /// What tag n, 1 to 4, of the last token captured, without interning it: null and length 0 when absent.
-    /// Points into the input and is not terminated.
-    const char* TagText(int n, std::size_t& length) const;
     /// The text that the next token comes from, null without input.
     LexStream* CurrentStream() const { return m_pStream; }
 
     /// Where the tags of a token lie in the input.
     struct TagSpans {
+        bool scanned = false;  ///< there was a token, if only a skipped one
         const char* starts[5] = {};
         const char* ends[5] = {};
 
-        /// Null when tag n is absent.
-        const char* Find(int n, std::size_t& length) const;
+        /// The text that tag n, 1 to 4, captured, a part of the input; its data is null when the tag is
+        /// absent.
+        std::string_view Find(int n) const;
     };
-    /// GetToken with the captures put elsewhere: the tags of the last token stay as they are.
+    /// GetToken with the captures put into `tags`, uninterned, while those that GetTag hands out stay as they
+    /// are. `tags` is untouched when there was no token at all.
     bool ScanToken(LexToken& token, TagSpans& tags);
     /// Texts being read, the current one included.
     int GetStreamDepth() const { return m_streams.GetCount(); }
@@ -261,8 +261,6 @@ class BRENTA_API CCoreLexer : public CCoreSymbolTable {
     void FreeKinds();
     const CREToken* TakeToken(LexToken& token);
     void EndStream();
-    void SettleTags();
-    void SettleTag(int n);
 
     std::uint32_t m_scanCount = 0;
     std::uint32_t m_cleanScanCount = 0;
@@ -274,8 +272,6 @@ class BRENTA_API CCoreLexer : public CCoreSymbolTable {
     bool m_startsStale = true;
     STRID m_tagNames[5];  // "$1" to "$4" at 1 to 4
     Var m_tagValues[5];
-    unsigned int m_pendingTags = 0;  // bit n: tag n has been captured, but its value not been made yet
-    TagSpans m_tags;
     CoreString m_patternError;
     LexStream* m_pSpareStream = nullptr;  // a finished stream's record, for the next one
 };
@@ -492,7 +488,7 @@ class BRENTA_API CCoreScriptLexer : public CCoreLexer {
     bool ScanInclude(const LexToken& statement);
     Token* AppendToken(TokId id, STRID file, int line);
     void AppendScanned(const LexToken& scanned, const TagSpans& tags);
-    void SetText(Token& token, const char* text, std::size_t length);
+    void SetText(Token& token, std::string_view text);
     void SetNumber(Token& token, const TagSpans& tags);
     void CopyMembers(const CCoreScriptLexer& other);
     void ReleaseMessages();
