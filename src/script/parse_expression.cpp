@@ -198,7 +198,7 @@ bool ExpressionStatement::ParsePostfix(CCoreScriptEngine& engine, TIter<ScriptTo
                                        int priorityBoost, SubExpr** into) {
     EngineState& state = engine.State();
     const NestingLevel level(state.expressionDepth);
-    if (state.expressionDepth > kMaxExpressionDepth) {
+    if (state.expressionDepth > kMaxExpressionDepth || IsStackLow(engine)) {
         ReportLimit(engine, CurrentToken(iter), "Expression nested too deeply.");
         return false;
     }

@@ -1,6 +1,7 @@
 // Modules, sequences of statements and the dispatch to the constructs; the helpers of all parse functions.
 #include "script/parser.h"
 
+#include "script/executor.h"
 #include "script/symbol_access.h"
 #include "script/value_limits.h"
 
@@ -76,6 +77,11 @@ void ReportConstruct(CCoreScriptEngine& engine, const ScriptToken* token, const 
 void ReportLimit(CCoreScriptEngine& engine, const ScriptToken* token, const char* text) {
     engine.Messages().Error(PositionOf(token), "%s", text);
     engine.State().limitReported = true;
+}
+
+bool IsStackLow(CCoreScriptEngine& engine) {
+    const Executor* const executor = engine.State().executor.get();
+    return executor != nullptr && executor->StackIsLow();
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -182,7 +188,7 @@ Statement* CCoreScriptEngine::ParseStatement(TIter<ScriptToken*>& iter) {
         ReportEnd(*this, token);
         return nullptr;
     }
-    if (state.statementDepth > kMaxStatementDepth) {
+    if (state.statementDepth > kMaxStatementDepth || IsStackLow(*this)) {
         ReportLimit(*this, token, "Statement nested too deeply.");
         return nullptr;
     }

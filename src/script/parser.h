@@ -73,7 +73,7 @@ class ParsedText {
 
  private:
     CCoreScriptEngine& m_engine;
-    EngineState::SymbolList m_symbols;
+    SymbolList m_symbols;
     std::unique_ptr<CompoundStatement> m_pStatements;
 };
 
@@ -104,6 +104,9 @@ ScriptToken* AdvanceToAny(CCoreScriptEngine& engine, TIter<ScriptToken*>& iter);
 /// token that began it. Nothing when the nesting was too deep, for then each of the thousand constructs
 /// around would add one.
 void ReportConstruct(CCoreScriptEngine& engine, const ScriptToken* token, const char* text);
+
+/// Whether the native stack is nearly used up: a parse may begin deep in a running script, on a small thread.
+bool IsStackLow(CCoreScriptEngine& engine);
 
 /// Reports that a nesting limit is met, and silences the constructs around.
 void ReportLimit(CCoreScriptEngine& engine, const ScriptToken* token, const char* text);
