@@ -9,7 +9,9 @@
 // Going is less symmetric. When a process ends, its other threads may still be running and the host's own
 // static objects may still hold strings and nodes, so everything stays as it is and the system takes it back.
 // Only when the library is unloaded from a living process are the objects destroyed, in reverse order: the
-// engine first, and the foundation behind every other static object of the library, local ones included.
+// engine first, and the foundation behind every other static object of the library, local ones included. (A
+// program that was linked to the library, has never had a second thread and never calls InitCoreLibrary ends
+// as if it unloaded it: by then nothing is left that could use it.)
 #include <atomic>
 #include <cstddef>
 #include <new>

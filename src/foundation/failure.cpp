@@ -26,6 +26,7 @@ bool InitCoreLibrary() {
         const os::LockGuard guard(g_initLock);
         if (std::exchange(g_initialised, true)) return true;
     }
+    os::WatchProcessEnd();
     // The chain owns the object; it goes when the library's record ends.
     new (std::nothrow) CDynLinkLibrary(g_extensionModule);
     return true;

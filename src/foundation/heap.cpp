@@ -113,28 +113,31 @@ bool HeapCore::TurnPage(Lane lane, std::size_t size) {
 
 void* HeapCore::Allocate(int size) {
     if (size < 0) return nullptr;
+    const std::size_t bytes = std::max(static_cast<std::size_t>(size), std::size_t{1});
+    if (os::SingleThreaded()) return AllocateExact(bytes);
     const os::LockGuard guard(m_lock);
-    return AllocateExact(std::max(static_cast<std::size_t>(size), std::size_t{1}));
+    return AllocateExact(bytes);
 }
 
-char* HeapCore::AllocateExact(std::size_t size) {
+inline char* HeapCore::AllocateExact(std::size_t size) {
     Count(m_allocations);
+    BlockStack* const stack = Of(Lane::Exact).store.Find(size);
+    if (!stack || stack->IsEmpty()) return CarveExact(size);
+    Count(m_reuses);
+    const FreeBlock block = stack->Pop();
+    SetExactLive(block);
+    return block.p;
+}
+
+char* HeapCore::CarveExact(std::size_t size) {
     LaneState& lane = Of(Lane::Exact);
-    BlockStack* const stack = lane.store.Find(size);
-    if (stack && !stack->IsEmpty()) {
-        Count(m_reuses);
-        const FreeBlock block = stack->Pop();
-        SetExactLive(block);
-        return block.p;
-    }
     if ((!lane.pCurrent || lane.pCurrent->Left() < size) && !TurnPage(Lane::Exact, size)) return nullptr;
     return lane.pCurrent->Carve(size);
 }
 
-void HeapCore::FreeExact(HeapPage& page, char* p) {
+inline void HeapCore::FreeExact(HeapPage& page, char* p) {
     ExactNote& note = page.ExactNoteOf(p);
     const unsigned byte = ByteInGranule(p);
-    const os::LockGuard guard(m_lock);
     if ((note.live >> byte & 1u) == 0) return;
     note.live = static_cast<std::uint16_t>(note.live & ~(1u << byte));
     Of(Lane::Exact).store.Add(note.SizeOfBlock(byte), {p, &note});
@@ -210,7 +213,7 @@ void HeapCore::GiveFree(std::size_t size, const FreeBlock* blocks, unsigned coun
 }
 
 /// Two threads may free the same block at once by mistake: the exchange lets one of them have it.
-void HeapCore::FreeAligned(HeapPage& page, char* p) {
+inline void HeapCore::FreeAligned(HeapPage& page, char* p) {
     if (ByteInGranule(p) != 0) return;
     AlignedNote& rawNote = page.AlignedNoteOf(p);
     const std::atomic_ref<AlignedNote> note(rawNote);
@@ -225,13 +228,20 @@ void HeapCore::FreeAligned(HeapPage& page, char* p) {
     const std::size_t size = page.AlignedSize(freed);
     Poison(p, size);
     const FreeBlock block{p, &rawNote};
+    if (m_hasThreadStores && size <= ThreadStore::kLargestSize) {
+        ThreadStore* const store = ThreadStore::Present();
+        if (store && store->Put(size, block)) return;
+    }
+    KeepAligned(size, block);
+}
+
+/// The rarer part of FreeAligned: into a thread store that is not there yet or full, or into the heap.
+void HeapCore::KeepAligned(std::size_t size, FreeBlock block) {
     ThreadStore* store = nullptr;
     if (m_hasThreadStores && size <= ThreadStore::kLargestSize) store = ThreadStore::Get(*this);
-    if (store) {
-        store->Put(*this, size, block);
-    } else {
-        GiveFree(size, &block, 1);
-    }
+    if (!store) return GiveFree(size, &block, 1);
+    store->MakeRoom(*this, size);
+    store->Put(size, block);
 }
 
 char* HeapCore::ReAllocAligned(HeapPage& page, char* p, int size, bool& known) {
@@ -252,15 +262,22 @@ char* HeapCore::ReAllocAligned(HeapPage& page, char* p, int size, bool& known) {
 // ---------------------------------------------------------------------------------------------------------
 // HeapCore: both lanes
 
-void HeapCore::Free(void* p) {
+inline void HeapCore::Free(void* p) {
     HeapPage* const page = m_index.Find(p);
     char* const bytes = static_cast<char*>(p);
     if (!page || !page->HasNote(bytes)) return;
-    if (page->GetLane() == Lane::Exact) {
+    if (page->GetLane() == Lane::Aligned) {
+        FreeAligned(*page, bytes);
+    } else if (os::SingleThreaded()) {
         FreeExact(*page, bytes);
     } else {
-        FreeAligned(*page, bytes);
+        FreeExactLocked(*page, bytes);
     }
+}
+
+void HeapCore::FreeExactLocked(HeapPage& page, char* p) {
+    const os::LockGuard guard(m_lock);
+    FreeExact(page, p);
 }
 
 void* HeapCore::ReAlloc(void* p, int size) {
@@ -357,7 +374,7 @@ void* CoreAllocate(int size) {
 
 void CoreFree(void* p) {
     if (!p) return CrashOnFreeOfNull();
-    HeapDelete(p);
+    if (HeapCore* core = g_pGlobalCore.load(std::memory_order_acquire)) core->Free(p);
 }
 
 void* CoreReAlloc(void* p, int size) {

@@ -53,9 +53,12 @@ class HeapCore {
     HeapPage* NewPage(Lane lane, std::size_t size, bool forOneBlock);
     bool TurnPage(Lane lane, std::size_t size);
     char* AllocateExact(std::size_t size);
+    char* CarveExact(std::size_t size);
     FreeBlock CarveAligned(std::size_t size);
     void FreeExact(HeapPage& page, char* p);
+    void FreeExactLocked(HeapPage& page, char* p);
     void FreeAligned(HeapPage& page, char* p);
+    void KeepAligned(std::size_t size, FreeBlock block);
     char* ReAllocExact(HeapPage& page, char* p, int size, bool& known);
     char* ReAllocAligned(HeapPage& page, char* p, int size, bool& known);
 

@@ -32,10 +32,11 @@ char* ThreadStore::TakeOrRefill(HeapCore& core, std::size_t size) {
     return Take(size);
 }
 
-/// The older half goes back to the heap, so that the newest blocks, which are still in the processor's cache,
-/// stay.
-void ThreadStore::GiveHalf(HeapCore& core, std::size_t size, Stack& stack) {
+/// It is the older half that goes: the newest blocks are still in the processor's cache.
+void ThreadStore::MakeRoom(HeapCore& core, std::size_t size) {
     constexpr std::uint32_t kHalf = kDepth / 2;
+    Stack& stack = StackOf(size);
+    if (stack.count < kDepth) return;
     core.GiveFree(size, stack.blocks, kHalf);
     std::copy(stack.blocks + kHalf, stack.blocks + stack.count, stack.blocks);
     stack.count -= kHalf;
@@ -56,6 +57,7 @@ ThreadStore* ThreadStore::Attach(HeapCore& core) {
     }
     t_pThreadStore = store;
     g_threadEnd.Set(store);
+    if (!os::SingleThreaded()) os::WatchProcessEnd();
     return store;
 }
 

@@ -35,12 +35,16 @@ class ThreadStore {
     }
     /// The same, but with blocks from the heap if none is kept. Null without memory.
     char* TakeOrRefill(HeapCore& core, std::size_t size);
-    /// Keeps a block that is no longer in use. `size` is a multiple of kGranule up to kLargestSize.
-    void Put(HeapCore& core, std::size_t size, FreeBlock block) {
+    /// Keeps a block that is no longer in use; false if there is no room. `size` is a multiple of kGranule up
+    /// to kLargestSize.
+    bool Put(std::size_t size, FreeBlock block) {
         Stack& stack = StackOf(size);
-        if (stack.count == kDepth) GiveHalf(core, size, stack);
+        if (stack.count == kDepth) return false;
         stack.blocks[stack.count++] = block;
+        return true;
     }
+    /// Gives the older half of the blocks of this size back to the heap if there is no room for another.
+    void MakeRoom(HeapCore& core, std::size_t size);
 
     /// Prepares for the ends of threads; false if that is impossible. For the global heap's core alone.
     static bool StartAll();
@@ -57,7 +61,6 @@ class ThreadStore {
     };
 
     Stack& StackOf(std::size_t size) { return m_stacks[(size - 1) / kGranule]; }
-    static void GiveHalf(HeapCore& core, std::size_t size, Stack& stack);
     static ThreadStore* Attach(HeapCore& core);
     static void AtThreadEnd(void* store);
 

@@ -24,7 +24,7 @@ void Relax() {
 void Lock::Acquire() {
     const std::uintptr_t self = ThisThread();
     std::uint32_t expected = 0;
-    if (!m_state.compare_exchange_strong(expected, 1, std::memory_order_acquire, std::memory_order_relaxed)) {
+    if (!m_taken.compare_exchange_strong(expected, 1, std::memory_order_acquire, std::memory_order_relaxed)) {
         // Only the owner itself can read its own number here, so no order is needed.
         if (m_owner.load(std::memory_order_relaxed) == self) {
             ++m_depth;
@@ -39,24 +39,29 @@ void Lock::AcquireContended() {
     for (int i = 0; i < kSpins; ++i) {
         Relax();
         std::uint32_t expected = 0;
-        if (m_state.load(std::memory_order_relaxed) == 0 &&
-            m_state.compare_exchange_weak(expected, 1, std::memory_order_acquire,
+        if (m_taken.load(std::memory_order_relaxed) == 0 &&
+            m_taken.compare_exchange_weak(expected, 1, std::memory_order_acquire,
                                           std::memory_order_relaxed)) {
             return;
         }
     }
-    // From here on the lock counts as slept on, also when this thread gets it: others may sleep too.
-    while (m_state.exchange(2, std::memory_order_acquire) != 0)
-        SleepWhile(m_state, 2);
+    m_sleepers.fetch_add(1);
+    while (m_taken.exchange(1, std::memory_order_acquire) != 0)
+        SleepWhile(m_taken, 1);
+    m_sleepers.fetch_sub(1, std::memory_order_relaxed);
 }
 
+/// Leaving costs a plain store, where an atomic exchange would cost as much as entering. The price: the look
+/// at the sleepers may come before the store is seen by a thread that is just going to sleep, which then is
+/// not woken. That is why sleeps are short.
 void Lock::Release() {
     if (m_depth > 0) {
         --m_depth;
         return;
     }
     m_owner.store(0, std::memory_order_relaxed);
-    if (m_state.exchange(0, std::memory_order_release) == 2) WakeOne(m_state);
+    m_taken.store(0, std::memory_order_release);
+    if (m_sleepers.load(std::memory_order_relaxed) != 0) WakeOne(m_taken);
 }
 
 }  // namespace brenta::os

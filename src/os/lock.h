@@ -40,9 +40,10 @@ class Lock {
     void Release();
     void AcquireContended();
 
-    std::atomic<std::uint32_t> m_state{0};  // 0 free, 1 taken, 2 taken and someone may sleep
-    std::uint32_t m_depth = 0;              // further entries of the owner
+    std::atomic<std::uint32_t> m_taken{0};
+    std::uint32_t m_depth = 0;  // further entries of the owner
     std::atomic<std::uintptr_t> m_owner{0};
+    std::atomic<std::uint32_t> m_sleepers{0};
 };
 
 /// Holds a Lock for its own lifetime.
@@ -61,7 +62,7 @@ class LockGuard {
     Lock* m_pLock;
 };
 
-/// Sleeps while `word` holds `value`, until woken; may return early. Of the platform.
+/// Sleeps while `word` holds `value`, until woken, but no longer than about a millisecond. Of the platform.
 void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value);
 
 /// Wakes one thread that sleeps on `word`. Of the platform.

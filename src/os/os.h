@@ -107,9 +107,13 @@ class ThreadEndHook {
     std::uintptr_t m_key = 0;
 };
 
-/// Whether the library is leaving a process that lives on. At the end of the process this stays false: the
-/// system takes everything back by itself then, and other threads and the host's own static objects may still
-/// use the library.
+/// Whether the library is leaving a process that lives on. At the end of the process this stays false, so
+/// that everything can stay as it is: the system takes it back by itself, and other threads and the host's
+/// own static objects may still use it.
 bool LibraryIsUnloading();
+
+/// Makes sure that the end of the process is told from unloading. For moments at which the process is
+/// certainly past its start; cheap to call again.
+void WatchProcessEnd();
 
 }  // namespace brenta::os

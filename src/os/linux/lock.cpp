@@ -4,6 +4,7 @@
 #include <linux/futex.h>
 #include <sys/single_threaded.h>
 #include <sys/syscall.h>
+#include <time.h>
 #include <unistd.h>
 
 namespace brenta::os {
@@ -11,7 +12,8 @@ namespace brenta::os {
 const char* const kSingleThreadFlag = &__libc_single_threaded;
 
 void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) {
-    syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, value, nullptr, nullptr, 0);
+    const timespec limit = {0, 1000000};
+    syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, value, &limit, nullptr, 0);
 }
 
 void WakeOne(const std::atomic<std::uint32_t>& word) {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 
@@ -13,13 +14,24 @@ namespace brenta::os {
 
 namespace {
 
-constinit bool g_unloading = false;
+// What the system calls when, and how the end of the process is told from unloading:
+//
+// - Unloading runs the functions of the library's own list, NoticeUnloading among them, and then what the
+// library
+//   registered to be called at exit, the destructors of its static objects included.
+// - The end of the process first runs what was registered at exit, the latest first, and the lists of the
+//   libraries are one such registration, made when the program starts. NoteProcessEnd, registered after that,
+//   comes first. (What a library registers while it is loaded together with the program would come too late.)
+constinit std::atomic<bool> g_processEnds{false};
+constinit std::atomic<bool> g_unloading{false};
+constinit std::atomic<bool> g_watching{false};
 
-/// Runs at the end of the process behind all destructors of static objects, but before them when the library
-/// is unloaded from a living process: there the system calls the functions of the library's own list, of
-/// which the destructors of its static objects are the last.
+void NoteProcessEnd() {
+    if (!g_unloading) g_processEnds = true;
+}
+
 [[gnu::destructor]] void NoticeUnloading() {
-    g_unloading = true;
+    if (!g_processEnds) g_unloading = true;
 }
 
 /// The lowest address of the calling thread's stack; 0 if unknown.
@@ -118,6 +130,10 @@ void ThreadEndHook::Close() {
 
 bool LibraryIsUnloading() {
     return g_unloading;
+}
+
+void WatchProcessEnd() {
+    if (!g_watching.exchange(true)) std::atexit(&NoteProcessEnd);
 }
 
 }  // namespace brenta::os

@@ -84,6 +84,10 @@ bool LibraryIsUnloading() {
     return g_unloading;
 }
 
+void WatchProcessEnd() {
+    // The system tells the two apart by itself.
+}
+
 void NoticeUnloading() {
     g_unloading = true;
 }
