@@ -14,81 +14,54 @@
 namespace brenta {
 namespace {
 
-TEST(CoreStringEdit, Replaces) {
-    CoreString text("aba");
-    EXPECT_EQ(text.Replace("a", "aa"), 2);
-    EXPECT_STREQ(text, "aabaa");
-    EXPECT_EQ(text.Replace("aa", nullptr), 2);
-    EXPECT_STREQ(text, "b");
-    EXPECT_EQ(text.Replace("", "x") + text.Replace(nullptr, "x") + text.Replace("c", "x"), 0);
-    text = "a-b_c-\xE9";
-    EXPECT_EQ(text.Replace('-', '+'), 2);
-    EXPECT_EQ(text.ReplaceAny("_\xE9", '.'), 2);
-    EXPECT_STREQ(text, "a+b.c+.");
-    EXPECT_EQ(text.ReplaceAny(nullptr, '.'), 0);
-    text = "zA9\xE4 b[";
-    text.MakeUpper();
-    EXPECT_STREQ(text, "ZA9\xE4 B[");
-    text.MakeLower();
-    text.MakeReverse();
-    EXPECT_STREQ(text,
-                 "[b \xE4"
-                 "9az");
-    text.SortChars();
-    EXPECT_STREQ(text, "\xE4 9[abz");
-}
-
-TEST(CoreStringEdit, TrimsAndPads) {
-    const char* const kTrimRows[][4] = {
-        // text, trimmed at both ends, at the start, at the end
-        {" \t a b \r\n", "a b", "a b \r\n", " \t a b"},
-        {"\v\f", "", "", ""},
-        {"\xA0", "\xA0", "\xA0", "\xA0"},
-    };
-    for (const auto& [text, both, leading, trailing] : kTrimRows) {
-        CoreString first(text), second(text), third(text);
-        first.Trim();
-        second.TrimLeading();
-        third.TrimTrailing();
-        EXPECT_TRUE(first == both && second == leading && third == trailing) << text;
-    }
-    CoreString text("42");
-    text.PadLeft(5, '0');
-    text.PadLeft(1, '0');
-    text.PadRight(-1, '0');
-    text.PadLeft(INT_MAX, '0');
-    text.TrimRight(0);
-    text.TrimLeft(-3);
-    EXPECT_STREQ(text, "00042");
-    text.PadRight(20, '.');
-    EXPECT_STREQ(text, "00042...............");
-    text.TrimRight(15);
-    EXPECT_STREQ(text.Left(-2) + text.Left(2) + text.Left(INT_MAX), "0000042");
-    EXPECT_STREQ(text.RemoveLeft(3), "000");
-    EXPECT_EQ(text.GetLastChar(), '2');
-    text.TrimRight(10);
-    EXPECT_STREQ(text, "");
-    EXPECT_EQ(text.GetLastChar(), 0);
-}
-
 // clang-format off
-TEST(CoreStringEdit, StripsOnlyPairs) {
-    const std::tuple<const char*, bool, const char*> kRows[] = {
-        {"\"x\"", true, "x"}, {"\"\"", true, ""}, {"x\"", false, "x\""}, {"\"x", false, "\"x"}, {"\"", false, "\""}, {"", false, ""},
+TEST(CoreStringEdit, Edits) {
+    const struct {
+        const char* before;
+        int (*edit)(CoreString&);
+        int result;  // 0 where the operation has none
+        const char* after;
+    } kRows[] = {
+        {"aba", [](CoreString& s) { return s.Replace("a", "aa"); }, 2, "aabaa"},
+        {"aabaa", [](CoreString& s) { return s.Replace("aa", nullptr); }, 2, "b"},
+        {"aba", [](CoreString& s) { return s.Replace("", "x") + s.Replace(nullptr, "x"); }, 0, "aba"},
+        {"a-b-\xE9", [](CoreString& s) { return s.Replace('-', '+'); }, 2, "a+b+\xE9"},
+        {"a-b_\xE9", [](CoreString& s) { return s.ReplaceAny("_\xE9", '.') + s.ReplaceAny(nullptr, '!'); }, 2, "a-b.."},
+        {"zA9\xE4[", [](CoreString& s) { return s.MakeUpper(), 0; }, 0, "ZA9\xE4["},
+        {"ZA9\xC4[", [](CoreString& s) { return s.MakeLower(), s.MakeReverse(), 0; }, 0, "[\xC4""9az"},
+        {"za9\xE4\xC4[ z", [](CoreString& s) { return s.SortChars(), 0; }, 0, "\xC4\xE4 9[azz"},
+        {" \t a b \r\n", [](CoreString& s) { return s.Trim(), 0; }, 0, "a b"},
+        {" \t a b \r\n", [](CoreString& s) { return s.TrimLeading(), 0; }, 0, "a b \r\n"},
+        {" \t a b \r\n", [](CoreString& s) { return s.TrimTrailing(), 0; }, 0, " \t a b"},
+        {"\v\f\n", [](CoreString& s) { return s.Trim(), 0; }, 0, ""},
+        {"\xA0x\xA0", [](CoreString& s) { return s.Trim(), 0; }, 0, "\xA0x\xA0"},
+        {"42", [](CoreString& s) { return s.PadLeft(5, '0'), 0; }, 0, "00042"},
+        {"42", [](CoreString& s) { return s.PadLeft(1, '0'), s.PadRight(-1, '0'), s.PadLeft(INT_MAX, '0'), 0; }, 0, "42"},
+        {"42", [](CoreString& s) { return s.PadRight(17, '.'), 0; }, 0, "42..............."},
+        {"abc", [](CoreString& s) { return s.TrimRight(0), s.TrimLeft(-3), s.Truncate(3), 0; }, 0, "abc"},
+        {"abc", [](CoreString& s) { return s.TrimRight(10), int{s.GetLastChar()}; }, 0, ""},
+        {"abc", [](CoreString& s) { return s.Truncate(-1), 0; }, 0, ""},
+        {"abc", [](CoreString& s) { return s = s.Left(-2) + s.Left(2) + s.Left(INT_MAX), 0; }, 0, "ababc"},
+        {"abc", [](CoreString& s) { return (s.RemoveLeft(2) == "ab") + s.GetLastChar(); }, 1 + 'c', "c"},
+        {"\"x\"", [](CoreString& s) { return int{s.StripBrackets('"')}; }, 1, "x"},
+        {"\"\"", [](CoreString& s) { return int{s.StripBrackets('"')}; }, 1, ""},
+        {"x\"", [](CoreString& s) { return int{s.StripBrackets('"')}; }, 0, "x\""},
+        {"\"", [](CoreString& s) { return int{s.StripBrackets('"')}; }, 0, "\""},
     };
-    for (const auto& [before, stripped, after] : kRows) {
-        CoreString text(before);
-        EXPECT_EQ(text.StripBrackets('"'), stripped) << before;
-        EXPECT_STREQ(text, after);
+    for (const auto& row : kRows) {
+        CoreString text(row.before);
+        EXPECT_EQ(row.edit(text), row.result) << row.before << " -> " << row.after;
+        EXPECT_STREQ(text, row.after);
     }
 }
 
 TEST(CoreStringEdit, CountsOn) {
     const std::tuple<const char*, int, const char*> kRows[] = {
-        {"R9", 1, "R10"}, {"Pad-3", 1, "Pad-2"}, {"U1A", 1, "U2A"}, {"A-1", 1, "A0"}, {"1", -2, "-1"}, {"R009", 1, "R10"},
-        {"C1R2", -5, "C1R-3"}, {"N2147483647", 1, "N2147483648"}, {"N9223372036854775806", 1, "N9223372036854775807"},
-        {"N9223372036854775807", 1, nullptr}, {"-9223372036854775808", -1, nullptr},
-        {"N99999999999999999999", 1, nullptr}, {"none", 1, nullptr}, {"", 1, nullptr},
+        {"R9", 1, "R10"}, {"Pad-3", 1, "Pad-2"}, {"U1A", 1, "U2A"}, {"A-1", 1, "A0"}, {"1", -2, "-1"},
+        {"R009", 1, "R10"}, {"C1R2", -5, "C1R-3"}, {"N2147483647", 1, "N2147483648"},
+        {"N9223372036854775806", 1, "N9223372036854775807"}, {"N9223372036854775807", 1, nullptr},
+        {"-9223372036854775808", -1, nullptr}, {"N99999999999999999999", 1, nullptr}, {"none", 1, nullptr},
+        {"", 1, nullptr},
     };
     for (const auto& [before, step, after] : kRows) {
         CoreString text(before);
@@ -102,11 +75,10 @@ TEST(CoreStringEdit, EscapesForUrls) {
     CoreString out("old");
     EXPECT_STREQ(CoreString("a b/c~").EscapeURL(out), "a%20b%2fc~");
     for (int c = 1; c < 256; ++c) {
-        const char text[] = {static_cast<char>(c), 0};
         const bool escaped = c <= ' ' || c == 127 || std::strchr("\"#$%&+,/:;<=>?@[\\]^`{|}", c) != nullptr;
         char expected[8];
         std::snprintf(expected, sizeof(expected), escaped ? "%%%02x" : "%c", c);
-        EXPECT_STREQ(CoreString(text).EscapeURL(out), expected) << c;
+        EXPECT_STREQ(CoreString(static_cast<char>(c)).EscapeURL(out), expected);
     }
 }
 

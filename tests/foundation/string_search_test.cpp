@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <tuple>
@@ -11,14 +12,23 @@ namespace {
 
 const char* const kNull = nullptr;
 
+template <class Separator>
+void ExpectSplit(const char* text, Separator separator, int start, bool found, const char* left,
+                 const char* right) {
+    CoreString outLeft("old"), outRight("old");
+    EXPECT_EQ(CoreString(text).SplitAt(separator, outLeft, outRight, start), found) << text;
+    EXPECT_TRUE(outLeft == left && outRight == right) << outLeft() << "|" << outRight();
+}
+
 // clang-format off
 TEST(CoreStringSearch, FindsTexts) {
     const std::tuple<const char*, const char*, bool, int, int> kRows[] = {
         // text, sought, ignore case, start, position
-        {"abcab", "ab", false, 0, 0}, {"abcab", "ab", false, 2, 3}, {"abcab", "b", false, 2, 4}, {"abcab", "AB", true, 1, 3},
-        {"abcab", "", false, 3, 3}, {"abcab", "ab", false, -7, 0}, {"x\xC4y", "\xC4Y", true, 0, 1},
-        {"abcab", "AB", false, 0, -1}, {"abcab", "abcabc", false, 0, -1}, {"abcab", "", false, 5, -1}, {"", "", false, 0, -1},
-        {"abcab", "ab", false, 4, -1}, {"abcab", "ab", false, 99, -1}, {"abcab", kNull, false, 0, -1}, {"\xC4", "\xE4", true, 0, -1},
+        {"abcab", "ab", false, 0, 0}, {"abcab", "ab", false, 2, 3}, {"abcab", "b", false, 2, 4},
+        {"abcab", "AB", true, 1, 3}, {"abcab", "", false, 3, 3}, {"abcab", "ab", false, -7, 0},
+        {"x\xC4y", "\xC4Y", true, 0, 1}, {"abcab", "AB", false, 0, -1}, {"abcab", "abcabc", false, 0, -1},
+        {"abcab", "", false, 5, -1}, {"", "", false, 0, -1}, {"abcab", "ab", false, 4, -1},
+        {"abcab", "ab", false, 99, -1}, {"abcab", kNull, false, 0, -1}, {"\xC4", "\xE4", true, 0, -1},
     };
     for (const auto& [text, sought, ignoreCase, start, position] : kRows) {
         EXPECT_EQ(CoreString(text).Find(sought, ignoreCase, start), position) << text << " " << CoreString(sought)();
@@ -27,17 +37,16 @@ TEST(CoreStringSearch, FindsTexts) {
 
 TEST(CoreStringSearch, CountsCharactersFromTheStart) {
     const CoreString text("abcab");
-    EXPECT_EQ(text.Find('b', false, 2), 2);
-    EXPECT_EQ(text.Find('B', true, 2), 2);
-    EXPECT_EQ(text.Find('B', false, 0), -1);
-    EXPECT_EQ(text.Find('b', false, -5), 1);
-    EXPECT_EQ(text.Find('a', false, 5), -1);
-    EXPECT_EQ(text.FindAny("xb", false, 2), 2);
-    EXPECT_EQ(text.FindAny("XB", true, 0), 1);
-    EXPECT_EQ(text.FindAny("XB", false, 0), -1);
-    EXPECT_EQ(text.FindAny(kNull, false, 0), -1);
-    EXPECT_EQ(CoreString("a\xE9").FindAny("\xE9", false, 0), 1);
-    EXPECT_TRUE(text.Contains("zc"));
+    const std::tuple<char, bool, int, int> kRows[] = {
+        {'b', false, 2, 2}, {'B', true, 2, 2}, {'b', false, -5, 1}, {'B', false, 0, -1}, {'a', false, 5, -1},
+    };
+    for (const auto& [c, ignoreCase, start, offset] : kRows) EXPECT_EQ(text.Find(c, ignoreCase, start), offset) << c << start;
+    const std::tuple<const char*, bool, int, int> kSetRows[] = {
+        {"xb", false, 2, 2}, {"XB", true, 0, 1}, {"XB", false, 0, -1}, {"", false, 0, -1},
+        {kNull, false, 0, -1},
+    };
+    for (const auto& [set, ignoreCase, start, offset] : kSetRows) EXPECT_EQ(text.FindAny(set, ignoreCase, start), offset);
+    EXPECT_TRUE(text.Contains("zc") && CoreString("a\xE9").Contains("\xE9"));
     EXPECT_FALSE(text.Contains("") || text.Contains(kNull) || CoreString().Contains("a") || text.Contains("xyz"));
 }
 
@@ -45,12 +54,14 @@ TEST(CoreStringSearch, MatchesPatterns) {
     const std::tuple<const char*, const char*, bool, bool, bool> kRows[] = {
         // text, pattern, ignore case, begins, matches
         {"abc", "", false, true, true}, {"abc", "ab", false, true, true}, {"abc", "bc", false, false, true},
-        {"abc", "a?c", false, true, true}, {"abc", "?c", false, false, true}, {"abc", "a*zzz", false, true, true},
-        {"abc", "abc*", false, true, true}, {"abc", "*", false, true, true}, {"a*c", "a*", false, true, true},
-        {"abc", "AB", true, true, true}, {"ab\xC4", "?B\xC4", true, true, true}, {"ab\xC4", "ab\xE4", true, false, false},
-        {"abc", "AB", false, false, false}, {"abc", "x*", false, false, false}, {"abc", "abcd", false, false, false},
-        {"abc", "abc?", false, false, false}, {"", "", false, true, false}, {"", "*", false, true, false},
-        {"", "?", false, false, false}, {"abc", kNull, false, false, false},
+        {"abc", "a?c", false, true, true}, {"abc", "?c", false, false, true},
+        {"abc", "a*zzz", false, true, true}, {"abc", "abc*", false, true, true},
+        {"abc", "*", false, true, true}, {"a*c", "a*", false, true, true}, {"abc", "AB", true, true, true},
+        {"ab\xC4", "?B\xC4", true, true, true}, {"ab\xC4", "ab\xE4", true, false, false},
+        {"abc", "AB", false, false, false}, {"abc", "x*", false, false, false},
+        {"abc", "abcd", false, false, false}, {"abc", "abc?", false, false, false},
+        {"", "", false, true, false}, {"", "*", false, true, false}, {"", "?", false, false, false},
+        {"abc", kNull, false, false, false},
     };
     for (const auto& [text, pattern, ignoreCase, begins, matches] : kRows) {
         EXPECT_EQ(CoreString(text).BeginsWith(pattern, ignoreCase), begins) << text << " " << CoreString(pattern)();
@@ -59,26 +70,21 @@ TEST(CoreStringSearch, MatchesPatterns) {
 }
 
 TEST(CoreStringSearch, KnowsNumbers) {
-    for (const char* text : {"0", "-12.5", " 7", "7.", "+.5", "\t\n00", "123456789012345678901234567890"}) {
-        EXPECT_TRUE(CoreString(text).IsAllNumeric()) << text;
-    }
-    for (const char* text : {"", " ", ".", "+", "-.", " 7 ", "1-2", "1.2.3", "--1", "1e5", "0x1", "a", "\xB2", "- 1"}) {
-        EXPECT_FALSE(CoreString(text).IsAllNumeric()) << text;
-    }
+    const char* const kGood[] = {"0", "-12.5", " 7", "7.", "+.5", "\t\n00", "123456789012345678901234567890"};
+    const char* const kBad[] = {"", " ", ".", "+", "-.", " 7 ", "1-2", "1.2.3", "--1", "1e5", "0x1", "a", "\xB2", "- 1"};
+    for (const char* text : kGood) EXPECT_TRUE(CoreString(text).IsAllNumeric()) << text;
+    for (const char* text : kBad) EXPECT_FALSE(CoreString(text).IsAllNumeric()) << text;
 }
 
 TEST(CoreStringSplit, CutsAtTexts) {
     const std::tuple<const char*, const char*, int, bool, const char*, const char*> kRows[] = {
         // text, separator, start, found, left, right
-        {"x,y", ",", 0, true, "x", "y"}, {"x,y,z", ",", 2, true, "x,y", "z"}, {"a::b", "::", 0, true, "a", "b"},
-        {",", ",", 0, true, "", ""}, {"x,y", ",", -2, true, "x", "y"}, {"xy", ",", 0, false, "xy", ""},
-        {"x,y", "", 0, false, "x,y", ""}, {"x,y", kNull, 0, false, "x,y", ""}, {"x,y", ",", 3, false, "x,y", ""},
+        {"x,y", ",", 0, true, "x", "y"}, {"x,y,z", ",", 2, true, "x,y", "z"},
+        {"a::b", "::", 0, true, "a", "b"}, {",", ",", 0, true, "", ""}, {"x,y", ",", -2, true, "x", "y"},
+        {"xy", ",", 0, false, "xy", ""}, {"x,y", "", 0, false, "x,y", ""},
+        {"x,y", kNull, 0, false, "x,y", ""}, {"x,y", ",", 3, false, "x,y", ""},
     };
-    for (const auto& [text, separator, start, found, left, right] : kRows) {
-        CoreString outLeft("old"), outRight("old");
-        EXPECT_EQ(CoreString(text).SplitAt(separator, outLeft, outRight, start), found) << text;
-        EXPECT_TRUE(outLeft == left && outRight == right) << outLeft() << "|" << outRight();
-    }
+    for (const auto& [text, mark, start, found, left, right] : kRows) ExpectSplit(text, mark, start, found, left, right);
 }
 
 TEST(CoreStringSplit, CutsAtCharacters) {
@@ -87,14 +93,11 @@ TEST(CoreStringSplit, CutsAtCharacters) {
         {"x,y", 0, true, "x", "y"}, {"xy,z", -1, true, "xy", "z"}, {"a,bc,d", 2, true, "a,", "d"},
         {"xy", 0, false, "xy", ""}, {"x,y", 3, false, "x,y", "old"}, {"", 0, false, "", "old"},
     };
-    for (const auto& [text, start, found, left, right] : kRows) {
-        CoreString outLeft("old"), outRight("old");
-        EXPECT_EQ(CoreString(text).SplitAt(',', outLeft, outRight, start), found) << text;
-        EXPECT_TRUE(outLeft == left && outRight == right) << outLeft() << "|" << outRight();
-    }
+    for (const auto& [text, start, found, left, right] : kRows) ExpectSplit(text, ',', start, found, left, right);
     const char* const kTokenRows[][3] = {
         // text, token, rest
-        {"a,b", "a", "b"}, {",,a,b", ",,a", "b"}, {"a,,b", "a", ",b"}, {"a,", "a", ""}, {"a", "a", ""}, {"", "", ""}, {",,", ",,", ""},
+        {"a,b", "a", "b"}, {",,a,b", ",,a", "b"}, {"a,,b", "a", ",b"}, {"a,", "a", ""}, {"a", "a", ""},
+        {"", "", ""}, {",,", ",,", ""},
     };
     for (const auto& [whole, token, rest] : kTokenRows) {
         CoreString text(whole);
@@ -109,8 +112,7 @@ TEST(CoreStringSearch, AgreesWithNaiveSearch) {
     std::mt19937 random(11);
     const auto make = [&](unsigned int longest) {
         std::string text(random() % (longest + 1), 'a');
-        for (char& c : text)
-            c = "abB"[random() % 3];
+        std::generate(text.begin(), text.end(), [&] { return "abB"[random() % 3]; });
         return text;
     };
     for (int round = 0; round < 10000; ++round) {
@@ -122,8 +124,7 @@ TEST(CoreStringSearch, AgreesWithNaiveSearch) {
             << text << " " << from << start;
 
         CoreString low(string), lowFrom(from);
-        low.MakeLower();
-        lowFrom.MakeLower();
+        low.MakeLower(), lowFrom.MakeLower();
         ASSERT_EQ(string.Find(from.c_str(), true), low.Find(lowFrom)) << text << " " << from;
 
         std::string model;
