@@ -16,14 +16,14 @@ bool BlockStack::Grow() {
     constexpr std::uint32_t kLargestCapacity = 0x80000000u;
     if (m_capacity == kLargestCapacity) return false;
     const std::uint32_t capacity = std::max(kFirstCapacity, 2 * m_capacity);
-    void* blocks = std::realloc(m_pBlocks, std::size_t{capacity} * sizeof(FreeBlock));
+    void* blocks = std::realloc(m_pBlocks, std::size_t{capacity} * sizeof(HeapBlock));
     if (!blocks) return false;
-    m_pBlocks = static_cast<FreeBlock*>(blocks);
+    m_pBlocks = static_cast<HeapBlock*>(blocks);
     m_capacity = capacity;
     return true;
 }
 
-std::uint32_t BlockStack::PopSome(FreeBlock* blocks, std::uint32_t count) {
+std::uint32_t BlockStack::PopSome(HeapBlock* blocks, std::uint32_t count) {
     count = std::min(count, m_count);
     m_count -= count;
     std::copy_n(m_pBlocks + m_count, count, blocks);
@@ -41,7 +41,7 @@ BlockStack* FreeStore::FindLarge(std::size_t size) {
     return stack;
 }
 
-bool FreeStore::AddLarge(std::size_t size, FreeBlock block) noexcept try {
+bool FreeStore::AddLarge(std::size_t size, HeapBlock block) noexcept try {
     BlockStack* stack = FindLarge(size);
     if (!stack) {
         auto fresh = std::make_unique<BlockStack>();

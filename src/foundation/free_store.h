@@ -20,20 +20,20 @@ class BlockStack {
     bool IsEmpty() const { return m_count == 0; }
     std::uint32_t GetCount() const { return m_count; }
     /// False without memory; the block is then lost to the heap until it ends.
-    bool Push(FreeBlock block) {
+    bool Push(HeapBlock block) {
         if (m_count == m_capacity && !Grow()) return false;
         m_pBlocks[m_count++] = block;
         return true;
     }
     /// Takes the top off; there must be one.
-    FreeBlock Pop() { return m_pBlocks[--m_count]; }
+    HeapBlock Pop() { return m_pBlocks[--m_count]; }
     /// Takes up to `count` blocks off the top, the topmost last, and returns how many.
-    std::uint32_t PopSome(FreeBlock* blocks, std::uint32_t count);
+    std::uint32_t PopSome(HeapBlock* blocks, std::uint32_t count);
 
  private:
     bool Grow();
 
-    FreeBlock* m_pBlocks = nullptr;
+    HeapBlock* m_pBlocks = nullptr;
     std::uint32_t m_count = 0;
     std::uint32_t m_capacity = 0;
 };
@@ -51,7 +51,7 @@ class FreeStore {
     /// The stack for blocks of `size` bytes; null if there never was one.
     BlockStack* Find(std::size_t size) { return size <= kLargestSmall ? &m_small[size] : FindLarge(size); }
     /// Keeps a block. False without memory; the block is then lost to the heap until it ends.
-    bool Add(std::size_t size, FreeBlock block) noexcept {
+    bool Add(std::size_t size, HeapBlock block) noexcept {
         return size <= kLargestSmall ? m_small[size].Push(block) : AddLarge(size, block);
     }
 
@@ -59,7 +59,7 @@ class FreeStore {
     static constexpr int kLargeBuckets = 1021;
 
     BlockStack* FindLarge(std::size_t size);
-    bool AddLarge(std::size_t size, FreeBlock block) noexcept;
+    bool AddLarge(std::size_t size, HeapBlock block) noexcept;
 
     BlockStack m_small[kLargestSmall + 1];
     THeapIntMap<unsigned int, BlockStack*> m_large;

@@ -101,7 +101,7 @@ bool HeapCore::TurnPage(Lane lane, std::size_t size) {
     const std::size_t leastRest = lane == Lane::Exact ? 1 : kGranule;
     if (state.pCurrent && state.pCurrent->Left() >= leastRest) {
         std::size_t rest;
-        const FreeBlock block = state.pCurrent->TakeRest(rest);
+        const HeapBlock block = state.pCurrent->TakeRest(rest);
         state.store.Add(rest, block);
     }
     state.pCurrent = page;
@@ -124,7 +124,7 @@ inline char* HeapCore::AllocateExact(std::size_t size) {
     BlockStack* const stack = Of(Lane::Exact).store.Find(size);
     if (!stack || stack->IsEmpty()) return CarveExact(size);
     Count(m_reuses);
-    const FreeBlock block = stack->Pop();
+    const HeapBlock block = stack->Pop();
     SetExactLive(block);
     return block.p;
 }
@@ -170,7 +170,7 @@ void* HeapCore::AllocateAligned(std::size_t size) {
     if (store) {
         p = store->TakeOrRefill(*this, size);
     } else {
-        FreeBlock block;
+        HeapBlock block;
         if (TakeFree(RoundUp(size), &block, 1, 1) == 1) {
             SetAlignedLive(block);
             p = block.p;
@@ -180,13 +180,13 @@ void* HeapCore::AllocateAligned(std::size_t size) {
     return p;
 }
 
-unsigned HeapCore::TakeFree(std::size_t size, FreeBlock* blocks, unsigned count, unsigned toCarve) {
+unsigned HeapCore::TakeFree(std::size_t size, HeapBlock* blocks, unsigned count, unsigned toCarve) {
     const os::LockGuard guard(m_lock);
     BlockStack* const stack = Of(Lane::Aligned).store.Find(size);
     if (stack && !stack->IsEmpty()) return stack->PopSome(blocks, count);
     unsigned carved = 0;
     while (carved < toCarve) {
-        const FreeBlock block = CarveAligned(size);
+        const HeapBlock block = CarveAligned(size);
         if (!block.p) break;
         blocks[carved++] = block;
     }
@@ -195,10 +195,10 @@ unsigned HeapCore::TakeFree(std::size_t size, FreeBlock* blocks, unsigned count,
     return carved;
 }
 
-FreeBlock HeapCore::CarveAligned(std::size_t size) {
+HeapBlock HeapCore::CarveAligned(std::size_t size) {
     if (size > m_pageSize || size > kLargestNotedSize) {
         HeapPage* const page = NewPage(Lane::Aligned, size, true);
-        return page ? page->CarveFree(size) : FreeBlock{nullptr, nullptr};
+        return page ? page->CarveFree(size) : HeapBlock{nullptr, nullptr};
     }
     LaneState& lane = Of(Lane::Aligned);
     const bool fits = lane.pCurrent && lane.pCurrent->Left() >= size;
@@ -206,7 +206,7 @@ FreeBlock HeapCore::CarveAligned(std::size_t size) {
     return lane.pCurrent->CarveFree(size);
 }
 
-void HeapCore::GiveFree(std::size_t size, const FreeBlock* blocks, unsigned count) {
+void HeapCore::GiveFree(std::size_t size, const HeapBlock* blocks, unsigned count) {
     const os::LockGuard guard(m_lock);
     for (unsigned i = 0; i < count; ++i)
         Of(Lane::Aligned).store.Add(size, blocks[i]);
@@ -227,7 +227,7 @@ inline void HeapCore::FreeAligned(HeapPage& page, char* p) {
     }
     const std::size_t size = page.AlignedSize(freed);
     Poison(p, size);
-    const FreeBlock block{p, &rawNote};
+    const HeapBlock block{p, &rawNote};
     if (m_hasThreadStores && size <= ThreadStore::kLargestSize) {
         ThreadStore* const store = ThreadStore::Present();
         if (store && store->Put(size, block)) return;
@@ -236,7 +236,7 @@ inline void HeapCore::FreeAligned(HeapPage& page, char* p) {
 }
 
 /// The rarer part of FreeAligned: into a thread store that is not there yet or full, or into the heap.
-void HeapCore::KeepAligned(std::size_t size, FreeBlock block) {
+void HeapCore::KeepAligned(std::size_t size, HeapBlock block) {
     ThreadStore* store = nullptr;
     if (m_hasThreadStores && size <= ThreadStore::kLargestSize) store = ThreadStore::Get(*this);
     if (!store) return GiveFree(size, &block, 1);

@@ -36,9 +36,9 @@ class HeapCore {
 
     /// Moves up to `count` freed blocks of this size into `blocks`, the one freed last at the end, and
     /// returns how many. If there are none, carves `toCarve` blocks.
-    unsigned TakeFree(std::size_t size, FreeBlock* blocks, unsigned count, unsigned toCarve);
+    unsigned TakeFree(std::size_t size, HeapBlock* blocks, unsigned count, unsigned toCarve);
     /// Takes freed blocks, the one freed last at the end.
-    void GiveFree(std::size_t size, const FreeBlock* blocks, unsigned count);
+    void GiveFree(std::size_t size, const HeapBlock* blocks, unsigned count);
 
     os::Lock& GetLock() { return m_lock; }
     /// Whether threads keep freed small blocks of the aligned lane to themselves; set once, at the start.
@@ -54,11 +54,11 @@ class HeapCore {
     bool TurnPage(Lane lane, std::size_t size);
     char* AllocateExact(std::size_t size);
     char* CarveExact(std::size_t size);
-    FreeBlock CarveAligned(std::size_t size);
+    HeapBlock CarveAligned(std::size_t size);
     void FreeExact(HeapPage& page, char* p);
     void FreeExactLocked(HeapPage& page, char* p);
     void FreeAligned(HeapPage& page, char* p);
-    void KeepAligned(std::size_t size, FreeBlock block);
+    void KeepAligned(std::size_t size, HeapBlock block);
     char* ReAllocExact(HeapPage& page, char* p, int size, bool& known);
     char* ReAllocAligned(HeapPage& page, char* p, int size, bool& known);
 

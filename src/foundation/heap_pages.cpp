@@ -71,7 +71,7 @@ char* HeapPage::Carve(std::size_t size) {
     return m_pBytes + offset;
 }
 
-FreeBlock HeapPage::CarveFree(std::size_t size) {
+HeapBlock HeapPage::CarveFree(std::size_t size) {
     const std::size_t offset = Used();
     void* const note = NoteBlock(offset, size, false);
     m_used.store(offset + size, std::memory_order_relaxed);
@@ -79,7 +79,7 @@ FreeBlock HeapPage::CarveFree(std::size_t size) {
     return {m_pBytes + offset, note};
 }
 
-FreeBlock HeapPage::TakeRest(std::size_t& size) {
+HeapBlock HeapPage::TakeRest(std::size_t& size) {
     const std::size_t offset = Used();
     size = m_lane == Lane::Exact ? m_left : m_left / kGranule * kGranule;
     m_left = 0;

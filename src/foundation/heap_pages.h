@@ -65,7 +65,7 @@ inline constexpr AlignedNote kWholePage = 0x7FFF;
 inline constexpr std::size_t kLargestNotedSize = (kWholePage - 1u) * kGranule;
 
 /// A block in a free store: where it is and where its note is.
-struct FreeBlock {
+struct HeapBlock {
     char* p;
     void* pNote;  // ExactNote* or AlignedNote*, by the store's lane
 };
@@ -91,10 +91,10 @@ class HeapPage {
     /// Carves a block that is in use from the start; there must be as many bytes left.
     char* Carve(std::size_t size);
     /// The same for a block that starts its life in a free store; the aligned lane.
-    FreeBlock CarveFree(std::size_t size);
+    HeapBlock CarveFree(std::size_t size);
     /// Makes one free block of all that is left without counting it as carved, so that nothing is left. There
     /// must be some bytes left. Returns the block and its size.
-    FreeBlock TakeRest(std::size_t& size);
+    HeapBlock TakeRest(std::size_t& size);
 
     ExactNote& ExactNoteOf(const char* p) const { return m_pExact[GranuleOf(p)]; }
     AlignedNote& AlignedNoteOf(const char* p) const { return m_pAligned[GranuleOf(p)]; }
@@ -131,11 +131,11 @@ class HeapPage {
 };
 
 /// Marks a block of a free store as in use.
-inline void SetExactLive(const FreeBlock& block) {
+inline void SetExactLive(const HeapBlock& block) {
     auto& note = *static_cast<ExactNote*>(block.pNote);
     note.live = static_cast<std::uint16_t>(note.live | 1u << ByteInGranule(block.p));
 }
-inline void SetAlignedLive(const FreeBlock& block) {
+inline void SetAlignedLive(const HeapBlock& block) {
     std::atomic_ref<AlignedNote> note(*static_cast<AlignedNote*>(block.pNote));
     note.store(note.load(std::memory_order_relaxed) | kLive, std::memory_order_relaxed);
 }

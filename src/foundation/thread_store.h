@@ -29,7 +29,7 @@ class ThreadStore {
     char* Take(std::size_t size) {
         Stack& stack = StackOf(size);
         if (stack.count == 0) return nullptr;
-        const FreeBlock block = stack.blocks[--stack.count];
+        const HeapBlock block = stack.blocks[--stack.count];
         SetAlignedLive(block);
         return block.p;
     }
@@ -37,7 +37,7 @@ class ThreadStore {
     char* TakeOrRefill(HeapCore& core, std::size_t size);
     /// Keeps a block that is no longer in use; false if there is no room. `size` is a multiple of kGranule up
     /// to kLargestSize.
-    bool Put(std::size_t size, FreeBlock block) {
+    bool Put(std::size_t size, HeapBlock block) {
         Stack& stack = StackOf(size);
         if (stack.count == kDepth) return false;
         stack.blocks[stack.count++] = block;
@@ -57,7 +57,7 @@ class ThreadStore {
 
     struct Stack {
         std::uint32_t count;
-        FreeBlock blocks[kDepth];
+        HeapBlock blocks[kDepth];
     };
 
     Stack& StackOf(std::size_t size) { return m_stacks[(size - 1) / kGranule]; }
