@@ -1,0 +1,156 @@
+#include "script/name_cells.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "test_support.h"
+
+namespace brenta::test {
+namespace {
+
+/// "x=1 y=2": the ints that the names are bound to, "-" for names without binding.
+std::string Show(const NameCells& cells, std::initializer_list<const char*> names) {
+    std::string text;
+    for (const char* name : names) {
+        const NameCell* cell = cells.FindCell(StrId(name));
+        const bool isBound = cell != nullptr && cell->symbol != nullptr;
+        text += std::string(text.empty() ? "" : " ") + name + "=";
+        text += isBound ? std::to_string(cell->value.Int()) + "@" + std::to_string(cell->depth) : "-";
+    }
+    return text;
+}
+
+struct Names : ::testing::Test {
+    Names() { cells.PushScope(); }
+
+    CCoreSymbol& Bind(const char* name, int value) {
+        symbols.push_back(std::make_unique<CCoreSymbol>(StrId(name)));
+        cells.Bind(cells.CellOf(StrId(name)), symbols.back().get(), Value::OfInt(value));
+        return *symbols.back();
+    }
+    CCoreSymbol& BindGlobal(const char* name, int value) {
+        symbols.push_back(std::make_unique<CCoreSymbol>(StrId(name)));
+        cells.BindGlobal(cells.CellOf(StrId(name)), symbols.back().get(), Value::OfInt(value));
+        return *symbols.back();
+    }
+    std::string Top() const {
+        TOrderedList<CCoreSymbol*> list;
+        cells.TopSymbols(list);
+        std::string text;
+        for (const CCoreSymbol* symbol : list)
+            text += StrPtr(symbol->GetName());
+        return text;
+    }
+
+    std::vector<std::unique_ptr<CCoreSymbol>> symbols;
+    NameCells cells;
+};
+
+TEST_F(Names, ScopesRollBack) {
+    Bind("x", 1);
+    cells.PushScope();
+    Bind("x", 2);
+    Bind("y", 3);
+    Bind("x", 4);  // hides the other one in the same scope
+    EXPECT_EQ(Show(cells, {"x", "y"}), "x=4@2 y=3@2");
+    EXPECT_EQ(Top(), "xyx");
+    cells.PushScope();
+    EXPECT_FALSE(cells.IsInTopScope(cells.CellOf(StrId("x"))));
+    cells.CellOf(StrId("y")).value = Value::OfInt(5);  // an assignment from an inner scope
+    cells.PopScope();
+    EXPECT_EQ(Show(cells, {"x", "y"}), "x=4@2 y=5@2");
+    cells.PopScope();
+    EXPECT_EQ(Show(cells, {"x", "y"}), "x=1@1 y=-");
+    EXPECT_EQ(Top(), "x");
+    EXPECT_EQ(cells.Depth(), 1);
+}
+
+TEST_F(Names, RollBackWithinAScopeKeepsTheScope) {
+    Bind("a", 1);
+    const std::size_t mark = cells.Mark();
+    Bind("b", 2);
+    Bind("a", 3);
+    cells.RollBackTo(mark);
+    EXPECT_EQ(Show(cells, {"a", "b"}), "a=1@1 b=-");
+    EXPECT_EQ(cells.Depth(), 1);
+}
+
+TEST_F(Names, GlobalsMayBeBoundUnderOpenScopes) {
+    Bind("old", 1);
+    cells.PushScope();
+    Bind("x", 2);
+    Bind("old", 3);
+    cells.PushScope();
+    Bind("x", 4);
+    const std::size_t mark = cells.Mark();
+    BindGlobal("x", 10);
+    BindGlobal("free", 11);
+    CCoreSymbol& old = BindGlobal("old", 12);
+    EXPECT_EQ(cells.Mark(), mark);
+    EXPECT_EQ(Show(cells, {"x", "old", "free"}), "x=4@3 old=3@2 free=11@1");
+    EXPECT_EQ(cells.ValueOf(old)->Int(), 12);
+    cells.PopTo(2);
+    EXPECT_EQ(Show(cells, {"x", "old", "free"}), "x=2@2 old=3@2 free=11@1");
+    cells.PopTo(1);
+    EXPECT_EQ(Show(cells, {"x", "old", "free"}), "x=10@1 old=12@1 free=11@1");
+    EXPECT_EQ(Top(), "oldxfree");
+    NameCells copy;
+    copy.PushScope();
+    copy.CopyGlobals(cells);
+    cells.PopTo(0);
+    EXPECT_EQ(Show(cells, {"x", "old", "free"}), "x=- old=- free=-");
+    EXPECT_EQ(Show(copy, {"x", "old", "free"}), "x=10@1 old=12@1 free=11@1");
+    cells.PushScope();
+    EXPECT_EQ(Top(), "");
+}
+
+TEST_F(Names, EachBindingHasItsOwnValue) {
+    CCoreSymbol& n = Bind("n", 1);
+    NameCell& cell = cells.CellOf(StrId("n"));
+    for (int i = 2; i < 300; ++i) {
+        cells.PushScope();
+        cells.Bind(cell, &n, Value::OfInt(i));
+    }
+    EXPECT_EQ(cells.ValueOf(n)->Int(), 299);
+    CCoreSymbol& hiding = Bind("n", 1000);
+    EXPECT_EQ(cells.ValueOf(n)->Int(), 299);
+    EXPECT_EQ(cells.ValueOf(hiding)->Int(), 1000);
+    for (int i = 298; i >= 1; --i) {
+        cells.PopScope();
+        ASSERT_EQ(cell.value.Int(), i);
+    }
+    EXPECT_EQ(cells.ValueOf(hiding), nullptr);
+}
+
+TEST_F(Names, HoldAnyNumberOfNamesAtFixedPlaces) {
+    NameCell& first = cells.CellOf(StrId("first"));
+    std::vector<NameCell*> places;
+    for (int i = 0; i < 5000; ++i)
+        places.push_back(&cells.CellOf(StrId(("name" + std::to_string(i)).c_str())));
+    for (int i = 0; i < 5000; ++i) {
+        const STRID name = StrId(("name" + std::to_string(i)).c_str());
+        ASSERT_EQ(cells.FindCell(name), places[static_cast<std::size_t>(i)]);
+        ASSERT_EQ(cells.NameOf(*places[static_cast<std::size_t>(i)]), name);
+    }
+    EXPECT_EQ(&cells.CellOf(StrId("first")), &first);
+    EXPECT_EQ(cells.FindCell(StrId("name5000")), nullptr);
+    EXPECT_EQ(cells.FindCell(kNoName), nullptr);
+    const NameCell& nameless = cells.CellOf(kNoName);
+    EXPECT_EQ(cells.FindCell(kNoName), &nameless);
+}
+
+TEST_F(Names, PoppingWithoutAScopeIsAForcedCrash) {
+    CrashRecorder recorder;
+    cells.PopScope();
+    EXPECT_TRUE(recorder.Messages().empty());
+    cells.PopScope();
+    ASSERT_EQ(recorder.Messages().size(), 1u);
+    EXPECT_EQ(recorder.Messages()[0], "Assertion failed! m_pHead");
+    EXPECT_STREQ(recorder.Last().File(), "Templ");
+    EXPECT_EQ(cells.Depth(), 0);
+}
+
+}  // namespace
+}  // namespace brenta::test

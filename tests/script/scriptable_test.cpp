@@ -1,0 +1,147 @@
+#include "brenta/scriptable.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "brenta/framework.h"
+#include "brenta/host.h"
+#include "script/created_objects.h"
+#include "script/operator_rows.h"
+
+namespace brenta::test {
+namespace {
+
+/// Counts its living objects; owns another one perhaps, as elements own their children.
+class Probe : public CCoreScriptable {
+ public:
+    explicit Probe(Probe* child = nullptr) : m_pChild(child) { ++alive; }
+    ~Probe() override { --alive; }
+    std::size_t SizeOf() const override { return sizeof(*this); }
+    const char* GetClassName() const override { return "Probe"; }
+    const char* GetBaseClassName() const override { return "CCoreScriptable"; }
+
+    static inline std::atomic<int> alive{0};
+
+ private:
+    std::unique_ptr<Probe> m_pChild;
+};
+
+CCoreScriptable* CreateFirst() {
+    return new Probe;
+}
+CCoreScriptable* CreateNothing() {
+    return nullptr;
+}
+
+TEST(Scriptable, TheLatestRegistrationOfANameWins) {
+    EXPECT_EQ(CreateScriptableObject(StrId("TestProbe")), nullptr);
+    RegisterScriptableClass("TestProbe", &CreateNothing);
+    EXPECT_TRUE(IsScriptableClass(StrId("TestProbe")));
+    EXPECT_EQ(CreateScriptableObject(StrId("TestProbe")), nullptr);
+    RegisterScriptableClass("TestProbe", &CreateFirst);
+    const std::unique_ptr<CCoreScriptable> object(CreateScriptableObject(StrId("TestProbe")));
+    ASSERT_NE(object, nullptr);
+    EXPECT_STREQ(object->GetClassName(), "Probe");
+    CCoreScriptable::IOB request;
+    EXPECT_FALSE(object->ScriptAction(request));
+    EXPECT_FALSE(IsScriptableClass(StrId("TestProbes")));
+}
+
+struct Prompts : ::testing::Test {
+    Prompts() {
+        HostServices services;
+        services.context = this;
+        services.showMessage = [](void* context, const char* text, unsigned int type) {
+            auto* test = static_cast<Prompts*>(context);
+            test->shown += std::string(type == MB_YESNO ? "?" : "!") + text;
+            return test->answer;
+        };
+        SetHostServices(services);
+    }
+    ~Prompts() override { SetHostServices(HostServices{}); }
+
+    /// "1 " or "0 " and the result.
+    std::string Ask(int action, const char* name, std::initializer_list<Var> values) {
+        TOrderedList<Var> arguments;
+        for (const Var& value : values)
+            arguments.Add(value);
+        Var result;
+        CCoreScriptable::IOB request;
+        request.action = action;
+        request.name = StrId(name);
+        request.arguments = &arguments;
+        request.result = &result;
+        const bool succeeded = library->ScriptAction(request);
+        return (succeeded ? "1 " : "0 ") + Describe(result);
+    }
+
+    std::unique_ptr<CCoreScriptable> library{CreateScriptableObject(StrId("CStdScriptLib"))};
+    std::string shown;
+    int answer = IDYES;
+};
+
+TEST_F(Prompts, OfTheStandardLibrary) {
+    using Action = CCoreScriptable::Action;
+    ASSERT_NE(library, nullptr);
+    EXPECT_STREQ(library->GetBaseClassName(), "CCoreScriptable");
+    EXPECT_EQ(Ask(Action::kCall, "Prompt", {Text("a%s")}), "1 null");
+    EXPECT_EQ(Ask(Action::kCall, "Prompt", {Int(5)}), "1 null");
+    EXPECT_EQ(Ask(Action::kCall, "Prompt", {}), "1 null");
+    EXPECT_EQ(Ask(Action::kCall, "PromptYesNo", {Text("b"), Text("c")}), "1 bool true");
+    answer = IDNO;
+    EXPECT_EQ(Ask(Action::kCall, "PromptYesNo", {}), "1 bool false");
+    EXPECT_EQ(shown, "!a%s!!?b?");
+    EXPECT_EQ(Ask(Action::kCall, "prompt", {Text("a")}), "0 null");
+    EXPECT_EQ(Ask(Action::kGet, "Prompt", {}), "0 null");
+    EXPECT_EQ(Ask(Action::kSet, "Prompt", {Int(1)}), "0 null");
+    EXPECT_EQ(Ask(5, "Prompt", {}), "0 null");
+    EXPECT_EQ(Ask(Action::kDescribe, "", {}), "1 list {{}\n, {{0}\n, {0}\n}\n}\n");
+}
+
+TEST(CreatedObjects, LiveUntilSomebodyDeletesThem) {
+    const std::size_t before = CreatedCount();
+    CCoreScriptable* deleted = TrackCreated(new Probe);
+    CCoreScriptable* adopted = TrackCreated(new Probe);
+    Probe* child = new Probe;
+    TrackCreated(child);
+    AdoptScriptable(child);
+    TrackCreated(new Probe(child));
+    EXPECT_EQ(TrackCreated(nullptr), nullptr);
+    EXPECT_EQ(TrackCreated(deleted), deleted);
+    EXPECT_EQ(CreatedCount(), before + 3);
+    delete deleted;
+    AdoptScriptable(adopted);
+    AdoptScriptable(nullptr);
+    EXPECT_EQ(CreatedCount(), before + 1);
+    DeleteCreated();
+    EXPECT_EQ(CreatedCount(), 0u);
+    EXPECT_EQ(Probe::alive, 1);
+    delete adopted;
+    EXPECT_EQ(Probe::alive, 0);
+}
+
+TEST(CreatedObjects, ComeAndGoOnAnyThread) {
+    const auto work = [] {
+        std::vector<CCoreScriptable*> kept;
+        for (int i = 0; i < 2000; ++i) {
+            kept.push_back(TrackCreated(new Probe));
+            const Probe untracked;
+            if (i % 3 != 0) {
+                delete kept.back();
+                kept.pop_back();
+            }
+        }
+    };
+    std::thread other(work);
+    work();
+    other.join();
+    EXPECT_EQ(Probe::alive, 2 * 667);
+    DeleteCreated();
+    EXPECT_EQ(Probe::alive, 0);
+}
+
+}  // namespace
+}  // namespace brenta::test

@@ -1,0 +1,273 @@
+#include "script/value.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "script/operator_rows.h"
+#include "script/value_limits.h"
+#include "script/value_operators.h"
+
+namespace brenta::test {
+namespace {
+
+Value ListOf(std::initializer_list<Value> items) {
+    Value list = Value::OfList(0);
+    for (const Value& item : items)
+        AppendItem(list, item);
+    return list;
+}
+
+std::string Show(const Value& value) {
+    return Describe(ToVar(value));
+}
+
+/// Counts weight, depth and nested lists of a list anew, everywhere in it, and compares them with its notes.
+void CheckNotes(const Value& value) {
+    if (!value.IsList()) return;
+    std::uint64_t weight = 0;
+    std::uint32_t depth = 1;
+    std::uint32_t nested = 0;
+    for (std::uint32_t i = 0; i < value.List()->length; ++i) {
+        const Value& item = value.List()->items[i];
+        ++weight;
+        if (!item.IsList()) continue;
+        CheckNotes(item);
+        ++nested;
+        weight += item.List()->weight;
+        depth = std::max(depth, item.List()->depth + 1);
+    }
+    EXPECT_EQ(value.List()->weight, weight);
+    EXPECT_EQ(value.List()->depth, depth);
+    EXPECT_EQ(value.List()->nested, nested);
+}
+
+TEST(Value, OperatorsAreThoseOfVar) {
+    for (const OperatorRow& row : OperatorRows()) {
+        const std::string what =
+            Describe(row.left) + " op " + std::to_string(row.op) + " " + Describe(row.right);
+        const Value left = FromVar(row.left);
+        const Value right = FromVar(row.right);
+        Value result;
+        ASSERT_EQ(BinaryOperator(row.op, left, right, result), OpError::None) << what;
+        EXPECT_EQ(Show(result), row.expected) << what;
+        // Again with the result in either operand's place, unshared.
+        Value target = FromVar(row.left);
+        ASSERT_EQ(BinaryOperator(row.op, target, right, target), OpError::None) << what;
+        EXPECT_EQ(Show(target), row.expected) << what;
+        Value other = FromVar(row.right);
+        ASSERT_EQ(BinaryOperator(row.op, left, other, other), OpError::None) << what;
+        EXPECT_EQ(Show(other), row.expected) << what;
+        CheckNotes(target);
+    }
+}
+
+TEST(Value, OperatorsSayWhyTheyFail) {
+    for (const OperatorRow& row : NullReadRows()) {
+        Value result = Value::OfInt(99);
+        EXPECT_EQ(BinaryOperator(row.op, FromVar(row.left), FromVar(row.right), result),
+                  OpError::UnknownVarType)
+            << row.op;
+        EXPECT_EQ(Show(result), "int 99");
+    }
+    Value result = Value::OfInt(5);
+    EXPECT_EQ(BinaryOperator(TOK_MOD, result, Value::OfInt(0), result), OpError::DivisionByZero);
+    EXPECT_EQ(BinaryOperator(TOK_MOD, result, Value::OfString("x"), result), OpError::DivisionByZero);
+    EXPECT_EQ(CompoundOperator(TOK_MOD_ASSIGN, result, Value::OfBool(false)), OpError::DivisionByZero);
+    EXPECT_EQ(Show(result), "int 5");
+    EXPECT_EQ(UnaryOperator(TOK_INV, Value(), result), OpError::UnknownVarType);
+    EXPECT_EQ(UnaryOperator(TOK_NOT, Value::Undefined(), result), OpError::UnknownVarType);
+    EXPECT_EQ(UnaryOperator(TOK_INV, result, result), OpError::None);
+    EXPECT_EQ(Show(result), "int -6");
+    EXPECT_EQ(UnaryOperator(TOK_NOT, Value::OfString("true"), result), OpError::None);
+    EXPECT_EQ(Show(result), "bool false");
+    CoreString text;
+    EXPECT_EQ(AppendPrinted(ListOf({Value::OfInt(1), Value()}), text), OpError::UnknownVarType);
+    EXPECT_EQ(AppendText(Value(), text), OpError::None);
+    EXPECT_STREQ(OpErrorText(OpError::DivisionByZero), "Division by zero.");
+}
+
+TEST(Value, CompoundAdditionConcatenatesLists) {
+    Value list = ListOf({Value::OfInt(1)});
+    EXPECT_EQ(CompoundOperator(TOK_ADD_ASSIGN, list, Value::OfInt(2)), OpError::None);
+    EXPECT_EQ(CompoundOperator(TOK_ADD_ASSIGN, list, list), OpError::None);
+    EXPECT_EQ(CompoundOperator(TOK_ADD_ASSIGN, list, ListOf({ListOf({})})), OpError::None);
+    EXPECT_EQ(Show(list), "list {1, 2, 1, 2, {}\n}\n");
+    CheckNotes(list);
+    Value text = Value::OfString("ab");
+    EXPECT_EQ(CompoundOperator(TOK_SHL_ASSIGN, text, Value::OfInt(1)), OpError::None);
+    EXPECT_EQ(Show(text), "string b");
+}
+
+TEST(Value, GrowsInPlaceOnlyWhenUnshared) {
+    Value text = Value::OfString("");
+    Value list = Value::OfList(0);
+    for (int i = 0; i < 1000; ++i) {
+        ASSERT_EQ(BinaryOperator(TOK_ADD, text, Value::OfInt(i % 10), text), OpError::None);
+        ASSERT_EQ(BinaryOperator(TOK_ADD, list, Value::OfInt(i), list), OpError::None);
+    }
+    EXPECT_EQ(text.Text().substr(0, 12), "012345678901");
+    EXPECT_EQ(text.String()->length, 1000u);
+    EXPECT_EQ(list.List()->items[999].Int(), 999);
+    // A step that fits must not move anything.
+    const StringBody* textBody = text.String();
+    const Value* items = list.List()->items;
+    ASSERT_GT(textBody->capacity, 1001u);
+    BinaryOperator(TOK_ADD, text, Value::OfString("x"), text);
+    BinaryOperator(TOK_ADD, list, Value::OfInt(1), list);
+    EXPECT_EQ(text.String(), textBody);
+    EXPECT_EQ(list.List()->items, items);
+    // Shared bodies stay as they are for the others.
+    const Value textCopy(text);
+    const Value listCopy(list);
+    BinaryOperator(TOK_ADD, text, Value::OfString("y"), text);
+    BinaryOperator(TOK_ADD, list, Value::OfInt(2), list);
+    EXPECT_EQ(textCopy.String()->length, 1001u);
+    EXPECT_EQ(listCopy.List()->length, 1001u);
+    EXPECT_EQ(text.Text().back(), 'y');
+    EXPECT_EQ(list.List()->length, 1002u);
+}
+
+TEST(Value, OperandsMayOverlap) {
+    Value text = Value::OfString("abc");
+    for (int i = 0; i < 4; ++i)
+        ASSERT_EQ(BinaryOperator(TOK_ADD, text, text, text), OpError::None);
+    EXPECT_EQ(text.String()->length, 48u);
+    EXPECT_EQ(text.Text().substr(42), "abcabc");
+    Value list = ListOf({Value::OfInt(1)});
+    BinaryOperator(TOK_ADD, list, list, list);
+    BinaryOperator(TOK_ADD, list, list.List()->items[1], list);
+    EXPECT_EQ(Show(list), "list {1, {1}\n, {1}\n}\n");
+    ReplaceItem(list, 0, list);
+    EXPECT_EQ(Show(list), "list {{1, {1}\n, {1}\n}\n, {1}\n, {1}\n}\n");
+    CheckNotes(list);
+    list = list.List()->items[1];
+    EXPECT_EQ(Show(list), "list {1}\n");
+    list = std::move(list.List()->items[0]);
+    EXPECT_EQ(Show(list), "int 1");
+}
+
+TEST(Value, ReplacesAtAPathWithoutTouchingSharers) {
+    Value root = ListOf({Value::OfInt(0), ListOf({Value::OfInt(1), ListOf({Value::OfInt(2)})})});
+    const Value before(root);
+    const Value inner(root.List()->items[1]);
+    const std::uint32_t path[] = {1, 1, 0};
+    EXPECT_EQ(ReplaceAtPath(root, path, ListOf({Value::OfInt(7), ListOf({})})), ListLimit::None);
+    EXPECT_EQ(Show(root), "list {0, {1, {{7, {}\n}\n}\n}\n}\n");
+    EXPECT_EQ(Show(before), "list {0, {1, {2}\n}\n}\n");
+    EXPECT_EQ(Show(inner), "list {1, {2}\n}\n");
+    CheckNotes(root);
+    CheckNotes(before);
+    EXPECT_EQ(ReplaceAtPath(root, path, Value()), ListLimit::None);
+    CheckNotes(root);
+}
+
+TEST(Value, KeepsWeightAndDepthThroughAnySequence) {
+    std::uint32_t seed = 12345;
+    const auto next = [&seed](std::uint32_t bound) {
+        seed = seed * 1664525u + 1013904223u;
+        return (seed >> 8) % bound;
+    };
+    Value pool[4] = {ListOf({Value::OfInt(1)}), ListOf({}), Value::OfInt(3), ListOf({ListOf({Value()})})};
+    for (int step = 0; step < 3000; ++step) {
+        Value& target = pool[next(4)];
+        const Value item(pool[next(4)]);
+        if (!target.IsList() || target.List()->weight > 200) {
+            target = ListOf({Value::OfInt(1), item.IsList() && item.List()->weight > 50 ? Value() : item});
+        } else if (target.List()->length != 0 && next(3) != 0) {
+            const std::uint32_t first = next(target.List()->length);
+            const Value& child = target.List()->items[first];
+            const bool isDeeper = child.IsList() && child.List()->length != 0;
+            const std::uint32_t path[] = {first, isDeeper ? next(child.List()->length) : 0};
+            ReplaceAtPath(target, {path, isDeeper ? 2u : 1u}, next(2) == 0 ? Value::OfInt(step) : item);
+        } else {
+            AppendItem(target, item);
+        }
+        CheckNotes(target);
+    }
+}
+
+TEST(Value, HasLimits) {
+    Value list = ListOf({Value::OfInt(1)});
+    std::uint64_t doublings = 0;
+    while (AppendItem(list, list) == ListLimit::None)
+        ++doublings;
+    EXPECT_GT(doublings, 20u);
+    EXPECT_LE(list.List()->weight, kMaxListWeight);
+    const Value before(list);
+    EXPECT_EQ(AppendItems(list, list), ListLimit::TooLarge);
+    EXPECT_EQ(ReplaceItem(list, 0, list), ListLimit::TooLarge);
+    EXPECT_EQ(list.List(), before.List());
+    EXPECT_EQ(RepeatItem(std::size_t{1} << 40, Value(), list), ListLimit::TooLarge);
+    EXPECT_EQ(RepeatItem(1000, before, list), ListLimit::TooLarge);
+
+    Value deep = ListOf({});
+    std::uint32_t depth = 1;
+    for (Value outer; BinaryOperator(TOK_ADD, ListOf({}), deep, outer) == OpError::None; ++depth)
+        deep = outer;
+    EXPECT_EQ(depth, kMaxListDepth);
+    Value two = ListOf({ListOf({Value::OfInt(0)})});
+    const std::uint32_t path[] = {0, 0};
+    EXPECT_EQ(ReplaceAtPath(two, path, deep), ListLimit::TooDeep);
+    EXPECT_EQ(Show(two), "list {{0}\n}\n");
+    EXPECT_EQ(FromVar(ToVar(deep)).List()->depth, kMaxListDepth);
+
+    Value text = Value::OfString(std::string(kMaxStringLength / 2, 'x'));
+    EXPECT_EQ(BinaryOperator(TOK_ADD, text, text, text), OpError::None);
+    EXPECT_EQ(BinaryOperator(TOK_ADD, text, Value::OfInt(1), text), OpError::StringTooLong);
+    EXPECT_EQ(text.String()->length, kMaxStringLength);
+    CoreString printed;
+    EXPECT_EQ(AppendPrinted(ListOf({text, text, text}), printed, 100), OpError::StringTooLong);
+    EXPECT_EQ(printed.GetLength(), 100);
+    Value joined;
+    EXPECT_EQ(BinaryOperator(TOK_ADD, Value::OfString(""), ListOf({text}), joined), OpError::StringTooLong);
+}
+
+TEST(Value, CrossesTheBoundary) {
+    const Var structure =
+        List({Named(Int(1), "a"), Text("x"), Named(List({Named(Bool(true), "b")}), "in"), Null()});
+    const Value value = FromVar(structure);
+    EXPECT_EQ(FindMember(*value.List(), StrId("in")), 2);
+    EXPECT_EQ(FindMember(*value.List(), StrId("b")), -1);
+    EXPECT_EQ(FindMember(*value.List(), kNoName), -1);
+    EXPECT_EQ(ItemName(*value.List(), 1), kNoName);
+    const Var back = ToVar(value, StrId("s"));
+    EXPECT_EQ(back.GetName(), StrId("s"));
+    EXPECT_TRUE(back.GetMember(StrId("in"))->GetMember(StrId("b"))->GetBool());
+    EXPECT_EQ(back.GetList().GetCount(), 4);
+    EXPECT_EQ(back.GetMember(kNoName)->GetString(), StrId("x"));
+
+    auto* function = reinterpret_cast<FuncSymbol*>(std::uintptr_t{64});
+    const Var reference = ToVar(Value::OfFunction(function), StrId("f"));
+    EXPECT_EQ(reference.GetName(), kFunctionName);
+    EXPECT_TRUE(FromVar(reference).IsFunction());
+    EXPECT_EQ(FromVar(reference).Function(), function);
+    EXPECT_EQ(ToVar(Value::Undefined()).GetKind(), VarKind::Null);
+
+    ConversionLimit limit = ConversionLimit::None;
+    Var deep = List({});
+    for (std::uint32_t i = 0; i < kMaxListDepth; ++i)
+        deep = List({deep});
+    EXPECT_TRUE(FromVar(deep, &limit).IsNull());
+    EXPECT_EQ(limit, ConversionLimit::ListTooDeep);
+}
+
+TEST(Value, StructuresBuiltAlikeShareTheirNames) {
+    const Var point = List({Named(Int(1), "x"), Named(Int(2), "y")});
+    const Value points = FromVar(List({point, point}));
+    const ListBody& first = *points.List()->items[0].List();
+    EXPECT_EQ(first.shape, points.List()->items[1].List()->shape);
+    // Naming one more element of the one leaves the other alone.
+    Value changed(points.List()->items[0]);
+    AppendItem(changed, Value(), StrId("z"));
+    EXPECT_EQ(FindMember(*changed.List(), StrId("z")), 2);
+    EXPECT_EQ(FindMember(first, StrId("z")), -1);
+    Value anonymous = Value::OfList(0);
+    AppendItem(anonymous, Value());
+    AppendItem(anonymous, Value(), StrId("late"));
+    EXPECT_EQ(ItemName(*anonymous.List(), 0), kNoName);
+    EXPECT_EQ(FindMember(*anonymous.List(), StrId("late")), 1);
+}
+
+}  // namespace
+}  // namespace brenta::test
