@@ -1,0 +1,150 @@
+#include "brenta/names.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <unordered_map>
+#include <vector>
+
+#include "foundation/intern.h"
+#include "test_support.h"
+
+namespace brenta {
+namespace {
+
+TEST(Names, EqualTextsHaveOneIdentifierThroughEveryEntry) {
+    for (unsigned int length = 1; length < 200; ++length) {
+        // In blocks of just their size, so that a sanitizer sees every byte read beyond them.
+        std::vector<char> counted(length);
+        for (unsigned int i = 0; i < length; ++i)
+            counted[i] = static_cast<char>(1 + (i * 7 + length) % 255);
+        std::vector<char> terminated(length + 1);
+        std::copy(counted.begin(), counted.end(), terminated.begin());
+        const STRID name = StrId(counted.data(), length);
+        EXPECT_STREQ(StrPtr(name), terminated.data());
+        EXPECT_TRUE(StrPresent(terminated.data())) << length;
+        EXPECT_EQ(StrId(terminated.data()), name) << length;
+        EXPECT_EQ(StrId(terminated.data(), length + 100), name) << length;
+    }
+    EXPECT_EQ(StrId("abcdef", 3), StrId("abc"));
+    EXPECT_EQ(InternName({"abc\0never interned", 18}), StrId("abc"));
+    for (STRID none :
+         {StrId(nullptr), StrId(""), StrId(nullptr, 3), StrId("abc", 0), StrId("\0a", 2), InternName({})})
+        EXPECT_EQ(none, kNoName);
+    EXPECT_FALSE(StrPresent(nullptr) || StrPresent(""));
+    EXPECT_STREQ(StrPtr(kNoName), "");
+    EXPECT_STREQ(StrPtr(static_cast<STRID>(~std::uintptr_t{0})), "");
+}
+
+TEST(Names, TableAgreesWithAMapWhileItGrows) {
+    CStringTable table("growing", 5000);
+    std::unordered_map<std::string, STRID> known;
+    std::mt19937 random(1);
+    for (int step = 0; step < 60000; ++step) {
+        std::string text(1 + random() % 20, 'a');
+        for (char& c : text)
+            c = "ab01\xE9"[random() % 5];
+        ASSERT_EQ(table.IsId(text.c_str()), known.contains(text)) << text;
+        const STRID name = table.StrId(text.c_str());
+        ASSERT_EQ(known.emplace(text, name).first->second, name) << text;
+    }
+    EXPECT_EQ(table.GetNameCount(), known.size());
+    for (const auto& [text, name] : known)
+        ASSERT_EQ(StrPtr(name), text);
+}
+
+TEST(Names, PagesAreCarvedAndOpenedByTheRule) {
+    // Page size, text lengths, pages in the end. A text of 7 bytes takes 24, one of 8 takes 32.
+    const std::tuple<int, std::vector<unsigned int>, int> rows[] = {
+        {100, {}, 0},
+        {49, {7, 7}, 1},
+        {48, {7, 7}, 2},
+        {24, {7}, 1},
+        // Oversize pages have 100 bytes more; 96 of them fit, then 4 are left.
+        {24, {8, 75, 1}, 2},
+        {-1, {7, 7, 7, 7, 7, 7}, 2},
+        {1024000, {2000000, 7, 2000000}, 2}};
+    for (const auto& [pageSize, lengths, pages] : rows) {
+        CStringTable table(std::string(300, 'n').c_str(), pageSize);
+        EXPECT_EQ(table.GetName(), std::string(259, 'n'));
+        for (unsigned int length : lengths) {
+            const std::string text(length, static_cast<char>('A' + table.GetNameCount()));
+            EXPECT_EQ(StrPtr(table.StrId(text.c_str())), text);
+        }
+        EXPECT_EQ(table.GetPageCount(), pages) << pageSize << " " << lengths.size();
+    }
+}
+
+TEST(Names, ExhaustionLeavesTheTableIntact) {
+    static CStringTable table(nullptr, 0);
+    static std::string report;
+    const auto nameOf = [](int i) {
+        return table.StrId((std::to_string(i) + std::string(200, '.')).c_str());
+    };
+    std::vector<STRID> names;
+    for (int i = 0; i < 1500; ++i)
+        names.push_back(nameOf(i));
+    const auto handler = [](const ForcedCrashRecord& crash, void*) {
+        report = std::to_string(crash.SiteCode()) + " " + crash.File() + " " + crash.Message();
+        // Another thread can use the table meanwhile: its lock is free.
+        std::thread([] { table.StrId("meanwhile"); }).join();
+    };
+    SetForcedCrashHandler(handler, nullptr);
+    EXPECT_EQ(nameOf(1500), kNoName);
+    SetForcedCrashHandler(nullptr, nullptr);
+    EXPECT_EQ(report, std::to_string(0x0504C003) + " StringTable Forced crash! \"String space exhausted.\"");
+    EXPECT_TRUE(table.IsId("meanwhile"));  // fits what the last page has left
+    EXPECT_EQ(table.GetPageCount(), 1500);
+    for (int i = 0; i < 1500; ++i)
+        ASSERT_EQ(nameOf(i), names[static_cast<std::size_t>(i)]);
+}
+
+TEST(Names, ThreadsAgreeOnEveryIdentifier) {
+    constexpr std::size_t kThreads = 4;
+    constexpr std::size_t kNames = 5003;  // a prime: every stride visits all names
+    CStringTable table("shared", 10000);
+    std::vector<std::vector<STRID>> seen(kThreads, std::vector<STRID>(kNames));
+    const auto work = [&](std::size_t thread) {
+        for (std::size_t step = 0; step < kNames; ++step) {
+            const std::size_t i = (step * (2 * thread + 1) + thread * 1000) % kNames;
+            const std::string text = std::to_string(i);
+            seen[thread][i] = table.StrId(text.c_str());
+            const STRID own = table.StrId((text + "." + std::to_string(thread)).c_str());
+            EXPECT_TRUE(table.StrId(StrPtr(own)) == own && table.IsId(text.c_str()));
+        }
+    };
+    std::vector<std::thread> threads;
+    for (std::size_t thread = 0; thread < kThreads; ++thread)
+        threads.emplace_back(work, thread);
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const auto& names : seen)
+        EXPECT_TRUE(names == seen[0]);
+    EXPECT_EQ(table.GetNameCount(), kNames * (kThreads + 1));
+}
+
+TEST(Names, KeysAreSumsThatNeverChange) {
+    for (int key : {StringKey(nullptr), StringKey(""), StringKey(nullptr, 4), StringKey("abc", 0)})
+        EXPECT_EQ(key, 0);
+    EXPECT_EQ(StringKey("abcde", 5), StringKey("edbca", 5));
+    EXPECT_NE(StringKey("a\0c", 3), StringKey("ac", 2));
+    EXPECT_EQ(StringKey("GND\x80\xFF"), 1055905290);
+    EXPECT_EQ(StringKey("GND\x80\xFF", 5), 1091578446);
+}
+
+TEST(Names, ComparisonAndUpperCase) {
+    EXPECT_EQ(StrIdICmp(StrId("net_A\xE9"), StrId("NET_a\xE9")), 0);
+    EXPECT_LT(StrIdICmp(kNoName, StrId("A")), 0);
+    EXPECT_LT(StrIdICmp(StrId("_"), StrId("A")), 0);
+    EXPECT_GT(StrIdICmp(StrId("a\xE9"), StrId("az")), 0);
+    for (const char* text : {"", "A", "NET_12", "\xE9", "+5V"})
+        EXPECT_TRUE(IsStrIdUpper(StrId(text))) << text;
+    for (const char* text : {"a", "NETz", "\xE9z"})
+        EXPECT_FALSE(IsStrIdUpper(StrId(text))) << text;
+}
+
+}  // namespace
+}  // namespace brenta
