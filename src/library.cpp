@@ -24,6 +24,7 @@
 #include "foundation/extension_module.h"
 #include "foundation/heap_core.h"
 #include "foundation/library_statics.h"
+#include "foundation/string_blocks.h"
 #include "foundation/thread_store.h"
 #include "os/os.h"
 #include "script/created_objects.h"
@@ -96,6 +97,7 @@ class FoundationKeeper {
     ~FoundationKeeper() {
         if (!os::LibraryIsUnloading()) return;
         g_stringHeap.Destroy();
+        BlockCache::EndAll();
         g_strings.Destroy();
         g_heap.Get()->Close();
     }

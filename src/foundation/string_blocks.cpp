@@ -1,18 +1,13 @@
-// Where CoreString's large blocks come from, and the object that stands for all of them.
-//
-// The general allocator is safe from any thread and keeps caches and arenas of each thread, so strings on
-// different threads need not meet in it; a lock of ours around every call would be the one place where they
-// do. So blocks up to kLargestSmallBlock are taken and given back without a lock, inline in the header, which
-// is also the place for caches of our own should the allocator of some platform need them. Larger blocks are
-// handled under the string heap's lock: writing such a text takes so much longer than the lock that it does
-// not show.
+// CoreString's large blocks, the ends of the threads' caches, and the object that stands for all blocks.
 #include "foundation/string_blocks.h"
 
 #include <new>
+#include <utility>
 
 #include "brenta/detail/heap_containers.h"
 #include "brenta/string.h"
 #include "foundation/library_statics.h"
+#include "os/os.h"
 
 namespace brenta {
 
@@ -29,6 +24,72 @@ char* ResizeLargeBlock(char* pBlock, int newSize) noexcept {
 void FreeLargeBlock(char* pBlock) noexcept {
     const os::LockGuard guard(g_stringHeapLock);
     std::free(pBlock);
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// Caches
+
+constinit thread_local BlockCache* t_pBlockCache = nullptr;
+
+namespace {
+
+// Under the string heap's lock.
+constinit BlockCache* g_pAllCaches = nullptr;
+constinit BlockCache* g_pIdleCaches = nullptr;
+constinit os::ThreadEndHook g_cacheThreadEnd;
+enum class CacheState { kUnused, kReady, kEnded };
+constinit CacheState g_cacheState = CacheState::kUnused;
+
+}  // namespace
+
+BlockCache* BlockCache::Attach() {
+    BlockCache* cache;
+    {
+        const os::LockGuard guard(g_stringHeapLock);
+        if (g_cacheState == CacheState::kUnused) {
+            g_cacheState = g_cacheThreadEnd.Open(&AtThreadEnd) ? CacheState::kReady : CacheState::kEnded;
+        }
+        if (g_cacheState == CacheState::kEnded) return nullptr;
+        cache = g_pIdleCaches;
+        if (cache != nullptr) {
+            g_pIdleCaches = cache->m_pNextIdle;
+        } else {
+            cache = new (std::nothrow) BlockCache();
+            if (cache == nullptr) return nullptr;
+            cache->m_pNextOfAll = std::exchange(g_pAllCaches, cache);
+        }
+    }
+    g_cacheThreadEnd.Set(cache);
+    return t_pBlockCache = cache;
+}
+
+void BlockCache::Empty() {
+    for (std::size_t i = 0; i < kStacks; ++i) {
+        const int size = kSmallestBlock + static_cast<int>(i) * kBlockStep;
+        while (char* pBlock = Take(size))
+            std::free(pBlock);
+    }
+}
+
+// The thread may still free strings after this, in which case it attaches a cache anew and is asked again.
+void BlockCache::AtThreadEnd(void* value) {
+    auto* const cache = static_cast<BlockCache*>(value);
+    t_pBlockCache = nullptr;
+    cache->Empty();
+    const os::LockGuard guard(g_stringHeapLock);
+    cache->m_pNextIdle = std::exchange(g_pIdleCaches, cache);
+}
+
+void BlockCache::EndAll() {
+    g_cacheThreadEnd.Close();
+    g_cacheState = CacheState::kEnded;
+    t_pBlockCache = nullptr;
+    g_pIdleCaches = nullptr;
+    while (BlockCache* cache = g_pAllCaches) {
+        g_pAllCaches = cache->m_pNextOfAll;
+        cache->Empty();
+        delete cache;
+    }
 }
 
 // ----------------------------------------------------------------------------------------------------------
