@@ -219,18 +219,13 @@ bool FitsLimits(CCoreScriptEngine& engine, const ScriptToken* at, const Declared
 }
 
 std::unique_ptr<ScriptSymbol> MakeVariable(STRID name, const DeclaredType& type) {
-    if (type.cls != nullptr && type.arraySize > 0)
-        return MakeSymbol<ScriptSymbol>(name, type.cls, type.arraySize);
     if (type.arraySize == 0) {
         Var value = type.prototype;
         value.SetName(name);
         return MakeSymbol<ScriptSymbol>(name, value, type.cls);
     }
-    TOrderedList<Var> items;
-    for (int i = 0; i < type.arraySize; ++i) {
-        items.Add(type.prototype);
-    }
-    return MakeSymbol<ScriptSymbol>(name, Var(items, name), nullptr);
+    if (type.cls != nullptr) return MakeSymbol<ScriptSymbol>(name, type.cls, type.arraySize);
+    return MakeSymbol<ScriptSymbol>(name, type.prototype, type.arraySize);
 }
 
 /// An initialiser is `name = value` in any form of assignment, or says no more than what is declared: the

@@ -231,6 +231,46 @@ TEST(Parser, WhatStoodBeforeAnErrorStays) {
     EXPECT_EQ(fixture.ParseModule("function h() {}"), "");
 }
 
+/// A host object whose every method loads a module into the engine that calls it.
+class Loader : public CCoreScriptable {
+ public:
+    bool ScriptAction(IOB& request) override {
+        return request.action == kCall && engine->InjectScript("module", text);
+    }
+    std::size_t SizeOf() const override { return sizeof(*this); }
+    const char* GetClassName() const override { return "Loader"; }
+    const char* GetBaseClassName() const override { return "CCoreScriptable"; }
+
+    CCoreScriptEngine* engine = nullptr;
+    const char* text = "";
+};
+
+TEST(Parser, AModuleLoadedByARunningScriptIsGlobal) {
+    RecordingStream messages;
+    Loader loader;
+    TOrderedList<Var> environment;
+    environment.Add(Var(&loader, StrId("loader")));
+    CCoreScriptEngine engine(environment, &messages);
+    loader.engine = &engine;
+    loader.text = "class K { var m = 1; } function g(a) { return a + v; } var v = 7;";
+    Var result;
+    ASSERT_TRUE(engine.InjectScript("t",
+                                    "var w = 1; function f(v) { Env.loader.go(); return {g(1), v}; }"
+                                    "function h(k) { Env.loader.go(); }"))
+        << messages.errors;
+    TOrderedList<Var> arguments;
+    arguments.Add(Var(20, kNoName));
+    EXPECT_TRUE(engine.RunScript("f", result, arguments, false)) << messages.errors;
+    CoreString list;
+    result.Print(list);
+    EXPECT_STREQ(list, "{21, 20}\n");
+    EXPECT_TRUE(engine.Execute("var k as K; g(k.m)", result, kUnitsNone)) << messages.errors;
+    EXPECT_EQ(result.GetInt(), 8);
+    EXPECT_FALSE(engine.RunScript("h", result, arguments, false));
+    EXPECT_EQ(messages.TakeErrors(),
+              "module(1): Symbol 'K' already defined.\nt(1): Function call 'go' failed.\n");
+}
+
 TEST(Parser, LoopVariablesOfATextAreGoneWithIt) {
     ParserFixture fixture;
     for (int i = 0; i < 2; ++i) {
