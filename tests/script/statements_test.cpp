@@ -45,38 +45,5 @@ TEST(Statements, Dumps) {
     }
 }
 
-TEST(Statements, KnowTheirClass) {
-    const std::unique_ptr<Statement> statements[] = {
-        std::make_unique<DeclarationStatement>(nullptr, nullptr, kNoName),
-        std::make_unique<CompoundStatement>(),
-        std::make_unique<ExpressionStatement>(),
-        std::make_unique<ConditionalStatement>(nullptr, nullptr, nullptr),
-        std::make_unique<IterationStatement>(nullptr),
-        std::make_unique<JumpStatement>(TOK_BREAK, nullptr),
-        std::make_unique<PrintStatement>(nullptr),
-        std::make_unique<ExecStatement>(nullptr),
-        std::make_unique<HaltStatement>(),
-    };
-    const char* const names[] = {"DeclarationStatement", "CompoundStatement",  "ExpressionStatement",
-                                 "ConditionalStatement", "IterationStatement", "JumpStatement",
-                                 "PrintStatement",       "ExecStatement",      "HaltStatement"};
-    for (int i = 0; i < 9; ++i) {
-        EXPECT_EQ(statements[i]->GetStatementType(), i + 1);
-        EXPECT_STREQ(statements[i]->GetClassName(), names[i]);
-        EXPECT_STREQ(statements[i]->GetBaseClassName(), "Statement");
-        EXPECT_GE(statements[i]->SizeOf(), sizeof(Statement)) << names[i];
-    }
-}
-
-TEST(Statements, ANewBodyReplacesTheFormer) {
-    IterationStatement loop(nullptr);
-    loop.SetBody(new HaltStatement);
-    auto* const body = new HaltStatement;
-    loop.SetBody(body);
-    loop.SetBody(body);
-    EXPECT_EQ(loop.GetBody(), body);
-    EXPECT_EQ(loop.GetKind(), TOK_WHILE);
-}
-
 }  // namespace
 }  // namespace brenta::test

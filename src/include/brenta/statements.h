@@ -196,7 +196,9 @@ class BRENTA_API DeclarationStatement : public Statement {
 
     /// The declared symbol; it belongs to the engine.
     ScriptSymbol* GetSymbol() const { return m_pSymbol; }
+    /// `name = value`, or just `name` (for an array with its subscript), which is not evaluated.
     ExpressionStatement* GetAssignmentStatement() const { return m_pExpression; }
+    /// The name behind `as` when it is a registered class, kNoName otherwise.
     STRID GetScriptableClass() const { return m_scriptableClass; }
     /// The n of `var a[n]`, 0 for a plain variable.
     int GetArraySize() const { return m_arraySize; }
@@ -230,6 +232,8 @@ class BRENTA_API CompoundStatement : public Statement {
     const char* GetClassName() const override;
     const char* GetBaseClassName() const override;
     ~CompoundStatement() override;
+
+    /// EXEC_OK for a block that is empty or ran to its end. The scope is closed on every way out.
     ExecStatus Execute(CCoreScriptEngine& engine, Var& result) override;
     void Dump(DumpFormatter& out) override;
 
@@ -253,11 +257,15 @@ class BRENTA_API ConditionalStatement : public Statement {
     const char* GetClassName() const override;
     const char* GetBaseClassName() const override;
     ~ConditionalStatement() override;
+
+    /// The status of the branch taken, so that a break or return in it travels on; EXEC_OK when there is
+    /// none, EXEC_FAILED when the condition fails or is null.
     ExecStatus Execute(CCoreScriptEngine& engine, Var& result) override;
     void Dump(DumpFormatter& out) override;
 
     ExpressionStatement* GetCondition() const { return m_pCondition; }
     Statement* GetThen() const { return m_pThen; }
+    /// Null without an `else`.
     Statement* GetElse() const { return m_pElse; }
 
  private:
@@ -288,6 +296,9 @@ class BRENTA_API IterationStatement : public Statement {
     const char* GetClassName() const override;
     const char* GetBaseClassName() const override;
     ~IterationStatement() override;
+
+    /// EXEC_OK when the loop ends by its condition or by a break; EXEC_RETURN when the body returns;
+    /// EXEC_FAILED when any part fails. CCoreScriptEngine::RequestStop makes it fail between two turns.
     ExecStatus Execute(CCoreScriptEngine& engine, Var& result) override;
     void Dump(DumpFormatter& out) override;
 
@@ -335,7 +346,9 @@ class BRENTA_API JumpStatement : public Statement {
     ExecStatus Execute(CCoreScriptEngine& engine, Var& result) override;
     void Dump(DumpFormatter& out) override;
 
+    /// TOK_BREAK, TOK_CONTINUE or TOK_RETURN.
     TokId GetKind() const { return m_kind; }
+    /// What a return returns, perhaps empty; null for the others.
     ExpressionStatement* GetResult() const { return m_pResult; }
 
  private:
@@ -355,6 +368,8 @@ class BRENTA_API PrintStatement : public Statement {
     const char* GetClassName() const override;
     const char* GetBaseClassName() const override;
     ~PrintStatement() override;
+
+    /// EXEC_FAILED when the expression fails or its value cannot be printed (it is null).
     ExecStatus Execute(CCoreScriptEngine& engine, Var& result) override;
     void Dump(DumpFormatter& out) override;
 
@@ -372,11 +387,15 @@ class BRENTA_API PrintStatement : public Statement {
 /// "execute: " and its expression.
 class BRENTA_API ExecStatement : public Statement {
  public:
+    /// An empty expression executes the empty text.
     explicit ExecStatement(ExpressionStatement* expression);
     std::size_t SizeOf() const override;
     const char* GetClassName() const override;
     const char* GetBaseClassName() const override;
     ~ExecStatement() override;
+
+    /// The status of the text's statements, so that a `return` in it leaves the function around; EXEC_FAILED
+    /// when the text cannot be parsed.
     ExecStatus Execute(CCoreScriptEngine& engine, Var& result) override;
     void Dump(DumpFormatter& out) override;
 
