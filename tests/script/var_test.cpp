@@ -230,7 +230,8 @@ TEST(Var, MayBeAssignedFromItsOwnParts) {
     text += text;
     EXPECT_EQ(Describe(text), "string abab");
     text = List({text});
-    text = text;
+    const Var& same = text;
+    text = same;
     EXPECT_EQ(Describe(text), "list {abab}\n");
 }
 
