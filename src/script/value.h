@@ -47,7 +47,7 @@ struct StringBody {
     std::uint32_t count;
     std::uint32_t length;
     std::uint32_t capacity;  ///< bytes without the terminator
-    char bytes[4];
+    char bytes[1];
 
     std::string_view Text() const { return {bytes, length}; }
 };
