@@ -55,17 +55,6 @@ int OpenBrackets(std::string_view text) {
     return open;
 }
 
-/// Reads an entry: one line, and further lines while brackets are open. False at the end of the input.
-bool ReadEntry(LineEditor& editor, std::string& entry) {
-    if (!editor.ReadLine("> ", entry)) return false;
-    std::string line;
-    while (OpenBrackets(entry) > 0 && editor.ReadLine("... ", line)) {
-        entry += '\n';
-        entry += line;
-    }
-    return true;
-}
-
 bool BeginsWithWord(std::string_view text, std::string_view word) {
     const std::size_t start = text.find_first_not_of(" \t\n");
     if (start == std::string_view::npos || !text.substr(start).starts_with(word)) return false;
@@ -77,6 +66,24 @@ bool BeginsWithWord(std::string_view text, std::string_view word) {
 bool IsDefinition(std::string_view entry) {
     return BeginsWithWord(entry, "function") || BeginsWithWord(entry, "class") ||
            BeginsWithWord(entry, "include");
+}
+
+/// Whether more lines belong to the entry: brackets are open, or a definition has not come to its body.
+bool IsIncomplete(std::string_view entry) {
+    if (OpenBrackets(entry) > 0) return true;
+    const bool wantsBody = BeginsWithWord(entry, "function") || BeginsWithWord(entry, "class");
+    return wantsBody && entry.find('{') == std::string_view::npos;
+}
+
+/// Reads an entry: one line, and what else belongs to it. False at the end of the input.
+bool ReadEntry(LineEditor& editor, std::string& entry) {
+    if (!editor.ReadLine("> ", entry)) return false;
+    std::string line;
+    while (IsIncomplete(entry) && editor.ReadLine("... ", line)) {
+        entry += '\n';
+        entry += line;
+    }
+    return true;
 }
 
 void RunEntry(CCoreScriptEngine& engine, const std::string& entry) {

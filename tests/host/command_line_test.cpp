@@ -55,7 +55,7 @@ TEST(ExecCommand, PrintsTheResult) {
     };
     const Row rows[] = {
         {{"exec", "var x = 2; x * 21"}, {"42"}, 0},
-        {{"exec", "{1, 2.5, null}"}, {"{1, 2.5, null}"}, 0},
+        {{"exec", "var l = {1, 2.5, null}; l"}, {"{1, 2.5, null}"}, 0},
         {{"exec", "print(7);"}, {"7"}, 0},
         {{"exec", "--units", "mm", "10"}, {"3937007"}, 0},
         {{"exec", "-5"}, {"-5"}, 0},
