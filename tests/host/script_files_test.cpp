@@ -3,7 +3,8 @@
 //
 //     print(x);        // expect: 5            the next line of standard output
 //     y = 1;           // error: text          the next message, "<file>(<this line>): text"
-//     // message: text                         the next message, exactly this text
+//     // message: text                         the next message, exactly this text; {folder} is the script's
+//     folder
 //     // warning: text                         the next line of standard error is "<file>(<this line>):
 //     warning: text"
 //     // command: check                        the host's command and options (default: run)
@@ -54,7 +55,10 @@ void ReadLine(const std::string& file, std::size_t number, const std::string& li
         expected.errors.push_back(position + text);
         expected.fails = true;
     }
-    if (const std::string text = after("message"); text != "\n") {
+    if (std::string text = after("message"); text != "\n") {
+        const std::string folder = fs::path(file).parent_path().string();
+        for (std::size_t at; (at = text.find("{folder}")) != std::string::npos;)
+            text.replace(at, 8, folder);
         expected.errors.push_back(text);
         expected.fails = true;
     }
