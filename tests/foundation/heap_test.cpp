@@ -1,0 +1,330 @@
+// The page heap: exact adjacency and reuse, its aligned lane, bad pointers, and many threads.
+#include "brenta/heap.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <climits>
+#include <cstring>
+#include <map>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "brenta/containers.h"
+#include "test_support.h"
+
+namespace brenta::test {
+namespace {
+
+constexpr int kPage = 1000;
+
+char* Bytes(void* p) {
+    return static_cast<char*>(p);
+}
+
+TEST(Heap, CarvesByteByByteAndReusesExactly) {
+    CHeap heap("test", kPage);
+    EXPECT_EQ(heap.GetBytesUsed(), 0);
+    char* const five = Bytes(heap.Allocate(5));
+    char* const four = Bytes(heap.Allocate(4));
+    EXPECT_EQ(four, five + 5);
+    char* const one = Bytes(heap.Allocate(0));
+    EXPECT_EQ(one, four + 4);
+    char* const block = Bytes(heap.Allocate(24));
+    EXPECT_EQ(block, one + 1);
+    EXPECT_EQ(heap.GetBytesUsed(), 34);
+    heap.Free(block);
+    heap.Free(block);
+    EXPECT_EQ(heap.GetBytesUsed(), 34);
+    EXPECT_EQ(heap.Allocate(25), block + 24);
+    EXPECT_EQ(heap.Allocate(24), block);
+    EXPECT_EQ(heap.Allocate(24), block + 24 + 25);  // the second release counted for nothing
+    EXPECT_EQ(heap.Allocate(-1), nullptr);
+    EXPECT_EQ(heap.Allocate(INT_MIN), nullptr);
+    EXPECT_EQ(heap.GetAllocationCount(), 7u);
+    EXPECT_EQ(heap.GetReuseCount(), 1u);
+}
+
+TEST(Heap, WhatIsLeftOfAPageIsOneBlock) {
+    CHeap heap("test", kPage);
+    char* const first = Bytes(heap.Allocate(900));
+    char* const large =
+        Bytes(heap.Allocate(1500));  // a page of its own size; 100 bytes are left of the first
+    EXPECT_EQ(heap.GetBytesUsed(), 2400);
+    char* const next = Bytes(heap.Allocate(99));
+    EXPECT_NE(next, first + 900);
+    EXPECT_NE(next, large + 1500);
+    char* const rest = Bytes(heap.Allocate(100));
+    EXPECT_EQ(rest, first + 900);
+    EXPECT_EQ(heap.GetBytesUsed(), 2499);  // the rest was never carved
+    EXPECT_FALSE(heap.IsValidHeapPtr(rest));
+    heap.Free(rest);
+    EXPECT_EQ(heap.Allocate(100), rest);
+    heap.Free(large);
+    EXPECT_NE(heap.Allocate(1499), large);
+    EXPECT_EQ(heap.Allocate(1500), large);
+}
+
+TEST(Heap, KnowsItsPointers) {
+    CHeap heap("test", kPage), other("other", kPage);
+    EXPECT_FALSE(heap.IsValidHeapPtr(nullptr));
+    char* const block = Bytes(heap.Allocate(10));
+    EXPECT_TRUE(heap.IsValidHeapPtr(block));
+    EXPECT_TRUE(heap.IsValidHeapPtr(block + 8));
+    EXPECT_FALSE(heap.IsValidHeapPtr(block + 9));  // the last carved byte
+    EXPECT_FALSE(heap.IsValidHeapPtr(block - 1));
+    EXPECT_FALSE(other.IsValidHeapPtr(block));
+    int local = 0;
+    for (void* foreign : {static_cast<void*>(&local), other.Allocate(10), static_cast<void*>(block + 1),
+                          reinterpret_cast<void*>(UINTPTR_MAX), reinterpret_cast<void*>(1)}) {
+        heap.Free(foreign);
+    }
+    heap.Free(block);
+    EXPECT_TRUE(heap.IsValidHeapPtr(block));
+    EXPECT_EQ(heap.Allocate(10), block);
+    EXPECT_NE(heap.Allocate(10), nullptr);
+}
+
+TEST(Heap, ReAllocMovesAndClears) {
+    struct {
+        int from, to;
+    } kCases[] = {{8, 16}, {16, 8}, {8, 8}, {8, 0}, {0, 3}, {5000, 6000}, {3, 2000}};
+    for (const bool aligned : {false, true}) {
+        for (const auto& row : kCases) {
+            SCOPED_TRACE(std::to_string(row.from) + " to " + std::to_string(row.to));
+            CHeap heap("test", kPage);
+            const int oldSize = aligned ? (std::max(row.from, 1) + 15) / 16 * 16 : std::max(row.from, 1);
+            char* const p = Bytes(aligned ? heap.AllocateAligned(static_cast<std::size_t>(oldSize))
+                                          : heap.Allocate(oldSize));
+            std::memset(p, 'x', static_cast<std::size_t>(oldSize));
+            char* const q = Bytes(heap.ReAlloc(p, row.to));
+            ASSERT_NE(q, nullptr);
+            EXPECT_NE(q, p);
+            const int size = std::max(row.to, 1);
+            std::string expected(static_cast<std::size_t>(size), '\0');
+            expected.replace(0, static_cast<std::size_t>(std::min(oldSize, row.to)),
+                             static_cast<std::size_t>(std::min(oldSize, row.to)), 'x');
+            EXPECT_EQ(std::string(q, static_cast<std::size_t>(size)), expected);
+            if (aligned) {
+                EXPECT_EQ(reinterpret_cast<std::uintptr_t>(q) % 16, 0u);
+                EXPECT_EQ(heap.AllocateAligned(static_cast<std::size_t>(oldSize)), p);
+            } else {
+                EXPECT_EQ(heap.Allocate(oldSize), p);
+            }
+            EXPECT_EQ(heap.ReAlloc(q, -1), nullptr);
+            heap.Free(q);
+        }
+    }
+}
+
+TEST(Heap, BreachesAreReportedAndSurvived) {
+    CrashRecorder crashes;
+    CHeap heap;
+    EXPECT_EQ(crashes.Last().SiteCode(), 0x0501B001u);
+    EXPECT_STREQ(crashes.Last().File(), "Heap");
+    EXPECT_STREQ(heap.GetName(), "");
+    char* const p = Bytes(heap.Allocate(999999));
+    EXPECT_EQ(heap.Allocate(1), p + 999999);
+    heap.Free(nullptr);
+    EXPECT_EQ(crashes.Last().SiteCode(), 0x0501B007u);
+    CoreFree(nullptr);
+    HeapDelete(nullptr);
+    heap.Free(p);
+    EXPECT_EQ(heap.ReAlloc(p, 10), nullptr);
+    EXPECT_EQ(crashes.Last().SiteCode(), 0x0501B008u);
+    EXPECT_EQ(heap.ReAlloc(nullptr, 10), nullptr);
+    EXPECT_EQ(heap.ReAlloc(p + 1, 10), nullptr);
+    EXPECT_EQ(heap.Allocate(999999), p);
+    const std::string kUnknown = "Forced crash! \"Attempting to realloc an unknown pointer.\"";
+    const std::string kNull = "Forced crash! \"Attempting to free a NULL ptr.\"";
+    EXPECT_EQ(crashes.Messages(), (std::vector<std::string>{"Forced crash! \"Use initializing constructor\"",
+                                                            kNull, kNull, kUnknown, kUnknown, kUnknown}));
+}
+
+TEST(Heap, NamesAndPageSizes) {
+    EXPECT_STREQ(CHeap(nullptr, kPage).GetName(), "");
+    EXPECT_EQ(CHeap(std::string(300, 'n').c_str(), kPage).GetName(), std::string(259, 'n'));
+    for (const int pageSize : {0, -1, INT_MIN, 1, 15, 17}) {
+        CHeap heap("tiny", pageSize);
+        std::vector<char*> blocks;
+        for (int size = 1; size < 100; ++size)
+            blocks.push_back(Bytes(heap.Allocate(size)));
+        for (int size = 1; size < 100; ++size)
+            std::memset(blocks[static_cast<std::size_t>(size - 1)], 'x', static_cast<std::size_t>(size));
+        for (char* block : blocks)
+            heap.Free(block);
+        EXPECT_EQ(heap.Allocate(50), blocks[49]) << pageSize;
+        EXPECT_NE(heap.AllocateAligned(50), nullptr);
+    }
+}
+
+/// A literal model of the exact lane, to compare long random programs with.
+struct Model {
+    std::map<int, std::vector<char*>> freed;
+    std::map<char*, int> live;
+    char* position = nullptr;
+    int left = kPage, used = 0;
+
+    /// Checks the heap's answer to Allocate(size) and notes it.
+    void Allocated(int size, char* p) {
+        auto& stack = freed[size];
+        if (!stack.empty()) {
+            ASSERT_EQ(p, stack.back());
+            stack.pop_back();
+        } else {
+            if (left >= size) {
+                if (position) {
+                    ASSERT_EQ(p, position);
+                }
+            } else {
+                if (left > 0) freed[left].push_back(position);
+                left = std::max(size, kPage);
+            }
+            position = p + size;
+            left -= size;
+            used += size;
+        }
+        live[p] = size;
+    }
+};
+
+TEST(Heap, AgreesWithTheModel) {
+    std::minstd_rand random(1);
+    CHeap heap("test", kPage);
+    Model model;
+    for (int i = 0; i < 20000; ++i) {
+        const int size = static_cast<int>(random() % (random() % 16 ? 24 : 1200)) + 1;
+        if (random() % 2 || model.live.empty()) {
+            char* const p = Bytes(heap.Allocate(size));
+            std::memset(p, size, static_cast<std::size_t>(size));
+            ASSERT_NO_FATAL_FAILURE(model.Allocated(size, p)) << i;
+        } else {
+            auto victim = model.live.lower_bound(Bytes(nullptr) + random());
+            if (victim == model.live.end()) victim = model.live.begin();
+            ASSERT_EQ(victim->first[victim->second - 1], static_cast<char>(victim->second));
+            heap.Free(victim->first);
+            model.freed[victim->second].push_back(victim->first);
+            model.live.erase(victim);
+        }
+        ASSERT_EQ(heap.GetBytesUsed(), model.used);
+    }
+}
+
+TEST(Heap, AlignedBlocksSitBesideExactOnes) {
+    CHeap heap("test", kPage);
+    char* const five = Bytes(heap.Allocate(5));
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{16}, std::size_t{17},
+                                   std::size_t{999}, std::size_t{5000}, std::size_t{2000000}}) {
+        SCOPED_TRACE(size);
+        char* const p = Bytes(heap.AllocateAligned(size));
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(p) % 16, 0u);
+        std::memset(p, 'x', size);
+        EXPECT_TRUE(heap.IsValidHeapPtr(p));
+        heap.Free(p + 8);
+        heap.Free(p);
+        heap.Free(p);
+        EXPECT_EQ(heap.AllocateAligned(size), p);
+        EXPECT_NE(heap.AllocateAligned(size), p);
+    }
+    EXPECT_EQ(heap.AllocateAligned(static_cast<std::size_t>(INT_MAX) + 1), nullptr);
+    EXPECT_EQ(heap.AllocateAligned(SIZE_MAX), nullptr);
+    EXPECT_EQ(heap.Allocate(4), five + 5);
+}
+
+struct Aware {
+    virtual ~Aware() = default;
+    BRENTA_HEAP_OPERATORS
+    double value = 1.5;
+};
+
+TEST(Heap, ObjectsStayAligned) {
+    CoreAllocate(1000000);  // what follows starts a page; these sizes are nobody else's, so they are carved
+    char* const five = Bytes(CoreAllocate(3005));
+    char* const four = Bytes(CoreAllocate(3004));
+    EXPECT_EQ(four, five + 3005);
+    auto* object = new Aware;
+    auto* array = new Aware[3];
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(object) % alignof(Aware), 0u);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(array) % alignof(Aware), 0u);
+    EXPECT_TRUE(IsValidHeapPtr(object) && IsValidHeapPtr(array));
+    alignas(Aware) char place[sizeof(Aware)];
+    (new (place) Aware)->~Aware();
+    const int used = CoreHeapUsed();
+    delete[] array;
+    delete object;
+    EXPECT_EQ(new Aware, object);
+    CoreFree(object);
+    EXPECT_EQ(CoreHeapUsed(), used);
+    volatile std::size_t tooMany = std::size_t{1} << 40;
+    EXPECT_EQ(new Aware[tooMany], nullptr);
+    EXPECT_EQ(CoreReAlloc(five, -1), nullptr);
+    EXPECT_EQ(Bytes(CoreReAlloc(five, 3009))[3008], '\0');
+}
+
+TEST(Heap, EndedThreadsLeaveTheirBlocksToOthers) {
+    const auto work = [] {
+        TOrderedList<int> list;
+        for (int i = 0; i < 1000; ++i)
+            list.Add(i);
+    };
+    for (int i = 0; i < 3; ++i)
+        std::thread(work).join();
+    const int used = CoreHeapUsed();
+    for (int i = 0; i < 20; ++i)
+        std::thread(work).join();
+    EXPECT_EQ(CoreHeapUsed(), used);
+}
+
+/// Allocates, fills, checks and frees blocks of all kinds, and hands a part of them to whichever thread comes
+/// next.
+void Churn(unsigned seed, std::vector<std::atomic<char*>>& mailbox) {
+    std::minstd_rand random(seed);
+    for (int i = 0; i < 4000; ++i) {
+        const int size = static_cast<int>(random() % 600) + 4;
+        char* p = Bytes(random() % 2 ? CoreAllocate(size) : HeapNew(static_cast<std::size_t>(size)));
+        std::memcpy(p, &size, sizeof size);
+        std::memset(p + 4, size, static_cast<std::size_t>(size) - 4);
+        p = mailbox[random() % mailbox.size()].exchange(p);
+        if (!p) continue;
+        int noted;
+        std::memcpy(&noted, p, sizeof noted);
+        for (int k = 4; k < noted; ++k)
+            ASSERT_EQ(p[k], static_cast<char>(noted));
+        if (random() % 4 == 0) p = Bytes(CoreReAlloc(p, noted));
+        CoreFree(p);
+        ASSERT_GT(CoreHeapUsed(), 0);
+    }
+}
+
+TEST(Heap, ThreadsShareIt) {
+    std::vector<std::atomic<char*>> mailbox(64);
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < 4; ++i)
+        threads.emplace_back(Churn, i + 1, std::ref(mailbox));
+    for (std::thread& thread : threads)
+        thread.join();
+    for (auto& entry : mailbox) {
+        if (entry) CoreFree(entry);
+    }
+}
+
+TEST(Heap, ADoubleFreeByTwoThreadsCountsOnce) {
+    for (int round = 0; round < 200; ++round) {
+        char *const p = Bytes(CoreAllocate(77)), *const q = Bytes(HeapNew(96));
+        const auto release = [=] { CoreFree(p), CoreFree(q); };
+        std::thread first(release), second(release);
+        first.join();
+        second.join();
+        void* const exact[] = {CoreAllocate(77), CoreAllocate(77)};
+        void* const aligned[] = {HeapNew(96), HeapNew(96)};
+        ASSERT_NE(exact[0], exact[1]);
+        ASSERT_NE(aligned[0], aligned[1]);
+        for (void* block : {exact[0], exact[1], aligned[0], aligned[1]})
+            CoreFree(block);
+    }
+}
+
+}  // namespace
+}  // namespace brenta::test
