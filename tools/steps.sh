@@ -24,7 +24,8 @@ step() {
         printf '%sOK%s    %s (%s s)\n' "$GREEN" "$PLAIN" "$title" "$(seconds_since "$start")"
     else
         printf '%sFAIL%s  %s (%s s), all of it in %s\n' "$RED" "$PLAIN" "$title" "$(seconds_since "$start")" "$log"
-        tail -n "$FAILED_LOG_LINES" "$log" | sed 's/^/      /'
+        # Without the progress lines of a build, which say nothing about what went wrong.
+        sed '/^\[[0-9]*\/[0-9]*\] /d; s/^/      /' "$log" | tail -n "$FAILED_LOG_LINES"
     fi
     return "$result"
 }
