@@ -234,6 +234,8 @@ OpError Executor::AppendOutput(const Value& value, CoreString& text) {
     while (true) {
         if (item->IsList()) {
             open.push_back({item->List(), 0});
+        } else if (item->IsFunction()) {
+            return OpError::UnknownVarType;  // a function symbol's own value is null
         } else {
             const OpError error = AppendPrinted(*item, text, kMessageLimit);
             if (error == OpError::StringTooLong) return OpError::None;

@@ -1,0 +1,202 @@
+// The engine as a host sees it: environment, modules, commands, calls, and its state after failures.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "brenta/names.h"
+#include "script/engine_state.h"
+#include "script/run_script.h"
+#include "test_support.h"
+
+namespace brenta::test {
+namespace {
+
+TOrderedList<Var> Arguments(std::initializer_list<Var> values) {
+    TOrderedList<Var> arguments;
+    for (const Var& value : values)
+        arguments.Add(value);
+    return arguments;
+}
+
+TEST(Engine, Environment) {
+    struct Stream : CScriptMsgStream {
+        void OutputErrStream(const char* text) override { errors += text; }
+        std::string errors;
+    } stream;
+    TOrderedList<Var> values =
+        Arguments({Var(1, StrId("a")), Var(2, StrId("b")), Var(3, StrId("a")), Var(4, StrId("c"))});
+    CCoreScriptEngine engine(values, &stream);
+    EXPECT_EQ(stream.errors, "SetEnvironmentBlock:'a' already defined in environment.");
+    Var result;
+    EXPECT_TRUE(engine.Execute("Env", result, kUnitsNone));
+    EXPECT_EQ(Describe(result), "{a = 1, b = 2}");
+
+    CCoreScriptEngine silent({}, nullptr);
+    ASSERT_NE(silent.GetMsgStream(), nullptr);
+    EXPECT_FALSE(silent.Execute("nobody", result, kUnitsNone));
+    EXPECT_TRUE(silent.Execute("Env.StdLib", result, kUnitsNone));
+    EXPECT_NE(result.GetRef(), nullptr);
+    EXPECT_STREQ(silent.GetClassName(), "CCoreScriptEngine");
+    EXPECT_EQ(silent.SizeOf(), sizeof(CCoreScriptEngine));
+}
+
+TEST(Engine, CommandsInUnits) {
+    struct Row {
+        const char* text;
+        CoreUnits units;
+        const char* told;
+    };
+    static constexpr Row kRows[] = {
+        {"10", kUnitsNone, "=10"},          {"10", kInches, "=100000000"},
+        {"10", kMils, "=100000"},           {"10", kCentimeters, "=39370078"},
+        {"10", kMillimeters, "=3937007"},   {"-10", kMillimeters, "=-3937007"},
+        {"10mm", kMillimeters, "=3937007"}, {"2.5mm", kUnitsNone, "=984251.0"},
+        {"10mil + 1", kMils, "=100001"},    {"2; 1mm", kMils, "=393700"},
+        {"true", kMils, "=10000"},          {"\"2.5\"", kMils, "=25000"},
+        {"({1, 2})", kMils, "=0"},          {"", kMils, "=0"},
+        {"300", kInches, "=-2147483648"},
+    };
+    for (const Row& row : kRows) {
+        ScriptRun run;
+        EXPECT_EQ(run.Execute(row.text, row.units), row.told) << row.text;
+    }
+    ScriptRun run;
+    CrashRecorder crashes;
+    EXPECT_EQ(run.Execute("7", static_cast<CoreUnits>(9)), "=7");
+    EXPECT_EQ(crashes.Messages(), std::vector<std::string>{"Forced crash! \"Unknown UnitType\""});
+}
+
+TEST(Engine, RunScript) {
+    ScriptRun run(
+        "var v = 5; class C { } function add(a, b) { return a + b; } function ref() { return add; }");
+    EXPECT_EQ(run.RunScript("add", Arguments({Var(1, StrId("x")), Var("2", kNoName)})), "=\"12\"");
+    EXPECT_EQ(run.RunScript("add", Arguments({Var(1, kNoName)})),
+              "!RunScript:function 'add' has 2 parameters, but 1 were supplied. failed");
+    EXPECT_EQ(run.RunScript("Missing", {}), "!RunScript:function 'Missing' not defined. failed");
+    EXPECT_EQ(run.RunScript("Missing", {}, true), "failed");
+    EXPECT_EQ(run.RunScript(nullptr, {}), "!RunScript:function '' not defined. failed");
+    EXPECT_EQ(run.RunScript("v", {}), "!RunScript:'v' is not a function. failed");
+    EXPECT_EQ(run.RunScript("C", {}, true), "failed");
+    EXPECT_EQ(run.RunScript("reflect",
+                            Arguments({Var(TOrderedList<Var>(Arguments({Var(1, StrId("n"))})), kNoName)})),
+              ">1\n =null");
+
+    Var function;
+    ASSERT_TRUE(run.engine.RunScript("ref", function, {}, false));
+    EXPECT_EQ(run.Call(function, Arguments({Var(2, kNoName), Var(3, kNoName)})), "=5");
+    CCoreSymbol* const variable = run.engine.GetSymbol(StrId("v"), false);
+    EXPECT_EQ(run.Call(Var(variable, kFunctionName), {}), "!RunScript:Symbol 'v' is not a function. failed");
+    EXPECT_EQ(run.Call(Var(static_cast<void*>(nullptr), kFunctionName), {}),
+              "!RunScript:Symbol '' is not a function. failed");
+    EXPECT_EQ(run.Call(Var(&run.probe, StrId("Sum")), Arguments({Var(4, kNoName)})), "=4");
+    EXPECT_EQ(run.Call(Var(&run.probe, StrId("No")), {}), "failed");
+    EXPECT_EQ(run.Call(Var(static_cast<CCoreScriptable*>(nullptr), StrId("v")), {}),
+              "!RunScript:Symbol 'v' is set to a valid object. failed");
+    EXPECT_EQ(run.Call(Var(7, StrId("Round")), Arguments({Var(5, kNoName)})), "=5.0");
+    EXPECT_EQ(run.Call(Var(7, kNoName), {}), "!IntrinsicFunction:Unrecognized intrinsic function. failed");
+
+    // Another engine's function is nobody's here.
+    ScriptRun other;
+    EXPECT_EQ(other.Call(function, Arguments({Var(2, kNoName), Var(3, kNoName)})),
+              "!RunScript:Symbol 'add' is not a function. failed");
+}
+
+TEST(Engine, HostSeesAndChangesValues) {
+    ScriptRun run("var v = 5; function look() { var v = 6; return Env.Probe.Run(\"v\"); }");
+    auto* const symbol = static_cast<ScriptSymbol*>(run.engine.GetSymbol(StrId("v"), false));
+    EXPECT_EQ(Describe(symbol->GetValue()), "5");
+    symbol->SetValue(Var("new", kNoName));
+    EXPECT_EQ(run.Execute("v"), "=\"new\"");
+    EXPECT_EQ(run.Execute("v = 8; look()"), "=6");
+    EXPECT_EQ(Describe(symbol->GetValue()), "8");
+    run.Execute("Env.Probe.name");
+    ASSERT_NE(run.probe.context, nullptr);
+    EXPECT_TRUE(run.probe.context->IsEmpty());
+}
+
+TEST(Engine, Modules) {
+    ScriptRun run;
+    EXPECT_EQ(run.Load("function f() { return 1; }"), "=null");
+    EXPECT_EQ(run.Load("function f() { }"), "!m(1): Symbol 'f' already defined. failed");
+    EXPECT_EQ(run.Load("var a = 1;\nvar b = nobody;\nvar c = 3;"),
+              "!m(2): Symbol 'nobody' not defined. failed");
+    EXPECT_EQ(run.Execute("a"), "=1");
+    EXPECT_EQ(run.Execute("c"), "!Symbol 'c' not defined. failed");
+    EXPECT_EQ(run.Load("print(1);"), "!m(1): Syntax error. failed");
+    EXPECT_EQ(run.Load("var d = 1;\n @"), "!m(2): Syntax error. failed");
+    EXPECT_EQ(run.Load("include"), "!m(1): Syntax error. failed");
+    EXPECT_EQ(run.Load(""), "=null");
+    EXPECT_FALSE(run.engine.LoadScriptModule("no such file.scr"));
+    EXPECT_NE(run.Execute("f()").find("Failed to open source file"), std::string::npos);
+
+    const auto path = std::filesystem::temp_directory_path() / "brenta_engine_test.scr";
+    std::ofstream(path) << "var fromFile = 1 +\n    2;\nfunction g() { return h; }";
+    EXPECT_TRUE(run.engine.LoadScriptModule(path.string().c_str()));
+    EXPECT_EQ(run.Execute("fromFile"), "=3");
+    EXPECT_EQ(run.Execute("g()"),
+              "!" + path.string() + "(3): Symbol 'h' not defined. !Function call failed. failed");
+    std::filesystem::remove(path);
+}
+
+TEST(Engine, StaysUsableAfterEveryFailure) {
+    static constexpr const char* kTexts[] = {
+        "5@",
+        "1 +",
+        "(",
+        "{",
+        "{ var x = 1; nobody",
+        "f(",
+        "f(1",
+        "if (1) {",
+        "for (",
+        "foreach (e in",
+        "print(",
+        "\"open",
+        "var",
+        "var a[",
+        "var a as",
+        "execute(\"{\")",
+        "f(nobody)",
+        "while (1) { nobody; }",
+        "foreach (e in {1}) { { nobody; } }",
+        "include \"nothing\"",
+        "[",
+        "]",
+        "}",
+        ",",
+        "f(1)(2",
+        "1 = 2",
+    };
+    ScriptRun run("function f(a) { { return nobody + a; } }");
+    for (const char* text : kTexts) {
+        run.Execute(text);
+        run.Load(text);
+        EXPECT_EQ(run.Execute("1 + 1"), "=2") << text;
+        EXPECT_EQ(run.engine.GetScopeDepth(), 1) << text;
+        EXPECT_EQ(run.engine.GetFirstToken().Get(), nullptr) << text;
+    }
+}
+
+TEST(Engine, IsStoppedFromAnotherThread) {
+    ScriptRun run("function spin() { while (true) { } } function call() { call2(); } function call2() { }");
+    std::thread stopper([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        run.engine.RequestStop();
+    });
+    EXPECT_EQ(run.RunScript("spin", {}), "!m(1): Script interrupted. failed");
+    stopper.join();
+    EXPECT_EQ(run.Execute("1 + 1"), "=2");
+}
+
+TEST(Engine, CommandsLeaveNothingBehind) {
+    ScriptRun run;
+    run.Execute("var q = 4; var text = \"var t = 1; foreach (e in {1}) { var u = t; }\";");
+    const std::size_t symbols = run.engine.State().symbols.size();
+    EXPECT_EQ(run.Execute("for (var i = 0; i < 100; i += 1) { execute(text); { var t = q; } } q"), "=4");
+    EXPECT_EQ(run.engine.State().symbols.size(), symbols + 1);  // i
+}
+
+}  // namespace
+}  // namespace brenta::test

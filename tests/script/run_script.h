@@ -1,0 +1,82 @@
+// An engine whose every run is told as one line of text, for rows of cases.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "brenta/script.h"
+
+namespace brenta::test {
+
+/// A value with its kind: 2, 2.0, true, "a", {1, x = 2}, null, object, function f.
+std::string Describe(const Var& value);
+
+/// A host object. `name` is a property that can be read and written, `list` gives {1, 2}, an index gives its
+/// double, `Sum(...)` adds numbers, `Run(text)` executes a text on the engine that called it. Everything else
+/// is refused. It writes down the requests it gets.
+class Probe : public CCoreScriptable {
+ public:
+    bool ScriptAction(IOB& request) override;
+    std::size_t SizeOf() const override { return sizeof(*this); }
+    const char* GetClassName() const override { return "Probe"; }
+    const char* GetBaseClassName() const override { return "CCoreScriptable"; }
+
+    CCoreScriptEngine* engine = nullptr;
+    TOrderedList<Var>* context = nullptr;
+    std::string requests;
+
+ private:
+    bool Call(IOB& request);
+
+    Var m_name{5, kNoName};
+};
+
+/// An engine with the probe as Env.Probe. What happens is written down in order: ">text" for a print, "!text"
+/// for an error (without the position "cmd:(1): "), and at the end "=value" or "failed".
+class ScriptRun : private CScriptMsgStream {
+ public:
+    explicit ScriptRun(const std::string& module = "");
+
+    std::string Execute(const std::string& text, CoreUnits units = kUnitsNone);
+    std::string Load(const std::string& module);
+    std::string RunScript(const char* function, const TOrderedList<Var>& arguments, bool quiet = false);
+    std::string Call(const Var& callee, const TOrderedList<Var>& arguments);
+
+    Probe probe;
+    CCoreScriptEngine engine;
+
+ private:
+    void OutputPrintStream(const char* text) override;
+    void OutputErrStream(const char* text) override;
+    void Tell(const std::string& event);
+    std::string End(bool good, const Var& result);
+    TOrderedList<Var> Environment();
+
+    std::string m_told;
+};
+
+struct ScriptRow {
+    const char* text;
+    const char* told;
+};
+
+/// Executes each row's text on an engine of its own, into which `module` was loaded.
+template <std::size_t count>
+void CheckRows(const ScriptRow (&rows)[count], const char* module = "") {
+    for (const ScriptRow& row : rows) {
+        ScriptRun run(module);
+        EXPECT_EQ(run.Execute(row.text), row.told) << row.text;
+        EXPECT_EQ(run.engine.GetScopeDepth(), 1) << row.text;
+        EXPECT_EQ(run.Execute("1 + 1"), "=2") << "after " << row.text;
+    }
+}
+
+/// `count` times a text.
+std::string TextTimes(const char* text, int count);
+
+/// Runs `work` on a thread with a large stack, for depths that a sanitizer's frames would not fit the usual
+/// one.
+void OnLargeStack(void (*work)());
+
+}  // namespace brenta::test

@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+
+#include "brenta/units.h"
+#include "test_support.h"
+
+namespace brenta::test {
+namespace {
+
+struct Row {
+    const char* text;
+    CoreUnits units;
+    int length;
+    bool valid;
+};
+
+TEST(UnitExpression, Texts) {
+    static constexpr Row kRows[] = {
+        {"10", kMils, 100000, true},
+        {"1in", kMils, 10000000, true},
+        {"20mil+5mil", kMils, 250000, true},
+        {"2.5mm", kMils, 984250, true},
+        {"2.5", kMillimeters, 984250, true},
+        {"1.5", kInches, 15000000, true},
+        {"3 mm", kMils, 0, false},
+        {"(1in+2mm)/2", kMils, 5393700, true},
+        {"1/8in", kMils, 0, true},
+        {"1/8", kInches, 1250000, true},
+        {"10mil+1", kMils, 100000, true},
+        {"5mil+", kMils, 50000, true},
+        {" -3.5mil\t", kInches, -35000, true},
+        {".5mil", kInches, 5000, true},
+        {"5.mil", kInches, 50000, true},
+        {"0x10", kMils, 160000, true},
+        {"15", kUnitsNone, 20, true},
+        {"-15", kUnitsNone, -20, true},
+        {"14", kUnitsNone, 10, true},
+        {"-14", kUnitsNone, -10, true},
+        {"2147483647", kUnitsNone, 2147483640, true},
+        {"99999999999", kUnitsNone, 2147483640, true},
+        {"300in", kMils, -2147483640, true},
+        {"300", kInches, -2147483640, true},
+        {"2147483649.0", kUnitsNone, -2147483640, true},
+        {"10MIL", kInches, 100000, true},
+        {"2 + 3MM", kInches, 1181100, true},
+        {"0X10", kMils, 20, true},
+        {"7", static_cast<CoreUnits>(0), 10, true},
+        {"", kMils, 0, true},
+        {"null", kUnitsNone, 0, true},
+        {"true", kUnitsNone, 0, true},
+        {"\"25\"", kUnitsNone, 30, true},
+        {"({1, 2, 3, 4, 5})", kUnitsNone, 10, true},
+        {"5@", kMils, 0, false},
+        {"5mils", kMils, 0, false},
+        {"12 mil", kMils, 0, false},
+        {"5e3", kMils, 0, false},
+        {"1.2.3", kMils, 3000, true},
+        {"mm", kMils, 0, false},
+        {"((", kMils, 0, false},
+    };
+    for (const Row& row : kRows) {
+        EXPECT_EQ(StringToUnit(row.text, row.units), row.length) << row.text;
+        EXPECT_EQ(ValidateUnit(row.text), row.valid) << row.text;
+        EXPECT_EQ(StringToUnit("1+1", kMils), 20000) << "after " << row.text;
+    }
+    EXPECT_EQ(StringToUnit(nullptr, kMils), 0);
+    EXPECT_FALSE(ValidateUnit(nullptr));
+}
+
+TEST(UnitExpression, Messages) {
+    CoreString messages("old");
+    int value = 7;
+    EXPECT_FALSE(EvaluateUnit("5mils", kMils, value, &messages));
+    EXPECT_EQ(messages, "cmd:(1): Symbol 's' not defined.");
+    EXPECT_EQ(value, 0);
+    EXPECT_TRUE(EvaluateUnit("5MIL", kInches, value, &messages));
+    EXPECT_EQ(messages, "");
+    EXPECT_EQ(value, 50000);
+    EXPECT_FALSE(EvaluateUnit("print(nobody", kMils, value, &messages));
+    EXPECT_EQ(messages, "cmd:(1): Syntax error: expecting ')', but found 'unknown token id'");
+    EXPECT_FALSE(EvaluateUnit(nullptr, kMils, value, &messages));
+    EXPECT_EQ(messages, "");
+
+    CrashRecorder crashes;
+    EXPECT_TRUE(EvaluateUnit("70", static_cast<CoreUnits>(5), value, nullptr));
+    EXPECT_EQ(value, 70);
+    EXPECT_EQ(crashes.Messages(), std::vector<std::string>{"Forced crash! \"Unknown UnitType\""});
+}
+
+}  // namespace
+}  // namespace brenta::test
