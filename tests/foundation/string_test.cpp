@@ -222,7 +222,7 @@ TEST(CoreStringFormat, AgreesWithPrintf) {
     const double kDoubles[] = {0.0, -0.0, 0.5, 2.5, -1e-5, 123456.789, 1e15, 1e308, 9.9999999, HUGE_VAL};
     for (const std::string flag : {"", "-", "0", "+", " ", "#", "-#0+", "# 0"}) {
         for (const std::string size : {"", "1", "12", ".0", ".3", "14.9", ".20", "340.320"}) {
-            const std::string start = "[%" + flag + size;
+            const std::string start = std::string("[%").append(flag).append(size);
             for (const char* kind : {"d]", "i]", "hd]", "hhd]", "u]", "x]", "X]", "o]", "hu]"}) {
                 for (int value : {0, 1, -1, 255, 70000, INT_MAX, INT_MIN})
                     ExpectPrintf(start + kind, value);

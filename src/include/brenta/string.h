@@ -110,7 +110,8 @@ class BRENTA_API CoreString {
     /// Takes the other string's text over and leaves that string empty.
     CoreString(CoreString&& other) noexcept { TakeFrom(other); }
 
-    /// Replaces the text; null gives the empty string.
+    /// Replaces the text by another, by a view up to its first NUL, or by one character. Null and '\0' give
+    /// the empty string.
     CoreString& operator=(const char* text);
     CoreString& operator=(std::string_view text);
     CoreString& operator=(char c);
@@ -161,9 +162,8 @@ class BRENTA_API CoreString {
         return CoreString(first) + second;
     }
 
-    /// Appends a number or a text and returns the string itself: a double as "%f" (six decimals), the
-    /// integers as
-    /// "%d" and "%u", a char as the character.
+    /// Appends a number or a text and returns the string itself: a double as with the format "%f" (six
+    /// decimals), the integers as with "%d" and "%u", a char as the character.
     CoreString& operator<<(double value);
     CoreString& operator<<(unsigned int value);
     CoreString& operator<<(unsigned short value) { return *this << static_cast<unsigned int>(value); }
@@ -208,6 +208,7 @@ class BRENTA_API CoreString {
     /// The last byte; 0 in an empty string.
     char GetLastChar() const { return m_length < 1 ? '\0' : m_pBuffer[m_length - 1]; }
 
+    /// Becomes the empty string and gives its memory back.
     void SetEmpty();
     /// Stores c at byte i; a c of 0 cuts the string there. An i outside the text does nothing.
     void SetAt(int i, char c);
@@ -224,7 +225,7 @@ class BRENTA_API CoreString {
     // The operators use the natural order, case-sensitive: texts compare byte by byte, but runs of decimal
     // digits compare as numbers of any length, so that "item9" < "item10", and "a1" < "a01" as the number
     // with fewer leading zeros. Two texts are equal only if they are the same. A null text is less than any
-    // other.
+    // other, and equal to none.
     //
     // Bytes compare as signed values, and the end of a text counts as 0. Among texts with bytes of 128 and
     // above this is therefore no total order ("a" and "a\xE9" are each greater than the other): never hand
@@ -294,8 +295,10 @@ class BRENTA_API CoreString {
     /// `from`.
     int Replace(const char* from, const char* to);
 
+    /// Turn the letters a to z into upper case, A to Z into lower case; all other bytes stay.
     void MakeUpper();
     void MakeLower();
+    /// Puts the bytes into the opposite order.
     void MakeReverse();
     /// Sorts the bytes in ascending order of their signed values: those of 128 and above come first.
     void SortChars();
@@ -339,8 +342,7 @@ class BRENTA_API CoreString {
     CoreString& EscapeURL(CoreString& out) const;
 
     /// Replace each byte by its entry of the cipher table, of the clear table. Only the 94 printable
-    /// characters from "!" to
-    /// "~" have an entry; all others stay. A veil for casual eyes, not a protection.
+    /// characters from "!" to "~" have an entry; all others stay. A veil for casual eyes, no protection.
     void Encrypt();
     void Decrypt();
 
