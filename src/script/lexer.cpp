@@ -15,6 +15,7 @@ namespace {
 constexpr int kFirstTag = 1;
 constexpr int kLastTag = 4;
 
+constexpr char kEmptyText[] = "";
 const char* const kTagNames[] = {nullptr, "$1", "$2", "$3", "$4"};
 
 // The number of the line behind a text that starts on `line`; wraps.
@@ -175,40 +176,40 @@ void CCoreLexer::ComputeStart(CREToken* token, REAtom* atom) {
 
 // The tags get their values at once, not when somebody asks: the text may be gone by then.
 bool CCoreLexer::GetToken(LexToken& token) {
-    TagSpans tags;
-    const bool found = ScanToken(token, tags);
-    for (int n = kFirstTag; tags.scanned && n <= kLastTag; ++n) {
-        const std::string_view text = tags.Find(n);
-        if (text.data() != nullptr) {
-            m_tagValues[n] = Var(StrId(text.data(), static_cast<unsigned int>(text.size())), m_tagNames[n]);
-        } else if (m_tagValues[n].GetKind() != VarKind::Null) {
-            m_tagValues[n] = Var();
-        }
+    for (;;) {
+        const CREToken* kind = nullptr;
+        const bool found = ScanAny(token, kind);
+        if (kind == nullptr) return found;
+        StoreTags(*kind);
+        if (!kind->skip) return true;
     }
+}
+
+bool CCoreLexer::ScanToken(LexToken& token, const CREToken*& kind) {
+    bool found;
+    do {
+        found = ScanAny(token, kind);
+    } while (kind != nullptr && kind->skip);
     return found;
 }
 
-bool CCoreLexer::ScanToken(LexToken& token, TagSpans& tags) {
-    for (;;) {
-        if (m_pStream == nullptr) return false;
-        if (*m_pStream->position == 0) {
-            EndStream();
-            if (m_pStream == nullptr) {
-                token.id = -1;
-                token.name = "";
-                token.length = 0;
-                token.text = nullptr;
-                return true;
-            }
-            // The text beneath is not asked whether it is at its end: there, no kind matches.
+// The next token, of a skipped kind or not, or the end; null for the kind unless it is a token.
+bool CCoreLexer::ScanAny(LexToken& token, const CREToken*& kind) {
+    kind = nullptr;
+    if (m_pStream == nullptr) return false;
+    if (*m_pStream->position == 0) {
+        EndStream();
+        if (m_pStream == nullptr) {
+            token.id = -1;
+            token.name = "";
+            token.length = 0;
+            token.text = nullptr;
+            return true;
         }
-        const CREToken* kind = TakeToken(token);
-        if (kind == nullptr) return false;
-        std::copy(std::begin(kind->tagStarts), std::end(kind->tagStarts), tags.starts);
-        std::copy(std::begin(kind->tagEnds), std::end(kind->tagEnds), tags.ends);
-        tags.scanned = true;
-        if (!kind->skip) return true;
+        // The text beneath is not asked whether it is at its end: there, no kind matches.
     }
+    kind = TakeToken(token);
+    return kind != nullptr;
 }
 
 // One token of the current text, skipped kinds included; null, with the position unmoved, where no kind
@@ -230,13 +231,26 @@ const CREToken* CCoreLexer::TakeToken(LexToken& token) {
     token.name = StrPtr(match.token->name);
     token.length = static_cast<int>(std::min<std::size_t>(match.length, INT_MAX));
     stream.position += match.length;
-    stream.line = AddLines(stream.line, token.text, match.length);
+    if (match.mayBreakLines) stream.line = AddLines(stream.line, token.text, match.length);
     return match.token;
 }
 
-std::string_view CCoreLexer::TagSpans::Find(int n) const {
-    if (starts[n] == nullptr || ends[n] == nullptr || starts[n] > ends[n]) return {};
-    return {starts[n], static_cast<std::size_t>(ends[n] - starts[n])};
+std::string_view CCoreLexer::TagText(const CREToken& kind, int n) {
+    const char* start = kind.tagStarts[n];
+    const char* end = kind.tagEnds[n];
+    if (start == nullptr || end == nullptr || start > end) return {};
+    return {start, static_cast<std::size_t>(end - start)};
+}
+
+void CCoreLexer::StoreTags(const CREToken& kind) {
+    for (int n = kFirstTag; n <= kLastTag; ++n) {
+        const std::string_view text = TagText(kind, n);
+        if (text.data() != nullptr) {
+            m_tagValues[n] = Var(StrId(text.data(), static_cast<unsigned int>(text.size())), m_tagNames[n]);
+        } else if (m_tagValues[n].GetKind() != VarKind::Null) {
+            m_tagValues[n] = Var();
+        }
+    }
 }
 
 Var& CCoreLexer::GetTag(int n) {
@@ -247,10 +261,12 @@ Var& CCoreLexer::GetTag(int n) {
 // Input
 
 void CCoreLexer::PushStream(const char* name, int line, const char* text, bool ownsText) {
+    // Commands come under one name again and again.
+    if (name == nullptr || std::strcmp(name, StrPtr(m_streamName)) != 0) m_streamName = StrId(name);
+    if (text == nullptr) text = kEmptyText;
     LexStream* stream = m_pSpareStream != nullptr ? m_pSpareStream : new LexStream;
     m_pSpareStream = nullptr;
-    if (text == nullptr) *stream = {false, StrId(name), line, "", ""};
-    if (text != nullptr) *stream = {ownsText, StrId(name), line, text, text};
+    *stream = {ownsText && text != kEmptyText, m_streamName, line, text, text};
     m_streams.Push(stream);
     m_pStream = stream;
 }

@@ -5,8 +5,26 @@
 
 namespace brenta {
 
+namespace {
+
+std::size_t Byte(char c) {
+    return static_cast<unsigned char>(c);
+}
+
+// Where the text ends in `p` if `p` begins with it, else null.
+const char* SkipText(const char* p, const char* text) {
+    for (; *text != 0; ++p, ++text) {
+        if (*p != *text) return nullptr;
+    }
+    return p;
+}
+
+}  // namespace
+
 void PatternProgram::Clear() {
-    m_entries.clear();
+    m_steps.clear();
+    m_chains.clear();
+    m_firstBytes.clear();
     m_kinds.clear();
     for (auto& list : m_starts)
         list.clear();
@@ -16,17 +34,17 @@ void PatternProgram::Clear() {
 // Laying out
 
 void PatternProgram::AddKind(CREToken* token) {
-    const Range chain = LayOut(token->pattern);
-    Kind kind{token, chain.begin, chain.end, false, nullptr, 0};
-    // Tags inside groups lie before the kind's own chain, so all entries since the kind before are looked at.
-    const std::size_t first = m_kinds.empty() ? 0 : m_kinds.back().end;
-    for (std::size_t i = first; i < m_entries.size(); ++i)
-        kind.hasTags |= m_entries[i].tag != 0;
+    // Groups lie before the chain they are in, so all steps that the kind adds are looked at.
+    const std::size_t first = m_steps.size();
+    Kind kind{token, LayOut(token->pattern), false, MayBreakLines(token->pattern), nullptr, 0};
+    for (std::size_t i = first; i < m_steps.size(); ++i)
+        kind.hasTags |= m_steps[i].op == Op::OpenTag || m_steps[i].op == Op::CloseTag;
+    const Chain& chain = m_chains[kind.chain];
     if (chain.end - chain.begin == 1) {
-        const Entry& only = m_entries[chain.begin];
-        if (only.op == Op::Literal && !only.repeat) {
-            kind.literal = only.literal;
-            kind.literalLength = std::strlen(only.literal);
+        const Step& only = m_steps[chain.begin];
+        if ((only.op == Op::Text || only.op == Op::Char) && !only.repeat) {
+            kind.text = only.text;
+            kind.textLength = std::strlen(only.text);
         }
     }
     m_kinds.push_back(kind);
@@ -39,105 +57,140 @@ void PatternProgram::AddStart(unsigned char byte) {
     if (list.empty() || list.back() != kind) list.push_back(kind);
 }
 
-// The entries of a chain stand together, behind those of the groups in it.
-PatternProgram::Range PatternProgram::LayOut(const REAtom* chain) {
-    std::vector<Entry> entries;
-    for (; chain != nullptr; chain = chain->next)
-        entries.push_back(MakeEntry(chain));
-    DropTrailingEmpty(entries);
-    LinkAlternatives(entries);
-    const auto begin = static_cast<std::uint32_t>(m_entries.size());
-    for (Entry& entry : entries) {
-        entry.next += begin;
-        m_entries.push_back(entry);
-    }
-    return {begin, static_cast<std::uint32_t>(m_entries.size())};
+// The steps of a chain stand together, behind those of the groups in it.
+std::uint32_t PatternProgram::LayOut(const REAtom* atoms) {
+    std::vector<Step> steps;
+    for (; atoms != nullptr; atoms = atoms->next)
+        steps.push_back(MakeStep(atoms));
+    DropTrailingEmpty(steps);
+    LinkAlternatives(steps);
+    Chain chain;
+    chain.begin = static_cast<std::uint32_t>(m_steps.size());
+    m_steps.insert(m_steps.end(), steps.begin(), steps.end());
+    chain.end = static_cast<std::uint32_t>(m_steps.size());
+    chain.firstBytes = FindFirstBytes(chain);
+    m_chains.push_back(chain);
+    return static_cast<std::uint32_t>(m_chains.size() - 1);
 }
 
-PatternProgram::Entry PatternProgram::MakeEntry(const REAtom* atom) {
-    Entry entry;
+PatternProgram::Step PatternProgram::MakeStep(const REAtom* atom) {
+    Step step;
     if (atom->child != nullptr) {
-        const Range child = LayOut(atom->child);
-        entry.op = Op::Group;
-        entry.child = child.begin;
-        entry.childEnd = child.end;
-        if (child.end - child.begin == 1) {
-            const Entry& only = m_entries[child.begin];
-            const bool plain = !only.repeat && !only.passable;
-            if (plain && (only.op == Op::Literal || only.op == Op::Class)) entry = only;
-        }
-    } else if ((atom->flags & REAtom::kOpenTag) != 0) {
-        entry.op = Op::OpenTag;
-        entry.tag = static_cast<std::uint8_t>(atom->data);
-    } else if ((atom->flags & REAtom::kCloseTag) != 0) {
-        entry.op = Op::CloseTag;
-        entry.tag = static_cast<std::uint8_t>(atom->data);
+        step = MakeGroup(atom);
+    } else if ((atom->flags & (REAtom::kOpenTag | REAtom::kCloseTag)) != 0) {
+        step.op = (atom->flags & REAtom::kOpenTag) != 0 ? Op::OpenTag : Op::CloseTag;
+        step.tag = atom->data;
     } else if ((atom->flags & REAtom::kCharClass) != 0) {
-        entry.op = Op::Class;
-        entry.set = reinterpret_cast<const RECharClass*>(atom->data)->entries;
+        step.op = Op::Set;
+        step.set = reinterpret_cast<const RECharClass*>(atom->data)->entries;
     } else if (atom->data != 0) {
-        entry.op = Op::Literal;
-        entry.literal = StrPtr(static_cast<STRID>(atom->data));
+        step.text = StrPtr(static_cast<STRID>(atom->data));
+        step.op = step.text[1] == 0 ? Op::Char : Op::Text;
     }
-    entry.repeat = (atom->flags & REAtom::kRepeat) != 0;
-    entry.alternative = (atom->flags & REAtom::kAlternative) != 0;
-    entry.passable = entry.alternative || (atom->flags & REAtom::kOptional) != 0;
-    return entry;
+    step.repeat = (atom->flags & REAtom::kRepeat) != 0;
+    step.alternative = (atom->flags & REAtom::kAlternative) != 0;
+    step.passable = step.alternative || (atom->flags & REAtom::kOptional) != 0;
+    if (step.op == Op::Set && step.repeat) {
+        step.op = Op::SetRun;
+        step.repeat = false;
+    }
+    return step;
+}
+
+PatternProgram::Step PatternProgram::MakeGroup(const REAtom* atom) {
+    Step group;
+    group.op = Op::Group;
+    group.child = LayOut(atom->child);
+    const Chain& chain = m_chains[group.child];
+    if (chain.end - chain.begin != 1) return group;
+    const Step& only = m_steps[chain.begin];
+    const bool single = only.op == Op::Set || only.op == Op::Char || only.op == Op::Text;
+    return single && !only.repeat && !only.passable ? only : group;
+}
+
+// The bytes of which a chain has to take one first, or null if it may match without taking any, or sets tags.
+const std::uint8_t* PatternProgram::FindFirstBytes(const Chain& chain) {
+    RECharClass bytes{};
+    for (std::uint32_t i = chain.begin; i < chain.end; ++i) {
+        const Step& step = m_steps[i];
+        if (step.op == Op::Group) {
+            const std::uint8_t* inner = m_chains[step.child].firstBytes;
+            if (inner == nullptr) return nullptr;
+            for (std::size_t b = 0; b < sizeof bytes.entries; ++b)
+                bytes.entries[b] |= inner[b];
+        } else if (!AddFirstByte(step, bytes)) {
+            return nullptr;
+        }
+        if (!step.passable) return m_firstBytes.emplace_back(bytes).entries;
+    }
+    return nullptr;
+}
+
+// The same for a step that is no group; false for null.
+bool PatternProgram::AddFirstByte(const Step& step, RECharClass& bytes) {
+    switch (step.op) {
+        case Op::Char:
+        case Op::Text:
+            bytes.entries[Byte(*step.text)] = 1;
+            return true;
+        case Op::Set:
+        case Op::SetRun:
+            for (std::size_t b = 0; b < sizeof bytes.entries; ++b)
+                bytes.entries[b] |= step.set[b];
+            return true;
+        default:
+            return false;
+    }
 }
 
 // An empty atom at a chain's end takes nothing and ends nothing, unless it is the last of a list of
 // alternatives.
-void PatternProgram::DropTrailingEmpty(std::vector<Entry>& chain) {
-    while (!chain.empty() && chain.back().op == Op::Empty) {
-        if (chain.size() > 1 && chain[chain.size() - 2].alternative) return;
-        chain.pop_back();
+void PatternProgram::DropTrailingEmpty(std::vector<Step>& steps) {
+    while (!steps.empty() && steps.back().op == Op::Empty) {
+        if (steps.size() > 1 && steps[steps.size() - 2].alternative) return;
+        steps.pop_back();
     }
 }
 
 // One alternative that matches ends its list: the walk goes on behind the first atom that carries no "|".
-void PatternProgram::LinkAlternatives(std::vector<Entry>& chain) {
-    for (std::size_t i = 0; i < chain.size(); ++i) {
-        std::size_t next = i + 1;
-        if (chain[i].alternative) {
-            while (next < chain.size() && chain[next].alternative)
-                ++next;
-            next = std::min(next + 1, chain.size());
-        }
-        chain[i].next = static_cast<std::uint32_t>(next);
+void PatternProgram::LinkAlternatives(std::vector<Step>& steps) {
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        if (!steps[i].alternative) continue;
+        std::size_t last = i + 1;
+        while (last < steps.size() && steps[last].alternative)
+            ++last;
+        steps[i].next = static_cast<std::uint32_t>(std::min(last + 1, steps.size()) - i);
     }
+}
+
+bool PatternProgram::MayBreakLines(const REAtom* atoms) {
+    for (; atoms != nullptr; atoms = atoms->next) {
+        if (MayBreakLines(atoms->child)) return true;
+        if ((atoms->flags & REAtom::kCharClass) != 0) {
+            if (reinterpret_cast<const RECharClass*>(atoms->data)->entries[Byte('\n')] != 0) return true;
+        } else if ((atoms->flags & (REAtom::kOpenTag | REAtom::kCloseTag)) == 0) {
+            if (std::strchr(StrPtr(static_cast<STRID>(atoms->data)), '\n') != nullptr) return true;
+        }
+    }
+    return false;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Matching
 
-namespace {
-
-// The length of the text if `p` begins with it, else 0.
-std::size_t BeginsWith(const char* p, const char* text) {
-    std::size_t length = 0;
-    while (text[length] != 0 && p[length] == text[length])
-        ++length;
-    return text[length] == 0 ? length : 0;
-}
-
-}  // namespace
-
 PatternProgram::Match PatternProgram::Longest(const char* at) const {
     Match best;
-    const auto byte = static_cast<unsigned char>(*at);
-    if (byte >= m_starts.size()) return best;
-    for (const std::uint32_t index : m_starts[byte]) {
+    if (Byte(*at) >= m_starts.size()) return best;
+    for (const std::uint32_t index : m_starts[Byte(*at)]) {
         const Kind& kind = m_kinds[index];
         std::size_t length = 0;
-        if (kind.literal == nullptr) {
+        if (kind.text == nullptr) {
             length = MatchKind(kind, at);
-        } else if (kind.literalLength > best.length) {
-            length = BeginsWith(at, kind.literal);
+        } else if (kind.textLength > best.length) {
+            length = SkipText(at, kind.text) != nullptr ? kind.textLength : 0;
         }
         if (length <= best.length) continue;
-        best.displaced |= best.length > 0;
-        best.token = kind.token;
-        best.length = length;
+        best = {kind.token, length, best.displaced || best.length > 0, kind.mayBreakLines};
     }
     return best;
 }
@@ -148,59 +201,81 @@ std::size_t PatternProgram::MatchKind(const Kind& kind, const char* at) const {
         std::fill(std::begin(kind.token->tagStarts), std::end(kind.token->tagStarts), nullptr);
         std::fill(std::begin(kind.token->tagEnds), std::end(kind.token->tagEnds), nullptr);
     }
-    bool complete = false;
-    const char* end = Walk({kind.begin, kind.end}, at, kind.token, complete);
-    return static_cast<std::size_t>(end - at);
+    return static_cast<std::size_t>(Walk(m_chains[kind.chain], at, kind.token).place - at);
 }
 
-const char* PatternProgram::Walk(Range chain, const char* p, CREToken* token, bool& complete) const {
-    for (std::uint32_t i = chain.begin; i < chain.end;) {
-        const Entry& entry = m_entries[i];
-        if (entry.tag != 0) {
-            (entry.op == Op::OpenTag ? token->tagStarts : token->tagEnds)[entry.tag] = p;
-            ++i;
-            continue;
+// When you edit this loop: every case either goes on with the next step of a match, or falls out of the
+// switch as "has not matched". Tags never do. Recursion is one level per group, bounded where patterns are
+// compiled.
+PatternProgram::Stop PatternProgram::Walk(const Chain& chain, const char* p, CREToken* token) const {
+    const Step* step = m_steps.data() + chain.begin;
+    const Step* const end = m_steps.data() + chain.end;
+    while (step != end) {
+        const char* taken = nullptr;
+        switch (step->op) {
+            case Op::OpenTag:
+                token->tagStarts[step->tag] = p;
+                ++step;
+                continue;
+            case Op::CloseTag:
+                token->tagEnds[step->tag] = p;
+                ++step;
+                continue;
+            case Op::SetRun:
+                taken = p;
+                while (step->set[Byte(*taken)] != 0)
+                    ++taken;
+                if (taken == p) taken = nullptr;
+                break;
+            default:
+                taken = step->repeat ? Repeat(*step, p, token) : Try(*step, p, token);
+                break;
         }
-        const char* end = Try(entry, p, token);
-        if (end == nullptr) {
-            if (!entry.passable) {
-                complete = false;
-                return p;
-            }
-            ++i;
-            continue;
+        if (taken != nullptr) {
+            p = taken;
+            step += step->next;
+        } else if (step->passable) {
+            ++step;
+        } else {
+            return {p, false};
         }
-        // A try that takes nothing is the last one: the next would do the same.
-        while (entry.repeat && end != p) {
-            p = end;
-            const char* again = Try(entry, p, token);
-            if (again == nullptr) break;
-            end = again;
-        }
-        p = end;
-        i = entry.next;
     }
-    complete = true;
-    return p;
+    return {p, true};
 }
 
-// One try at `p`: where it ends, or null.
-const char* PatternProgram::Try(const Entry& entry, const char* p, CREToken* token) const {
-    switch (entry.op) {
-        case Op::Literal: {
-            const std::size_t length = BeginsWith(p, entry.literal);
-            return length == 0 ? nullptr : p + length;
-        }
-        case Op::Class:
-            return entry.set[static_cast<unsigned char>(*p)] != 0 ? p + 1 : nullptr;
-        case Op::Group: {
-            bool complete = false;
-            const char* end = Walk({entry.child, entry.childEnd}, p, token, complete);
-            return complete ? end : nullptr;
-        }
+const char* PatternProgram::TryGroup(const Step& step, const char* p, CREToken* token) const {
+    const Chain& chain = m_chains[step.child];
+    if (chain.firstBytes != nullptr && chain.firstBytes[Byte(*p)] == 0) return nullptr;
+    const Stop stop = Walk(chain, p, token);
+    return stop.complete ? stop.place : nullptr;
+}
+
+// One try of an atom at `p`: where it ends, or null.
+inline const char* PatternProgram::Try(const Step& step, const char* p, CREToken* token) const {
+    switch (step.op) {
+        case Op::Char:
+            return *p == *step.text ? p + 1 : nullptr;
+        case Op::Set:
+            return step.set[Byte(*p)] != 0 ? p + 1 : nullptr;
+        case Op::Text:
+            return SkipText(p, step.text);
+        case Op::Group:
+            return TryGroup(step, p, token);
         default:
             return p;
     }
+}
+
+// Where the last successful try ends, or null if the first one fails. A try that takes nothing is the last:
+// the next would do the same.
+const char* PatternProgram::Repeat(const Step& step, const char* p, CREToken* token) const {
+    const char* end = Try(step, p, token);
+    while (end != nullptr && end != p) {
+        p = end;
+        end = Try(step, p, token);
+        if (end == nullptr) return p;
+    }
+    return end;
 }
 
 }  // namespace brenta

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 #include "brenta/lexer.h"
@@ -14,13 +15,16 @@ namespace brenta {
 /// Answers which kind matches the most at a place; see brenta/lexer.h for the rules.
 ///
 /// Compiled patterns are chains of single atoms, pleasant to build and slow to walk. Here each chain is a run
-/// of entries in one array, with what the walk needs precomputed:
+/// of steps in one array, with what the walk needs precomputed:
 ///
-/// - where to go on after an entry has matched, which for an alternative is behind the last one of its list;
-/// - whether the walk passes an entry that has not matched, which is the same for an optional one and an
+/// - where to go on after a step has matched, which for an alternative is behind the last one of its list;
+/// - whether the walk passes a step that has not matched, which is the same for an optional one and an
 /// alternative;
-/// - a group around a single set or literal is that set or literal;
-/// - a kind that is just a literal is not walked at all, and not even compared when it could not win.
+/// - a group around a single set or text is that set or text;
+/// - a group knows the bytes that it can start with, if it cannot match without taking one, and is not
+/// entered for
+///   others. (Groups with tags are: what a failed try records stays recorded.)
+/// - a kind that is just a text is not walked at all, and not even compared when it could not win.
 ///
 /// None of this changes an answer. A slow matcher that follows the rules word by word stands with the tests
 /// (tests/script/literal_matcher.h), and the two are compared on random patterns.
@@ -30,7 +34,8 @@ class PatternProgram {
     struct Match {
         CREToken* token = nullptr;  ///< null when no kind matches anything
         std::size_t length = 0;
-        bool displaced = false;  ///< a longer match took the place of a shorter one
+        bool displaced = false;      ///< a longer match took the place of a shorter one
+        bool mayBreakLines = false;  ///< the kind's pattern has line feeds in it
     };
 
     /// Forgets all kinds.
@@ -45,45 +50,61 @@ class PatternProgram {
     Match Longest(const char* at) const;
 
  private:
-    enum class Op : std::uint8_t { Empty, Literal, Class, Group, OpenTag, CloseTag };
+    enum class Op : std::uint8_t { Empty, Char, Text, Set, SetRun, Group, OpenTag, CloseTag };
 
-    struct Entry {
+    struct Step {
         Op op = Op::Empty;
-        bool repeat = false;
+        bool repeat = false;       // but for SetRun, which is a repeated Set
         bool passable = false;     // the walk goes on when this has not matched
-        bool alternative = false;  // only while the chain is being laid out
-        std::uint8_t tag = 0;
-        std::uint32_t next = 0;             // where the walk goes on when this has matched
-        std::uint32_t child = 0;            // Group: its chain
-        std::uint32_t childEnd = 0;         //
-        const char* literal = nullptr;      // Literal
-        const std::uint8_t* set = nullptr;  // Class
+        bool alternative = false;  // "|" follows
+        std::uint32_t next = 1;    // steps to go when this has matched
+        union {
+            const char* text = nullptr;
+            const std::uint8_t* set;
+            std::uintptr_t tag;
+            std::uint32_t child;  // index of a Chain
+        };
+    };
+
+    struct Chain {
+        std::uint32_t begin = 0;  // indices of steps
+        std::uint32_t end = 0;
+        const std::uint8_t* firstBytes = nullptr;  // not null: the group has to start with one of these
     };
 
     struct Kind {
         CREToken* token;
-        std::uint32_t begin;  // its chain
-        std::uint32_t end;
+        std::uint32_t chain;
         bool hasTags;
-        const char* literal;  // not null: the whole pattern is this text
-        std::size_t literalLength;
+        bool mayBreakLines;
+        const char* text;  // not null: the whole pattern is this text
+        std::size_t textLength;
     };
 
-    struct Range {
-        std::uint32_t begin;
-        std::uint32_t end;
+    /// Where a walk stopped, and whether that was the end of the chain.
+    struct Stop {
+        const char* place;
+        bool complete;
     };
 
-    Range LayOut(const REAtom* chain);
-    Entry MakeEntry(const REAtom* atom);
-    static void DropTrailingEmpty(std::vector<Entry>& chain);
-    static void LinkAlternatives(std::vector<Entry>& chain);
+    std::uint32_t LayOut(const REAtom* atoms);
+    Step MakeStep(const REAtom* atom);
+    Step MakeGroup(const REAtom* atom);
+    const std::uint8_t* FindFirstBytes(const Chain& chain);
+    static bool AddFirstByte(const Step& step, RECharClass& bytes);
+    static void DropTrailingEmpty(std::vector<Step>& steps);
+    static void LinkAlternatives(std::vector<Step>& steps);
+    static bool MayBreakLines(const REAtom* atoms);
 
     std::size_t MatchKind(const Kind& kind, const char* at) const;
-    const char* Walk(Range chain, const char* p, CREToken* token, bool& complete) const;
-    const char* Try(const Entry& entry, const char* p, CREToken* token) const;
+    Stop Walk(const Chain& chain, const char* p, CREToken* token) const;
+    const char* TryGroup(const Step& step, const char* p, CREToken* token) const;
+    const char* Try(const Step& step, const char* p, CREToken* token) const;
+    const char* Repeat(const Step& step, const char* p, CREToken* token) const;
 
-    std::vector<Entry> m_entries;
+    std::vector<Step> m_steps;
+    std::vector<Chain> m_chains;
+    std::deque<RECharClass> m_firstBytes;
     std::vector<Kind> m_kinds;
     std::array<std::vector<std::uint32_t>, 128> m_starts;  // per byte: indices of kinds, in the order added
 };

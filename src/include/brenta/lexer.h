@@ -237,19 +237,12 @@ class BRENTA_API CCoreLexer : public CCoreSymbolTable {
     /// The text that the next token comes from, null without input.
     LexStream* CurrentStream() const { return m_pStream; }
 
-    /// Where the tags of a token lie in the input.
-    struct TagSpans {
-        bool scanned = false;  ///< there was a token, if only a skipped one
-        const char* starts[5] = {};
-        const char* ends[5] = {};
-
-        /// The text that tag n, 1 to 4, captured, a part of the input; its data is null when the tag is
-        /// absent.
-        std::string_view Find(int n) const;
-    };
-    /// GetToken with the captures put into `tags`, uninterned, while those that GetTag hands out stay as they
-    /// are. `tags` is untouched when there was no token at all.
-    bool ScanToken(LexToken& token, TagSpans& tags);
+    /// GetToken, with the tags that GetTag hands out left as they are: `kind` is the kind of the token, null
+    /// at the end and where no kind matches.
+    bool ScanToken(LexToken& token, const CREToken*& kind);
+    /// What tag n, 1 to 4, captured in the token of this kind that was scanned last: a part of the input,
+    /// good until the next scan. Its data is null when the tag is absent.
+    static std::string_view TagText(const CREToken& kind, int n);
     /// Texts being read, the current one included.
     int GetStreamDepth() const { return m_streams.GetCount(); }
 
@@ -259,7 +252,9 @@ class BRENTA_API CCoreLexer : public CCoreSymbolTable {
 
     void CopyKinds(const CCoreLexer& other);
     void FreeKinds();
+    bool ScanAny(LexToken& token, const CREToken*& kind);
     const CREToken* TakeToken(LexToken& token);
+    void StoreTags(const CREToken& kind);
     void EndStream();
 
     std::uint32_t m_scanCount = 0;
@@ -273,6 +268,7 @@ class BRENTA_API CCoreLexer : public CCoreSymbolTable {
     STRID m_tagNames[5];  // "$1" to "$4" at 1 to 4
     Var m_tagValues[5];
     CoreString m_patternError;
+    STRID m_streamName = kNoName;         // of the stream pushed last
     LexStream* m_pSpareStream = nullptr;  // a finished stream's record, for the next one
 };
 
@@ -487,9 +483,9 @@ class BRENTA_API CCoreScriptLexer : public CCoreLexer {
     void DefineGrammar();
     bool ScanInclude(const LexToken& statement);
     Token* AppendToken(TokId id, STRID file, int line);
-    void AppendScanned(const LexToken& scanned, const TagSpans& tags);
+    void AppendScanned(const LexToken& scanned, const CREToken& kind);
     void SetText(Token& token, std::string_view text);
-    void SetNumber(Token& token, const TagSpans& tags);
+    void SetNumber(Token& token, std::string_view digits, std::string_view unit);
     void CopyMembers(const CCoreScriptLexer& other);
     void ReleaseMessages();
 
