@@ -22,8 +22,8 @@ std::string Show(const NameCells& cells, std::initializer_list<const char*> name
     return text;
 }
 
-struct Names : ::testing::Test {
-    Names() { cells.PushScope(); }
+struct NameCellScopes : ::testing::Test {
+    NameCellScopes() { cells.PushScope(); }
 
     CCoreSymbol& Bind(const char* name, int value) {
         symbols.push_back(std::make_unique<CCoreSymbol>(StrId(name)));
@@ -48,7 +48,7 @@ struct Names : ::testing::Test {
     NameCells cells;
 };
 
-TEST_F(Names, ScopesRollBack) {
+TEST_F(NameCellScopes, ScopesRollBack) {
     Bind("x", 1);
     cells.PushScope();
     Bind("x", 2);
@@ -67,7 +67,7 @@ TEST_F(Names, ScopesRollBack) {
     EXPECT_EQ(cells.Depth(), 1);
 }
 
-TEST_F(Names, RollBackWithinAScopeKeepsTheScope) {
+TEST_F(NameCellScopes, RollBackWithinAScopeKeepsTheScope) {
     Bind("a", 1);
     const std::size_t mark = cells.Mark();
     Bind("b", 2);
@@ -77,7 +77,7 @@ TEST_F(Names, RollBackWithinAScopeKeepsTheScope) {
     EXPECT_EQ(cells.Depth(), 1);
 }
 
-TEST_F(Names, GlobalsMayBeBoundUnderOpenScopes) {
+TEST_F(NameCellScopes, GlobalsMayBeBoundUnderOpenScopes) {
     Bind("old", 1);
     cells.PushScope();
     Bind("x", 2);
@@ -106,7 +106,7 @@ TEST_F(Names, GlobalsMayBeBoundUnderOpenScopes) {
     EXPECT_EQ(Top(), "");
 }
 
-TEST_F(Names, EachBindingHasItsOwnValue) {
+TEST_F(NameCellScopes, EachBindingHasItsOwnValue) {
     CCoreSymbol& n = Bind("n", 1);
     NameCell& cell = cells.CellOf(StrId("n"));
     for (int i = 2; i < 300; ++i) {
@@ -124,7 +124,7 @@ TEST_F(Names, EachBindingHasItsOwnValue) {
     EXPECT_EQ(cells.ValueOf(hiding), nullptr);
 }
 
-TEST_F(Names, HoldAnyNumberOfNamesAtFixedPlaces) {
+TEST_F(NameCellScopes, HoldAnyNumberOfNamesAtFixedPlaces) {
     NameCell& first = cells.CellOf(StrId("first"));
     std::vector<NameCell*> places;
     for (int i = 0; i < 5000; ++i)
@@ -141,7 +141,7 @@ TEST_F(Names, HoldAnyNumberOfNamesAtFixedPlaces) {
     EXPECT_EQ(cells.FindCell(kNoName), &nameless);
 }
 
-TEST_F(Names, PoppingWithoutAScopeIsAForcedCrash) {
+TEST_F(NameCellScopes, PoppingWithoutAScopeIsAForcedCrash) {
     CrashRecorder recorder;
     cells.PopScope();
     EXPECT_TRUE(recorder.Messages().empty());

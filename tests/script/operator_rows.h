@@ -8,7 +8,7 @@
 #include "brenta/lexer.h"
 #include "brenta/var.h"
 
-namespace brenta::test {
+namespace brenta::test::rows {
 
 inline Var Null() {
     return Var();
@@ -251,4 +251,4 @@ inline std::vector<OperatorRow> NullReadRows() {
     };
 }
 
-}  // namespace brenta::test
+}  // namespace brenta::test::rows

@@ -14,6 +14,8 @@
 namespace brenta::test {
 namespace {
 
+using namespace rows;
+
 /// Counts its living objects; owns another one perhaps, as elements own their children.
 class Probe : public CCoreScriptable {
  public:

@@ -16,6 +16,8 @@
 namespace brenta::test {
 namespace {
 
+using namespace rows;
+
 const STRID kX = StrId("x");
 const STRID kY = StrId("y");
 

@@ -11,6 +11,8 @@
 namespace brenta::test {
 namespace {
 
+using namespace rows;
+
 Value ListOf(std::initializer_list<Value> items) {
     Value list = Value::OfList(0);
     for (const Value& item : items)

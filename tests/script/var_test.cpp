@@ -11,6 +11,8 @@
 namespace brenta::test {
 namespace {
 
+using namespace rows;
+
 Var Apply(const Var& a, TokId op, const Var& b) {
     switch (op) {
         case TOK_ADD:
