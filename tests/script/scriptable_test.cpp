@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cstdlib>
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -39,17 +42,17 @@ CCoreScriptable* CreateNothing() {
 }
 
 TEST(Scriptable, TheLatestRegistrationOfANameWins) {
-    EXPECT_EQ(CreateScriptableObject(StrId("TestProbe")), nullptr);
-    RegisterScriptableClass("TestProbe", &CreateNothing);
-    EXPECT_TRUE(IsScriptableClass(StrId("TestProbe")));
-    EXPECT_EQ(CreateScriptableObject(StrId("TestProbe")), nullptr);
-    RegisterScriptableClass("TestProbe", &CreateFirst);
-    const std::unique_ptr<CCoreScriptable> object(CreateScriptableObject(StrId("TestProbe")));
+    EXPECT_EQ(CreateScriptableObject(StrId("RegisteredTwice")), nullptr);
+    RegisterScriptableClass("RegisteredTwice", &CreateNothing);
+    EXPECT_TRUE(IsScriptableClass(StrId("RegisteredTwice")));
+    EXPECT_EQ(CreateScriptableObject(StrId("RegisteredTwice")), nullptr);
+    RegisterScriptableClass("RegisteredTwice", &CreateFirst);
+    const std::unique_ptr<CCoreScriptable> object(CreateScriptableObject(StrId("RegisteredTwice")));
     ASSERT_NE(object, nullptr);
     EXPECT_STREQ(object->GetClassName(), "Probe");
     CCoreScriptable::IOB request;
     EXPECT_FALSE(object->ScriptAction(request));
-    EXPECT_FALSE(IsScriptableClass(StrId("TestProbes")));
+    EXPECT_FALSE(IsScriptableClass(StrId("RegisteredTwic")));
 }
 
 struct Prompts : ::testing::Test {
@@ -103,45 +106,55 @@ TEST_F(Prompts, OfTheStandardLibrary) {
     EXPECT_EQ(Ask(Action::kDescribe, "", {}), "1 list {{}\n, {{0}\n, {0}\n}\n}\n");
 }
 
-TEST(CreatedObjects, LiveUntilSomebodyDeletesThem) {
+TEST(CreatedObjects, StayInUntilDeletedOrAdopted) {
     const std::size_t before = CreatedCount();
     CCoreScriptable* deleted = TrackCreated(new Probe);
-    CCoreScriptable* adopted = TrackCreated(new Probe);
+    const std::unique_ptr<CCoreScriptable> adopted(TrackCreated(new Probe));
+    EXPECT_EQ(TrackCreated(nullptr), nullptr);
+    EXPECT_EQ(TrackCreated(deleted), deleted);
+    EXPECT_EQ(CreatedCount(), before + 2);
+    delete deleted;
+    AdoptScriptable(adopted.get());
+    AdoptScriptable(nullptr);
+    EXPECT_EQ(CreatedCount(), before);
+    EXPECT_EQ(Probe::alive, 1);
+}
+
+/// What unloading the library does, for a process of its own: other engines' objects go too.
+bool DeletesTheRest() {
     Probe* child = new Probe;
     TrackCreated(child);
     AdoptScriptable(child);
     TrackCreated(new Probe(child));
-    EXPECT_EQ(TrackCreated(nullptr), nullptr);
-    EXPECT_EQ(TrackCreated(deleted), deleted);
-    EXPECT_EQ(CreatedCount(), before + 3);
-    delete deleted;
-    AdoptScriptable(adopted);
-    AdoptScriptable(nullptr);
-    EXPECT_EQ(CreatedCount(), before + 1);
+    TrackCreated(new Probe);
+    const std::unique_ptr<Probe> untracked(new Probe);
     DeleteCreated();
-    EXPECT_EQ(CreatedCount(), 0u);
-    EXPECT_EQ(Probe::alive, 1);
-    delete adopted;
-    EXPECT_EQ(Probe::alive, 0);
+    return CreatedCount() == 0 && Probe::alive == 1;
+}
+
+TEST(CreatedObjectsDeathTest, TheRestIsDeletedAtTheEnd) {
+    EXPECT_EXIT(std::_Exit(DeletesTheRest() ? 0 : 1), ::testing::ExitedWithCode(0), "");
 }
 
 TEST(CreatedObjects, ComeAndGoOnAnyThread) {
-    const auto work = [] {
-        std::vector<CCoreScriptable*> kept;
+    const std::size_t before = CreatedCount();
+    const auto work = [](std::vector<std::unique_ptr<CCoreScriptable>>& kept) {
         for (int i = 0; i < 2000; ++i) {
-            kept.push_back(TrackCreated(new Probe));
+            kept.emplace_back(TrackCreated(new Probe));
             const Probe untracked;
-            if (i % 3 != 0) {
-                delete kept.back();
-                kept.pop_back();
-            }
+            if (i % 3 != 0) kept.pop_back();
         }
     };
-    std::thread other(work);
-    work();
+    std::vector<std::unique_ptr<CCoreScriptable>> here;
+    std::vector<std::unique_ptr<CCoreScriptable>> there;
+    std::thread other(work, std::ref(there));
+    work(here);
     other.join();
-    EXPECT_EQ(Probe::alive, 2 * 667);
-    DeleteCreated();
+    EXPECT_EQ(CreatedCount(), before + 2 * 667);
+    here.swap(there);
+    here.clear();
+    there.clear();
+    EXPECT_EQ(CreatedCount(), before);
     EXPECT_EQ(Probe::alive, 0);
 }
 
