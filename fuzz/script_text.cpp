@@ -18,7 +18,7 @@ using brenta::CCoreScriptEngine;
 using brenta::Var;
 
 constexpr std::size_t kMaxInput = 4096;
-constexpr std::chrono::milliseconds kPatience{50};
+constexpr std::chrono::milliseconds kPatience{20};
 
 /// Asks an engine to stop when it has run too long: endless loops are legal.
 class Watchdog {
