@@ -55,7 +55,7 @@ Part& PartOf(const CCoreScriptable* object) {
 const CCoreScriptable* TakeOne(Part& part) {
     os::LockGuard guard(part.lock);
     if (part.objects.empty()) {
-        part.objects = {};  // its memory too
+        std::unordered_set<const CCoreScriptable*>().swap(part.objects);  // its memory too
         return nullptr;
     }
     const CCoreScriptable* object = *part.objects.begin();
