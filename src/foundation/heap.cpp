@@ -138,8 +138,8 @@ char* HeapCore::CarveExact(std::size_t size) {
 inline void HeapCore::FreeExact(HeapPage& page, char* p) {
     ExactNote& note = page.ExactNoteOf(p);
     const unsigned byte = ByteInGranule(p);
-    if ((note.live >> byte & 1u) == 0) return;
-    note.live = static_cast<std::uint16_t>(note.live & ~(1u << byte));
+    if (!note.IsLive(byte)) return;
+    note.ClearLive(byte);
     Of(Lane::Exact).store.Add(note.SizeOfBlock(byte), {p, &note});
 }
 
@@ -147,7 +147,7 @@ char* HeapCore::ReAllocExact(HeapPage& page, char* p, int size, bool& known) {
     const os::LockGuard guard(m_lock);
     const ExactNote& note = page.ExactNoteOf(p);
     const unsigned byte = ByteInGranule(p);
-    known = (note.live >> byte & 1u) != 0;
+    known = note.IsLive(byte);
     if (!known || size < 0) return nullptr;
     const std::size_t oldSize = note.SizeOfBlock(byte);
     const std::size_t newSize = std::max(static_cast<std::size_t>(size), std::size_t{1});

@@ -51,9 +51,9 @@ void HeapPage::Destroy(HeapPage* page) {
 void* HeapPage::NoteBlock(std::size_t offset, std::size_t size, bool live) {
     if (m_lane == Lane::Exact) {
         ExactNote& note = m_pExact[offset / kGranule];
-        const auto bit = static_cast<std::uint16_t>(1u << offset % kGranule);
-        note.starts = static_cast<std::uint16_t>(note.starts | bit);
-        if (live) note.live = static_cast<std::uint16_t>(note.live | bit);
+        const auto byte = static_cast<unsigned>(offset % kGranule);
+        note.starts = static_cast<std::uint16_t>(note.starts | 1u << byte);
+        if (live) note.SetLive(byte);
         note.lastSize = static_cast<std::uint32_t>(size);
         return &note;
     }

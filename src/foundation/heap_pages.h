@@ -48,6 +48,10 @@ struct ExactNote {
     std::uint16_t live;      // bit i: the block that starts at byte i is in use
     std::uint32_t lastSize;  // size of the block of the highest bit in starts
 
+    bool IsLive(unsigned byte) const { return (live & 1u << byte) != 0; }
+    void SetLive(unsigned byte) { live = static_cast<std::uint16_t>(live | 1u << byte); }
+    void ClearLive(unsigned byte) { live = static_cast<std::uint16_t>(live & ~(1u << byte)); }
+
     /// Size of the block that starts at byte `byte`.
     std::size_t SizeOfBlock(unsigned byte) const {
         const unsigned later = starts & (0xFFFEu << byte);
@@ -132,8 +136,7 @@ class HeapPage {
 
 /// Marks a block of a free store as in use.
 inline void SetExactLive(const HeapBlock& block) {
-    auto& note = *static_cast<ExactNote*>(block.pNote);
-    note.live = static_cast<std::uint16_t>(note.live | 1u << ByteInGranule(block.p));
+    static_cast<ExactNote*>(block.pNote)->SetLive(ByteInGranule(block.p));
 }
 inline void SetAlignedLive(const HeapBlock& block) {
     std::atomic_ref<AlignedNote> note(*static_cast<AlignedNote*>(block.pNote));
