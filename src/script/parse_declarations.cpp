@@ -195,13 +195,13 @@ bool ParseClassName(CCoreScriptEngine& engine, TIter<ScriptToken*>& iter, Declar
     if (name == nullptr) return false;
     type.cls = FindClass(engine, name->GetValue());
     if (type.cls != nullptr) return true;
-    CCoreScriptable* const object = TrackCreated(CreateScriptableObject(name->GetValue()));
-    if (object == nullptr) {
+    type.scriptable = name->GetValue();
+    if (!IsScriptableClass(type.scriptable)) {
         ReportNoClass(engine, name);
         return false;
     }
-    type.scriptable = name->GetValue();
-    type.prototype = Var(object, kNoName);
+    const bool create = !engine.State().checkOnly;
+    type.prototype = Var(create ? TrackCreated(CreateScriptableObject(type.scriptable)) : nullptr, kNoName);
     return true;
 }
 

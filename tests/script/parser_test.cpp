@@ -315,6 +315,13 @@ TEST(Parser, LoopVariablesOfATextAreGoneWithIt) {
     EXPECT_EQ(fixture.messages.errors, "");
 }
 
+TEST(Parser, ACheckRunsNothing) {
+    ParserFixture fixture;
+    fixture.engine.State().checkOnly = true;
+    EXPECT_EQ(fixture.ParseModule("var x = nobody; var a[nobody]; class C { var m[x]; } var c as C; var x;"),
+              "t(1): Symbol 'x' already defined.\n");
+}
+
 TEST(Parser, WrongKeywordsAreForcedCrashes) {
     ParserFixture fixture;
     CrashRecorder crashes;
