@@ -159,10 +159,13 @@ struct DeclaredType {
     Var prototype;               ///< the value of one element, unless it is an object of `cls`
 };
 
+bool IsConstant(const ExpressionStatement::SubExpr& node) {
+    return node.IsLeaf() && node.kind != ID && IsOperandKind(node.kind);
+}
+
 /// The value of an array size. What a check of the source may not run counts as 1.
 bool EvaluateSize(CCoreScriptEngine& engine, ExpressionStatement& size, Var& value) {
-    const ExpressionStatement::SubExpr* const root = size.GetRoot();
-    if (engine.State().checkOnly && (root == nullptr || !root->IsLeaf() || !IsOperandKind(root->kind))) {
+    if (engine.State().checkOnly && !size.IsEmpty() && !IsConstant(*size.GetRoot())) {
         value = 1;
         return true;
     }
