@@ -13,7 +13,6 @@
 
 #include "brenta/failure.h"
 #include "script/executor.h"
-#include "script/node_class.h"
 #include "script/place.h"
 
 namespace brenta {
@@ -26,18 +25,21 @@ bool FitsList(const Value& value) {
     return value.IsList() || value.IsReference() || value.IsFunction();
 }
 
-bool IsVariable(const Node& node) {
-    return node.kind == ID && node.IsLeaf();
+/// A variable that holds nothing that asks for care when it is replaced.
+bool IsScalarVariable(const Node* target) {
+    if (target == nullptr || !target->IsVariable()) return false;
+    const Tag tag = target->cell->value.GetTag();
+    return tag >= Tag::Null && tag <= Tag::Float;
 }
 
 /// `x.name` and `x[i]` where x holds a list and i is a plain operand: what most assignments to elements look
 /// like.
 bool IsElementOfVariable(const Node& target) {
-    if (target.left == nullptr || !IsVariable(*target.left) || !target.left->cell->value.IsList())
+    if (target.left == nullptr || !target.left->IsVariable() || !target.left->cell->value.IsList())
         return false;
     if (target.right == nullptr) return false;
     if (target.kind == TOK_MEMBER) return target.right->kind == ID;
-    return target.kind == kSubscriptNode && ValueInPlace(*target.right) != nullptr;
+    return target.kind == kSubscriptNode && target.right->ValueInPlace() != nullptr;
 }
 
 /// Whether a name is bound to the function of that name itself, which is no variable.
@@ -89,11 +91,11 @@ const Node* FirstSum(const Node& assignment) {
     const Node* sum = assignment.right;
     while (sum->left != nullptr && sum->left->kind == TOK_ADD)
         sum = sum->left;
-    if (sum->left == nullptr || !IsVariable(*sum->left) || sum->left->cell != cell) return nullptr;
-    if (sum->right == nullptr || (IsVariable(*sum->right) && sum->right->cell == cell)) return nullptr;
+    if (sum->left == nullptr || !sum->left->IsVariable() || sum->left->cell != cell) return nullptr;
+    if (sum->right == nullptr || (sum->right->IsVariable() && sum->right->cell == cell)) return nullptr;
     for (const Node* next = sum; next != assignment.right;) {
         next = next->parent;
-        if (cell->value.IsList() || next->right == nullptr || !IsPlainOperand(*next->right)) return nullptr;
+        if (cell->value.IsList() || next->right == nullptr || !next->right->IsPlainOperand()) return nullptr;
         if (next->right->cell == cell) return nullptr;
     }
     return sum;
@@ -144,7 +146,7 @@ class TakenValue {
 
 int ChainLength(const Node& node) {
     int length = 1;
-    for (const Node* at = &node; at->left != nullptr && ClassOf(*at->left) == NodeClass::Assign;
+    for (const Node* at = &node; at->left != nullptr && at->left->nodeClass == NodeClass::Assign;
          at = at->left)
         ++length;
     return length;
@@ -160,10 +162,16 @@ bool Executor::Assign(const Node& node, Value* value, Place* reference) {
     if (reference != nullptr) {
         if (!EvaluatePlace(*node.right, assigned, *reference)) return false;
     } else if (node.kind == TOK_ASSIGN && node.right->kind == TOK_ADD && node.left != nullptr &&
-               IsVariable(*node.left) && node.left->cell->value.IsCounted()) {
+               node.left->IsVariable() && node.left->cell->value.IsCounted()) {
         return AssignSum(node, assigned) && AssignValue(node, assigned, value);
     } else if (!Evaluate(*node.right, assigned)) {
         return false;
+    }
+    if (node.kind == TOK_ASSIGN && IsScalarVariable(node.left)) {
+        Value& variable = node.left->cell->value;
+        if (value != nullptr) *value = assigned;
+        variable = std::move(assigned);
+        return true;
     }
     return AssignValue(node, assigned, value);
 }
@@ -192,11 +200,11 @@ bool Executor::AssignSum(const Node& node, Value& sum) {
 bool Executor::AssignValue(const Node& node, Value& assigned, Value* value) {
     const Node* target = node.left;
     if (target == nullptr) return Fail(node, "Missing l-value.");
-    if (IsVariable(*target) && !IsFunctionName(*target->cell)) {
+    if (target->IsVariable() && !IsFunctionName(*target->cell)) {
         if (target->cell->value.IsUndefined()) return LoadName(*target, assigned);  // which reports it
         return StoreVariable(node, *target->cell, assigned, value);
     }
-    if (ClassOf(*target) == NodeClass::Assign) return AssignChain(node, assigned, value);
+    if (target->nodeClass == NodeClass::Assign) return AssignChain(node, assigned, value);
     if (IsElementOfVariable(*target)) return AssignElement(node, assigned, value);
     Place place;
     return FindPlace(*target, place) && Store(node, place, assigned, value);
@@ -210,7 +218,7 @@ bool Executor::AssignElement(const Node& node, Value& assigned, Value* value) {
         const std::ptrdiff_t member = FindMember(*root.List(), target.right->name);
         if (member < 0) return Fail(target, "Expression does not evaluate to an object.");
         index = static_cast<std::uint32_t>(member);
-    } else if (!FindElement(target, *root.List(), *ValueInPlace(*target.right), index)) {
+    } else if (!FindElement(target, *root.List(), *target.right->ValueInPlace(), index)) {
         return false;
     }
     return StoreElement(node, root, {&index, 1}, assigned, value);
@@ -231,7 +239,7 @@ bool Executor::AssignChain(const Node& node, Value& assigned, Value* value) {
 
 /// A value together with the place where it is stored, if it is.
 bool Executor::EvaluatePlace(const Node& node, Value& value, Place& place) {
-    switch (ClassOf(node)) {
+    switch (node.nodeClass) {
         case NodeClass::Assign:
             return Assign(node, &value, &place);
         case NodeClass::Name:
@@ -246,7 +254,7 @@ bool Executor::EvaluatePlace(const Node& node, Value& value, Place& place) {
 bool Executor::FindPlace(const Node& target, Place& place) {
     const Node* node = &target;
     while (node->left != nullptr &&
-           (ClassOf(*node) == NodeClass::Member || ClassOf(*node) == NodeClass::Subscript))
+           (node->nodeClass == NodeClass::Member || node->nodeClass == NodeClass::Subscript))
         node = node->left;
     // Evaluating a name with operands of its own, as two operands in a row give it, runs these.
     if (!Evaluate(*node, place.value)) return false;
@@ -296,7 +304,7 @@ bool Executor::StepIntoElement(const Node& node, Place& place) {
     if (!CheckContainer(node, container != nullptr ? *container : null)) return false;
     Value index;
     if (!Evaluate(*node.right, index)) return false;
-    if (!IsPlainOperand(*node.right)) {
+    if (!node.right->IsPlainOperand()) {
         // The index may have run code that changed what the path leads to.
         container = Walk(place);
         if (!CheckContainer(node, container != nullptr ? *container : null)) return false;

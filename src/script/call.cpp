@@ -17,8 +17,9 @@ struct FunctionPlan {
         ScriptSymbol* symbol;
     };
 
-    std::vector<Parameter> parameters;
+    const NameCells* cells;  // the engine's whose function it is
     bool isReflect = false;
+    std::vector<Parameter> parameters;
 };
 
 namespace {
@@ -31,13 +32,14 @@ STRID NameOfCallee(const Node& callee) {
     return name != nullptr && name->kind == ID ? name->name : kNoName;
 }
 
-const FunctionPlan& MakePlan(FuncSymbol& function, NameCells& cells) {
+const FunctionPlan* MakePlan(FuncSymbol& function, NameCells& cells) {
     auto plan = std::make_unique<FunctionPlan>();
+    plan->cells = &cells;
+    plan->isReflect = function.GetName() == StrId("reflect");
     for (TIter<ScriptSymbol*> at = function.GetFirstParam(); at.Get() != nullptr; at.Next())
         plan->parameters.push_back({&cells.CellOf((*at.Get())->GetName()), *at.Get()});
-    plan->isReflect = function.GetName() == StrId("reflect");
     SymbolAccess::SetPlan(function, plan.get(), [](FunctionPlan* old) { delete old; });
-    return *plan.release();
+    return plan.release();
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -132,21 +134,23 @@ bool Executor::CallFunction(FuncSymbol& function, std::size_t first, Value& resu
     return status == EXEC_OK || ReportMisplacedJump(status);
 }
 
-/// The checks before a call. Null after the message.
+/// The plan of a function that may be called with the arguments on the stack. Null after a message.
 const FunctionPlan* Executor::PrepareCall(FuncSymbol& function, std::size_t first) {
-    const NameCells* owner = SymbolAccess::Table(function);
-    if (owner != nullptr && owner != &m_cells) {
-        // Another engine's function: its names are not ours.
-        Messages().Error("RunScript:", "Symbol '%s' is not a function.", StrPtr(function.GetName()));
-        return nullptr;
-    }
+    const std::size_t supplied = m_arguments.size() - first;
     const FunctionPlan* plan = SymbolAccess::Plan(function);
-    const auto count = static_cast<std::size_t>(function.GetParamCount());
-    if (plan == nullptr || plan->parameters.size() != count) plan = &MakePlan(function, m_cells);
-    if (m_arguments.size() - first == count) return plan;
+    if (plan == nullptr || plan->cells != &m_cells) {
+        const NameCells* owner = SymbolAccess::Table(function);
+        if (plan != nullptr || (owner != nullptr && owner != &m_cells)) {
+            // Another engine's function: the names in it are not ours.
+            Messages().Error("RunScript:", "Symbol '%s' is not a function.", StrPtr(function.GetName()));
+            return nullptr;
+        }
+        plan = MakePlan(function, m_cells);
+    }
+    if (supplied == plan->parameters.size()) return plan;
     Messages().Error("RunScript:", "function '%s' has %d parameters, but %d were supplied.",
-                     StrPtr(function.GetName()), static_cast<int>(count),
-                     static_cast<int>(m_arguments.size() - first));
+                     StrPtr(function.GetName()), static_cast<int>(plan->parameters.size()),
+                     static_cast<int>(supplied));
     return nullptr;
 }
 
@@ -242,6 +246,7 @@ bool Executor::Request(void* object, int action, STRID name, TOrderedList<Var>& 
     request.name = name;
     request.arguments = &arguments;
     request.result = &answer;
+    OpenPendingScope();
     const int depth = m_cells.Depth();
     const bool granted = static_cast<CCoreScriptable*>(object)->ScriptAction(request);
     m_cells.PopTo(depth);

@@ -2,10 +2,11 @@
 //
 // The parser has built the value that each execution starts with, so a new instance is a copy of it, shared
 // until it is written, whose members are then initialised one by one.
+#include <utility>
+
 #include "brenta/names.h"
 #include "script/created_objects.h"
 #include "script/executor.h"
-#include "script/node_class.h"
 #include "script/symbol_access.h"
 
 namespace brenta {
@@ -14,7 +15,7 @@ namespace {
 const Executor::Node* InitialiserOf(const DeclarationStatement& declaration) {
     const ExpressionStatement* expression = declaration.GetAssignmentStatement();
     const Executor::Node* root = expression != nullptr ? expression->GetRoot() : nullptr;
-    return root != nullptr && ClassOf(*root) == NodeClass::Assign ? root : nullptr;
+    return root != nullptr && root->nodeClass == NodeClass::Assign ? root : nullptr;
 }
 
 }  // namespace
@@ -66,12 +67,14 @@ bool Executor::Construct(const ClassSymbol& cls, Value& instance) {
 bool Executor::ConstructMembers(const ClassSymbol& cls, Value& instance, std::size_t& next) {
     if (StackIsLow()) return FailLimit(ScriptPosition(), "Call stack overflow.");
     if (cls.GetBase() != nullptr && !ConstructMembers(*cls.GetBase(), instance, next)) return false;
+    const bool outerIsPending = std::exchange(m_scopeIsPending, false);
     m_cells.PushScope();
     for (TIter<DeclarationStatement*> at = cls.GetFirstMember(); at.Get() != nullptr; at.Next()) {
         if (next >= instance.List()->length) break;
         if (!ConstructMember(**at.Get(), instance, next++)) return false;
     }
     m_cells.PopScope();
+    m_scopeIsPending = outerIsPending;
     return true;
 }
 

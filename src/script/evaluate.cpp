@@ -10,7 +10,6 @@
 // when both are leaves are they read where they lie.
 #include "brenta/names.h"
 #include "script/executor.h"
-#include "script/node_class.h"
 
 namespace brenta {
 namespace {
@@ -19,9 +18,15 @@ using Node = Executor::Node;
 
 /// The left operand that has to be evaluated before `node` can be, unless it is a plain one.
 const Node* LeftOnSpine(const Node& node) {
-    if (node.left == nullptr || IsPlainOperand(*node.left)) return nullptr;
-    const NodeClass nodeClass = ClassOf(node);
+    if (node.left == nullptr || node.left->IsPlainOperand()) return nullptr;
+    const NodeClass nodeClass = node.nodeClass;
     return nodeClass == NodeClass::Assign || nodeClass == NodeClass::List ? nullptr : node.left;
+}
+
+/// An operator with two plain operands, which most operators have.
+bool IsPlainPair(const Node& node) {
+    return node.nodeClass == NodeClass::Binary && node.left != nullptr && node.left->IsPlainOperand() &&
+           node.right != nullptr && node.right->IsPlainOperand();
 }
 
 /// Whether a member node names what a call node calls.
@@ -80,10 +85,11 @@ bool Executor::EvaluateTree(const Node* root, Value& value) {
 }
 
 bool Executor::Evaluate(const Node& node, Value& value) {
-    if (const Value* inPlace = ValueInPlace(node)) {
+    if (const Value* inPlace = node.ValueInPlace()) {
         value = *inPlace;
         return true;
     }
+    if (IsPlainPair(node)) return ApplyToPlain(node, value);
     return EvaluateSpine(node, value);
 }
 
@@ -102,19 +108,17 @@ bool Executor::EvaluateSpine(const Node& root, Value& value) {
 
 /// The node at the foot of the spine: its left operand is missing, a plain one, or its own affair.
 bool Executor::Begin(const Node& node, Value& value) {
-    const NodeClass nodeClass = ClassOf(node);
-    if (nodeClass == NodeClass::Assign) return Assign(node, &value);
-    if (nodeClass == NodeClass::List) return BuildList(node, value);
+    if (IsPlainPair(node)) return ApplyToPlain(node, value);
+    if (node.nodeClass == NodeClass::Assign) return Assign(node, &value);
+    if (node.nodeClass == NodeClass::List) return BuildList(node, value);
     if (node.left == nullptr) {
         value = Value::OfInt(0);
         return Continue(node, value);
     }
-    const Value* left = ValueInPlace(*node.left);
+    const Value* left = node.left->ValueInPlace();
     if (left == nullptr) return LoadName(*node.left, value);  // which says that it is not defined
-    const Value* right = node.right != nullptr ? ValueInPlace(*node.right) : nullptr;
-    if (right != nullptr) {
-        if (nodeClass == NodeClass::Binary) return Apply(node, *left, *right, value);
-        if (nodeClass == NodeClass::Subscript) return GetElementAt(node, *left, *right, value);
+    if (node.nodeClass == NodeClass::Subscript && node.right != nullptr) {
+        if (const Value* index = node.right->ValueInPlace()) return GetElementAt(node, *left, *index, value);
     }
     value = *left;
     return Continue(node, value);
@@ -122,7 +126,7 @@ bool Executor::Begin(const Node& node, Value& value) {
 
 /// `value` is the node's left operand and becomes the node's value.
 bool Executor::Continue(const Node& node, Value& value) {
-    switch (ClassOf(node)) {
+    switch (node.nodeClass) {
         case NodeClass::Binary:
             return ApplyNested(node, value);
         case NodeClass::Unary:
@@ -147,6 +151,17 @@ bool Executor::Continue(const Node& node, Value& value) {
 // ---------------------------------------------------------------------------------------------------------
 // Operators
 
+/// Both operands are read where they lie. They are asked whether they are defined only when they are no ints.
+bool Executor::ApplyToPlain(const Node& node, Value& value) {
+    const Value& left = *node.left->place;
+    const Value& right = *node.right->place;
+    if (left.IsInt() && right.IsInt() && ApplyToInts(node.kind, left.Int(), right.Int(), value)) return true;
+    if (left.IsUndefined()) return LoadName(*node.left, value);
+    if (right.IsUndefined()) return LoadName(*node.right, value);
+    const OpError error = BinaryOperator(static_cast<TokId>(node.kind), left, right, value);
+    return error == OpError::None || FailOperator(node, error);
+}
+
 bool Executor::Apply(const Node& node, const Value& left, const Value& right, Value& result) {
     if (left.IsInt() && right.IsInt() && ApplyToInts(node.kind, left.Int(), right.Int(), result)) return true;
     const OpError error = BinaryOperator(static_cast<TokId>(node.kind), left, right, result);
@@ -156,7 +171,7 @@ bool Executor::Apply(const Node& node, const Value& left, const Value& right, Va
 bool Executor::ApplyNested(const Node& node, Value& value) {
     Value right = Value::OfInt(0);
     if (node.right != nullptr) {
-        if (const Value* inPlace = ValueInPlace(*node.right)) return Apply(node, value, *inPlace, value);
+        if (const Value* inPlace = node.right->ValueInPlace()) return Apply(node, value, *inPlace, value);
         if (!EvaluateSpine(*node.right, right)) return false;
     }
     return Apply(node, value, right, value);
@@ -256,7 +271,7 @@ bool Executor::GetMember(const Node& node, bool isCallee, Value& value) {
 
 bool Executor::GetElement(const Node& node, Value& value) {
     if (!CheckContainer(node, value)) return false;
-    if (const Value* inPlace = ValueInPlace(*node.right)) return GetElementAt(node, value, *inPlace, value);
+    if (const Value* inPlace = node.right->ValueInPlace()) return GetElementAt(node, value, *inPlace, value);
     Value index;
     return EvaluateSpine(*node.right, index) && GetElementAt(node, value, index, value);
 }

@@ -7,7 +7,6 @@
 
 #include "brenta/failure.h"
 #include "os/os.h"
-#include "script/node_class.h"
 #include "script/parser.h"
 #include "script/run_guard.h"
 #include "script/symbol_access.h"
@@ -85,13 +84,17 @@ ExecStatus Executor::Run(const Statement& statement, Value& result) {
 
 ExecStatus Executor::RunCompound(const CompoundStatement& block, Value& result) {
     if (StackIsLow()) return Overflow(block);
+    const int depth = m_cells.Depth();
+    const bool outerIsPending = m_scopeIsPending;
+    m_scopeIsPending = !block.MayBind();
+    if (block.MayBind()) m_cells.PushScope();
     ExecStatus status = EXEC_OK;
-    m_cells.PushScope();
-    for (TIter<Statement*> at = block.GetFirstStatement(); at.Get() != nullptr; at.Next()) {
-        status = Run(**at.Get(), result);
+    for (const Statement* statement : block.m_statements) {
+        status = Run(*statement, result);
         if (status != EXEC_OK) break;
     }
-    m_cells.PopScope();
+    m_cells.PopTo(depth);
+    m_scopeIsPending = outerIsPending;
     return status;
 }
 
@@ -113,7 +116,7 @@ ExecStatus Executor::RunExpression(const ExpressionStatement& expression, Value&
 
 bool Executor::EvaluateForEffect(const Node* root) {
     if (root == nullptr) return true;
-    if (ClassOf(*root) == NodeClass::Assign) return Assign(*root, nullptr);
+    if (root->nodeClass == NodeClass::Assign) return Assign(*root, nullptr);
     Value ignored;
     return Evaluate(*root, ignored);
 }
@@ -125,6 +128,10 @@ bool Executor::EvaluateCondition(const ExpressionStatement* condition, bool& hol
     if (root == nullptr) return true;
     Value value;
     if (!Evaluate(*root, value)) return false;
+    if (value.IsBool()) {
+        holds = value.Int() != 0;
+        return true;
+    }
     const OpError error = BoolOf(value, holds);
     return error == OpError::None || FailOperator(*root, error);
 }
@@ -184,6 +191,7 @@ ExecStatus Executor::RunLoop(const IterationStatement& loop, Value& result) {
 ExecStatus Executor::RunForeach(const IterationStatement& loop, Value& result) {
     ScriptSymbol* const variable = loop.m_pVariable;
     if (variable == nullptr) return EXEC_FAILED;
+    const bool outerIsPending = std::exchange(m_scopeIsPending, false);
     m_cells.PushScope();
     NameCell& cell = CellOf(loop.m_pCell, *variable);
     m_cells.Bind(cell, variable, SymbolAccess::StartValue(*variable));
@@ -198,6 +206,7 @@ ExecStatus Executor::RunForeach(const IterationStatement& loop, Value& result) {
         status = EXEC_OK;
     }
     m_cells.PopScope();
+    m_scopeIsPending = outerIsPending;
     return status;
 }
 
@@ -307,8 +316,8 @@ namespace {
 /// Runs one statement for a host or for the parser, which is in the midst of a token list that stays.
 ExecStatus ExecuteStatement(const Statement& statement, CCoreScriptEngine& engine, Var& result) {
     Executor& executor = *engine.State().executor;
-    const int depth = engine.Cells().Depth();
     const Executor::RunState outer = executor.EnterRun(Executor::RunKind::Host);
+    const int depth = engine.Cells().Depth();
     ExecStatus status = EXEC_FAILED;
     try {
         Value value = FromVar(result);

@@ -102,6 +102,11 @@ class Executor {
     bool FailLimit(const ScriptPosition& at, const char* text);
     bool Overflow(const Node& at) { return FailLimit(at.Position(), "Call stack overflow."); }
     ExecStatus Overflow(const Statement& at);
+    void OpenPendingScope() {
+        if (!m_scopeIsPending) return;
+        m_cells.PushScope();
+        m_scopeIsPending = false;
+    }
     bool StopRequested() const { return m_state.stopRequested.load(std::memory_order_relaxed); }
     bool Interrupted(const ScriptPosition& at);
 
@@ -128,6 +133,7 @@ class Executor {
     bool EvaluateSpine(const Node& root, Value& value);
     bool Begin(const Node& node, Value& value);
     bool Continue(const Node& node, Value& value);
+    bool ApplyToPlain(const Node& node, Value& value);
     bool Apply(const Node& node, const Value& left, const Value& right, Value& result);
     bool ApplyNested(const Node& node, Value& value);
     bool ApplyUnary(const Node& node, Value& value);
@@ -189,6 +195,7 @@ class Executor {
     std::vector<Value> m_arguments;
     int m_functionDepth = 0;           // script functions running in this run
     bool m_calleeIsMethod = false;     // the member just evaluated is a method to be called, not an element
+    bool m_scopeIsPending = false;     // the innermost block runs without a scope, see execute_statements.cpp
     bool m_unwindingSilently = false;  // a limit was met: the calls on the way out add no message
 };
 

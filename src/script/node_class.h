@@ -4,10 +4,13 @@
 #include <array>
 #include <cstdint>
 
-#include "script/sub_expression.h"
+#include "brenta/lexer.h"
 #include "script/token_classes.h"
 
 namespace brenta {
+
+/// Node kinds that the parser makes itself, behind the lexer's token identifiers.
+enum NodeKind : int { kCallNode = 77, kListNode = 78, kSubscriptNode = 79 };
 
 enum class NodeClass : std::uint8_t {
     Other,   ///< nothing that has a value: `++`, `,` outside a list, keywords
@@ -47,23 +50,9 @@ inline constexpr std::array<NodeClass, kTokenClassCount> kNodeClasses = MakeNode
 
 }  // namespace detail
 
-inline NodeClass ClassOf(const ExpressionStatement::SubExpr& node) {
-    const auto kind = static_cast<std::size_t>(node.kind);
-    return kind < kTokenClassCount ? detail::kNodeClasses[kind] : NodeClass::Other;
-}
-
-/// A name or a constant that stands alone.
-inline bool IsPlainOperand(const ExpressionStatement::SubExpr& node) {
-    if (!node.IsLeaf()) return false;
-    const NodeClass nodeClass = ClassOf(node);
-    return nodeClass == NodeClass::Name || nodeClass == NodeClass::Constant;
-}
-
-/// The value of a plain operand where it lies; null for every other node, and for a name that is not bound.
-inline const Value* ValueInPlace(const ExpressionStatement::SubExpr& node) {
-    if (!node.IsLeaf()) return nullptr;
-    if (node.kind == ID) return node.cell->value.IsUndefined() ? nullptr : &node.cell->value;
-    return ClassOf(node) == NodeClass::Constant ? &node.value : nullptr;
+inline NodeClass NodeClassOf(int kind) {
+    const auto index = static_cast<std::size_t>(kind);
+    return index < kTokenClassCount ? detail::kNodeClasses[index] : NodeClass::Other;
 }
 
 }  // namespace brenta

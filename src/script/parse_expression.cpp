@@ -159,8 +159,10 @@ bool ExpressionStatement::ParseToken(CCoreScriptEngine& engine, const ScriptToke
     if (token.id == ID) {
         node->name = token.GetValue();
         node->cell = &engine.Cells().CellOf(node->name);
+        node->place = &node->cell->value;
     } else {
         node->value = ConstantOf(engine, token);
+        if (node->nodeClass == NodeClass::Constant) node->place = &node->value;
     }
     InsertSubExpression(node, current);
     return true;
@@ -224,12 +226,14 @@ void ExpressionStatement::InsertSubExpression(SubExpr* node, SubExpr** current) 
     if (above != nullptr && !above->barrier) {
         operand = above->right;
         above->right = node;
+        above->place = nullptr;
         node->parent = above;
     } else if (above != nullptr) {
         operand = RootOf(above);
     }
     if (operand != nullptr) {
         node->left = operand;
+        node->place = nullptr;
         operand->parent = node;
     }
     *current = node;
@@ -239,6 +243,7 @@ SubExpr* ExpressionStatement::NewNode(const ScriptToken& token, int kind) {
     if (m_pNodes == nullptr) m_pNodes = ExpressionNodes::Create(1);
     SubExpr* const node = m_pNodes->New();
     node->kind = static_cast<std::int16_t>(kind);
+    node->nodeClass = NodeClassOf(kind);
     node->priority = TokenPriority(kind);
     node->line = token.line;
     node->file = token.file;

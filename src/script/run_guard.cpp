@@ -34,6 +34,7 @@ Executor::Executor(CCoreScriptEngine& engine)
     : m_engine(engine), m_state(engine.State()), m_cells(engine.Cells()) {}
 
 Executor::RunState Executor::EnterRun(RunKind kind) {
+    OpenPendingScope();
     const RunState outer{m_stackFloor, m_arguments.size(), m_functionDepth, m_calleeIsMethod};
     // A host may use the engine from one thread now and from another later.
     m_stackFloor = os::StackLimit();
@@ -47,6 +48,7 @@ void Executor::LeaveRun(const RunState& outer) {
     DropArguments(outer.argumentMark);
     m_functionDepth = outer.functionDepth;
     m_calleeIsMethod = outer.calleeIsMethod;
+    m_scopeIsPending = false;  // if it was, the scope was opened
     if (m_state.nestedRuns == 0) m_unwindingSilently = false;
 }
 

@@ -99,8 +99,42 @@ const char* CompoundStatement::GetBaseClassName() const {
     return "Statement";
 }
 
+namespace {
+
+/// Whether running a statement can bind a name in the scope that it runs in. An executed text has a block of
+/// its own, but it is parsed in the scope around it.
+bool MayBindInScope(const Statement* statement) {
+    while (statement != nullptr) {
+        switch (statement->GetStatementType()) {
+            case STMT_DECLARATION:
+            case STMT_EXEC:
+                return true;
+            case STMT_CONDITIONAL: {
+                const auto* const branch = static_cast<const ConditionalStatement*>(statement);
+                if (MayBindInScope(branch->GetThen())) return true;
+                statement = branch->GetElse();
+                break;
+            }
+            case STMT_ITERATION: {
+                const auto* const loop = static_cast<const IterationStatement*>(statement);
+                if (loop->GetKind() == TOK_FOREACH) return false;
+                if (MayBindInScope(loop->GetInit())) return true;
+                statement = loop->GetBody();
+                break;
+            }
+            default:
+                return false;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
 void CompoundStatement::AddStatement(Statement* statement) {
-    if (statement != nullptr) m_statements.Add(statement);
+    if (statement == nullptr) return;
+    m_statements.Add(statement);
+    m_mayBind = m_mayBind || MayBindInScope(statement);
 }
 
 TIter<Statement*> CompoundStatement::GetFirstStatement() const {

@@ -17,30 +17,35 @@
 #include "brenta/lexer.h"
 #include "brenta/statements.h"
 #include "script/name_cells.h"
+#include "script/node_class.h"
 #include "script/value.h"
 
 namespace brenta {
 
-/// Node kinds that the parser makes itself, behind the lexer's token identifiers.
-enum NodeKind : int { kCallNode = 77, kListNode = 78, kSubscriptNode = 79 };
-
 /// A node knows what it needs to run: an identifier its name cell, a constant its value. Nothing is looked up
 /// later.
 struct ExpressionStatement::SubExpr {
-    std::int16_t kind = 0;      ///< TokId or NodeKind
-    bool barrier = false;       ///< stops the climb of an insertion; never set
+    std::int16_t kind = 0;  ///< TokId or NodeKind
+    bool barrier = false;   ///< stops the climb of an insertion; never set
+    NodeClass nodeClass = NodeClass::Other;
     std::int16_t priority = 0;  ///< of the kind, raised for the root of a bracketed group
     std::int32_t line = 0;
     STRID file = kNoName;
     Value value;               ///< constants: the value; all others null
     NameCell* cell = nullptr;  ///< identifiers: the cell of their name in the engine
     STRID name = kNoName;      ///< identifiers: their name
+    /// Names and constants without operands of their own: where the value lies, in the node or the cell.
+    const Value* place = nullptr;
     SubExpr* left = nullptr;
     SubExpr* right = nullptr;
     SubExpr* parent = nullptr;  ///< null for the root
 
     ScriptPosition Position() const { return {file, line}; }
     bool IsLeaf() const { return left == nullptr && right == nullptr; }
+    bool IsPlainOperand() const { return place != nullptr; }
+    bool IsVariable() const { return place != nullptr && kind == ID; }
+    /// The value of a plain operand; null for other nodes, and for a name that nothing is bound to.
+    const Value* ValueInPlace() const { return place != nullptr && !place->IsUndefined() ? place : nullptr; }
 };
 
 }  // namespace brenta

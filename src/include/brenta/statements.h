@@ -241,9 +241,13 @@ class BRENTA_API CompoundStatement : public Statement {
     void AddStatement(Statement* statement);
     /// An iterator on the first statement; good until the next AddStatement.
     TIter<Statement*> GetFirstStatement() const;
+    /// Internal: whether one of its statements can bind a name in the block's own scope.
+    bool MayBind() const { return m_mayBind; }
 
  private:
+    friend class Executor;
     TOrderedList<Statement*> m_statements;
+    bool m_mayBind = false;
 };
 
 /// `if (condition) then else ...`. An empty condition counts as false; the branch's status is passed on.
