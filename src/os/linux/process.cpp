@@ -16,19 +16,21 @@ namespace {
 
 // What the system calls when, and how the end of the process is told from unloading:
 //
-// - Unloading runs the functions of the library's own list, NoticeUnloading among them, and then what the
-// library
-//   registered to be called at exit, the destructors of its static objects included.
-// - The end of the process first runs what was registered at exit, the latest first, and the lists of the
-//   libraries are one such registration, made when the program starts. NoteProcessEnd, registered after that,
-//   comes first. (What a library registers while it is loaded together with the program would come too late.)
+// - Unloading runs the functions of the library's own list, NoticeUnloading among them, and then the
+//   destructors of the library's static objects.
+// - The end of the process first runs what was registered to be called at exit, the latest first, and the
+// lists
+//   of the libraries are one such registration, made when the program starts. A ProcessEndNote that is built
+//   after that is therefore destroyed before. (For one built while the library is loaded together with the
+//   program it would be too late.)
 constinit std::atomic<bool> g_processEnds{false};
 constinit std::atomic<bool> g_unloading{false};
-constinit std::atomic<bool> g_watching{false};
 
-void NoteProcessEnd() {
-    if (!g_unloading) g_processEnds = true;
-}
+struct ProcessEndNote {
+    ~ProcessEndNote() {
+        if (!g_unloading) g_processEnds = true;
+    }
+};
 
 [[gnu::destructor]] void NoticeUnloading() {
     if (!g_processEnds) g_unloading = true;
@@ -133,7 +135,7 @@ bool LibraryIsUnloading() {
 }
 
 void WatchProcessEnd() {
-    if (!g_watching.exchange(true)) std::atexit(&NoteProcessEnd);
+    static const ProcessEndNote note;
 }
 
 }  // namespace brenta::os
