@@ -36,7 +36,10 @@ command_demo() {
     run_build release brenta_host
     local brenta=build/release/host/brenta
     headline "Dimension texts, as a user types them  (brenta eval - < examples/dimensions.txt)"
-    "$brenta" eval - <examples/dimensions.txt
+    local lengths
+    lengths=$("$brenta" eval - <examples/dimensions.txt)
+    { printf 'text\tunits\tinches\tmils\tcentimetres\tmillimetres\n' && paste examples/dimensions.txt - <<<"$lengths"; } |
+        awk -F '\t' '{ printf "%-12s %10s  %-12s %-12s %-12s %s\n", $1, $2, $3, $4, $5, $6 }'
     headline "A script at work on a board panel  (brenta run examples/board_panel.scr)"
     "$brenta" run examples/board_panel.scr
 }
