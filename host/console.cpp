@@ -74,14 +74,14 @@ std::string TextOf(const Var& value) {
 }
 
 std::string JoinMessages(const char* messages) {
-    constexpr std::string_view commandPrefix = "cmd:(1): ";
+    constexpr std::string_view kCommandPrefix = "cmd:(1): ";
     std::string_view rest = messages;
     std::string joined;
     while (!rest.empty()) {
         const std::size_t end = std::min(rest.find('\n'), rest.size());
         std::string_view line = rest.substr(0, end);
         rest.remove_prefix(std::min(end + 1, rest.size()));
-        if (line.starts_with(commandPrefix)) line.remove_prefix(commandPrefix.size());
+        if (line.starts_with(kCommandPrefix)) line.remove_prefix(kCommandPrefix.size());
         if (line.empty()) continue;
         if (!joined.empty()) joined += ' ';
         joined += line;

@@ -205,7 +205,7 @@ bool Executor::CallMethod(const Value& object, STRID name, std::size_t first, Va
     for (std::size_t i = first; i < m_arguments.size(); ++i) {
         Var argument;
         if (!ToHost(m_arguments[i], argument)) return false;
-        arguments.Add(std::move(argument));
+        arguments.Add(argument);
     }
     DropArguments(first);
     return RequestValue(target, CCoreScriptable::kCall, name, arguments, result);
@@ -271,7 +271,7 @@ bool Executor::RequestElement(void* object, const Value& index, Value& result) {
     TOrderedList<Var> arguments;
     Var argument;
     if (!ToHost(index, argument)) return false;
-    arguments.Add(std::move(argument));
+    arguments.Add(argument);
     return RequestValue(object, CCoreScriptable::kGet, kNoName, arguments, result);
 }
 
@@ -280,7 +280,7 @@ bool Executor::RequestSet(void* object, STRID name, Value& value) {
     TOrderedList<Var> arguments;
     Var argument;
     if (!ToHost(value, argument)) return false;
-    arguments.Add(std::move(argument));
+    arguments.Add(argument);
     Var answer;
     const bool granted = Request(object, CCoreScriptable::kSet, name, arguments, answer);
     return (answer.GetKind() == VarKind::Null || FromHost(answer, value)) && granted;

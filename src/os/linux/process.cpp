@@ -103,7 +103,7 @@ void BreakIntoDebugger() {
 
 std::uintptr_t StackLimit() {
     // Enough for the deepest chain of library and system functions that do not look at the limit themselves.
-    constexpr std::uintptr_t kReserve = 128 * 1024;
+    constexpr std::uintptr_t kReserve = std::uintptr_t{128} * 1024;
     static constinit thread_local std::uintptr_t t_limit = 0;
     static constinit thread_local bool t_known = false;
     if (!t_known) {
