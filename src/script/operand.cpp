@@ -123,6 +123,28 @@ void AddPrinted(const Operand& operand, TextSink& out) {
 
 namespace {
 
+template <class T>
+bool Relate(TokId op, T a, T b) {
+    switch (op) {
+        case TOK_LESS:
+            return a < b;
+        case TOK_LEQ:
+            return a <= b;
+        case TOK_GREATER:
+            return a > b;
+        default:
+            return a >= b;
+    }
+}
+
+}  // namespace
+
+bool TextsRelate(TokId op, const char* left, const char* right) {
+    return Relate(op, CompareNatural(left, right), 0);
+}
+
+namespace {
+
 /// The text form of an operand for the time of one operator: strings are looked at where they lie.
 class OperandText {
  public:
@@ -262,20 +284,6 @@ void CompareEquality(TokId op, const Operand& left, const Operand& right, std::s
     StoreBool(comparable && AreEqual(left, right, limit, result) == (op == TOK_EQ), result);
 }
 
-template <class T>
-bool Relate(TokId op, T a, T b) {
-    switch (op) {
-        case TOK_LESS:
-            return a < b;
-        case TOK_LEQ:
-            return a <= b;
-        case TOK_GREATER:
-            return a > b;
-        default:
-            return a >= b;
-    }
-}
-
 void CompareOrder(TokId op, const Operand& left, const Operand& right, std::size_t limit,
                   OperatorResult& result) {
     bool holds = false;
@@ -283,7 +291,7 @@ void CompareOrder(TokId op, const Operand& left, const Operand& right, std::size
         holds = Relate(op, left.number, NumberOf(right));
     } else if (left.kind == VarKind::String) {
         const OperandText text(right, limit, result);
-        holds = Relate(op, CompareNatural(left.text.data(), text.Terminated()), 0);
+        holds = TextsRelate(op, left.text.data(), text.Terminated());
     }
     StoreBool(holds, result);
 }

@@ -106,6 +106,9 @@ void StoreNarrowed(double number, OperatorResult& result);
 /// The same for a product, which stays a float from 1073741823.5 on.
 inline constexpr double kProductBound = 1073741823.5;
 
+/// Whether `<`, `>`, `<=` or `>=` holds between two terminated texts, in natural order.
+bool TextsRelate(TokId op, const char* left, const char* right);
+
 /// a mod b with the sign of a; INT_MIN mod -1 is 0. b must not be 0.
 int IntRemainder(int a, int b);
 /// Shifts by the count modulo 32, as a 32-bit pattern, to the right with the sign.

@@ -122,6 +122,9 @@ class Value {
         other.m_word = word;
     }
     void Clear() { Replace(Tag::Null, 0); }
+    void SetBool(bool value) { Replace(Tag::Bool, value ? 1 : 0); }
+    void SetInt(int value) { Replace(Tag::Int, value); }
+    void SetFloat(double value) { Replace(Tag::Float, std::bit_cast<std::int64_t>(value)); }
 
     static Value Undefined() { return Value(Tag::Undefined, 0); }
     static Value OfBool(bool value) { return Value(Tag::Bool, value ? 1 : 0); }
@@ -174,7 +177,14 @@ class Value {
     }
     void FreeBody();
     void Replace(Tag tag, std::int64_t word) {
-        const Value former(m_tag, m_word);
+        if (IsCounted()) return ReplaceCounted(tag, word);
+        m_tag = tag;
+        m_word = word;
+    }
+    /// The new content is in place before the former one goes, which may be all that keeps this value alive
+    /// but cannot be what it holds.
+    void ReplaceCounted(Tag tag, std::int64_t word) {
+        Value former(m_tag, m_word);
         m_tag = tag;
         m_word = word;
     }

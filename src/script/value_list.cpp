@@ -158,6 +158,14 @@ void Detach(Value& list) {
 }
 
 ListLimit AppendItem(Value& list, Value item, STRID name) {
+    ListBody& present = *list.List();
+    const bool isPlain = !item.IsList() && name == kNoName;
+    if (isPlain && present.count == 1 && present.length < present.capacity &&
+        present.weight < kMaxListWeight) {
+        new (&present.items[present.length++]) Value(std::move(item));
+        ++present.weight;
+        return ListLimit::None;
+    }
     const ListLimit limit = CheckLimits(list.List()->weight + 1 + WeightOf(item), 1u + DepthOf(item));
     if (limit != ListLimit::None) return limit;
     const std::size_t needed = list.List()->length + std::size_t{1};
@@ -207,6 +215,16 @@ void NoteChanged(ListBody& body, std::size_t index, std::uint64_t weightBefore, 
     }
 }
 
+/// Stores no list over no list, which changes no notes.
+void StorePlain(Value& root, std::span<const std::uint32_t> path, Value& item) {
+    Value* place = &root;
+    for (const std::uint32_t step : path) {
+        Detach(*place);
+        place = &place->List()->items[step];
+    }
+    place->Swap(item);
+}
+
 /// Stores without a look at the limits. The recursion is as deep as the path is long.
 void StoreAtPath(Value& list, std::span<const std::uint32_t> path, Value& item) {
     Detach(list);
@@ -234,6 +252,10 @@ ListLimit ReplaceAtPath(Value& root, std::span<const std::uint32_t> path, Value 
     const Value* place = &root;
     for (const std::uint32_t step : path)
         place = &place->List()->items[step];
+    if (!place->IsList() && !item.IsList()) {
+        StorePlain(root, path, item);
+        return ListLimit::None;
+    }
     const std::uint64_t weight = root.List()->weight - WeightOf(*place) + WeightOf(item);
     const ListLimit limit = CheckLimits(weight, path.size() + DepthOf(item));
     if (limit == ListLimit::None) StoreAtPath(root, path, item);

@@ -2,6 +2,7 @@
 // changed, everything else by the rules shared with Var.
 #include "script/value_operators.h"
 
+#include <charconv>
 #include <climits>
 
 #include "script/operand.h"
@@ -11,86 +12,78 @@ namespace brenta {
 
 namespace {
 
+[[gnu::noinline]] OpError SharedOperator(TokId op, const Value& left, const Value& right, Value& result);
+
 // --- numbers. Whole numbers are exact in 64 bits, and give what the doubles of the shared rules would.
 
-Value WholeResult(std::int64_t number) {
+OpError StoreBool(Value& result, bool value) {
+    result.SetBool(value);
+    return OpError::None;
+}
+
+OpError StoreInt(Value& result, int value) {
+    result.SetInt(value);
+    return OpError::None;
+}
+
+OpError StoreWhole(Value& result, std::int64_t number) {
     const bool isInRange = number >= INT_MIN && number <= INT_MAX;
-    return Value::OfInt(isInRange ? static_cast<int>(number) : INT_MIN);
+    return StoreInt(result, isInRange ? static_cast<int>(number) : INT_MIN);
 }
 
-Value WholeProduct(std::int64_t product) {
-    const auto number = static_cast<double>(product);
-    return number < kProductBound ? WholeResult(product) : Value::OfFloat(number);
+OpError StoreNumber(Value& result, double number) {
+    result = Narrow(number);
+    return OpError::None;
 }
 
-/// Both operands are ints. False for the operators that need the shared rules (and the error of `%` by 0).
-bool IntOperator(TokId op, int a, int b, Value& result) {
-    const std::int64_t left = a;
-    const std::int64_t right = b;
+OpError StoreProduct(Value& result, double number) {
+    if (number < kProductBound) return StoreNumber(result, number);
+    result.SetFloat(number);
+    return OpError::None;
+}
+
+/// Both operands are ints.
+OpError IntOperator(TokId op, const Value& left, const Value& right, Value& result) {
+    const std::int64_t a = left.Int();
+    const std::int64_t b = right.Int();
+    const int shortA = static_cast<int>(a);
+    const int shortB = static_cast<int>(b);
     switch (op) {
         case TOK_ADD:
-            return result = WholeResult(left + right), true;
+            return StoreWhole(result, a + b);
         case TOK_SUB:
-            return result = WholeResult(left - right), true;
+            return StoreWhole(result, a - b);
         case TOK_MUL:
-            return result = WholeProduct(left * right), true;
+            return StoreProduct(result, static_cast<double>(a * b));
         case TOK_DIV:
-            return result = Narrow(static_cast<double>(a) / b), true;
-        case TOK_MOD:
-            if (b == 0) return false;
-            return result = Value::OfInt(IntRemainder(a, b)), true;
+            return StoreNumber(result, static_cast<double>(a) / static_cast<double>(b));
         case TOK_EQ:
-            return result = Value::OfBool(a == b), true;
+            return StoreBool(result, a == b);
         case TOK_NOT_EQ:
-            return result = Value::OfBool(a != b), true;
+            return StoreBool(result, a != b);
         case TOK_LESS:
-            return result = Value::OfBool(a < b), true;
+            return StoreBool(result, a < b);
         case TOK_GREATER:
-            return result = Value::OfBool(a > b), true;
+            return StoreBool(result, a > b);
         case TOK_LEQ:
-            return result = Value::OfBool(a <= b), true;
+            return StoreBool(result, a <= b);
         case TOK_GEQ:
-            return result = Value::OfBool(a >= b), true;
+            return StoreBool(result, a >= b);
         case TOK_OR:
-            return result = Value::OfInt(a | b), true;
+            return StoreInt(result, shortA | shortB);
         case TOK_XOR:
-            return result = Value::OfInt(a ^ b), true;
+            return StoreInt(result, shortA ^ shortB);
         case TOK_AND:
-            return result = Value::OfInt(a & b), true;
+            return StoreInt(result, shortA & shortB);
         case TOK_SHL:
-            return result = Value::OfInt(ShiftLeft(a, b)), true;
+            return StoreInt(result, ShiftLeft(shortA, shortB));
         case TOK_SHR:
-            return result = Value::OfInt(ShiftRight(a, b)), true;
+            return StoreInt(result, ShiftRight(shortA, shortB));
+        case TOK_MOD:
+            if (b != 0) return StoreInt(result, IntRemainder(shortA, shortB));
+            [[fallthrough]];
         default:
-            return false;
-    }
-}
-
-/// Both operands are numbers. False for the operators that need the shared rules.
-bool FloatOperator(TokId op, double a, double b, Value& result) {
-    switch (op) {
-        case TOK_ADD:
-            return result = Narrow(a + b), true;
-        case TOK_SUB:
-            return result = Narrow(a - b), true;
-        case TOK_MUL:
-            return result = a * b < kProductBound ? Narrow(a * b) : Value::OfFloat(a * b), true;
-        case TOK_DIV:
-            return result = Narrow(a / b), true;
-        case TOK_EQ:
-            return result = Value::OfBool(a == b), true;
-        case TOK_NOT_EQ:
-            return result = Value::OfBool(a != b), true;
-        case TOK_LESS:
-            return result = Value::OfBool(a < b), true;
-        case TOK_GREATER:
-            return result = Value::OfBool(a > b), true;
-        case TOK_LEQ:
-            return result = Value::OfBool(a <= b), true;
-        case TOK_GEQ:
-            return result = Value::OfBool(a >= b), true;
-        default:
-            return false;
+            return SharedOperator(op, left, right, result);
     }
 }
 
@@ -98,7 +91,37 @@ double NumericPayload(const Value& value) {
     return value.IsFloat() ? value.Float() : static_cast<double>(value.Int());
 }
 
-// --- joining
+/// Both operands are numbers.
+OpError FloatOperator(TokId op, const Value& left, const Value& right, Value& result) {
+    const double a = NumericPayload(left);
+    const double b = NumericPayload(right);
+    switch (op) {
+        case TOK_ADD:
+            return StoreNumber(result, a + b);
+        case TOK_SUB:
+            return StoreNumber(result, a - b);
+        case TOK_MUL:
+            return StoreProduct(result, a * b);
+        case TOK_DIV:
+            return StoreNumber(result, a / b);
+        case TOK_EQ:
+            return StoreBool(result, a == b);
+        case TOK_NOT_EQ:
+            return StoreBool(result, a != b);
+        case TOK_LESS:
+            return StoreBool(result, a < b);
+        case TOK_GREATER:
+            return StoreBool(result, a > b);
+        case TOK_LEQ:
+            return StoreBool(result, a <= b);
+        case TOK_GEQ:
+            return StoreBool(result, a >= b);
+        default:
+            return SharedOperator(op, left, right, result);
+    }
+}
+
+// --- strings and lists. These stay out of the way of the numbers.
 
 OpError JoinToList(const Value& left, const Value& right, Value& result) {
     // Held first: the right value may be the list itself, or one of its elements.
@@ -110,26 +133,31 @@ OpError JoinToList(const Value& left, const Value& right, Value& result) {
     return OpErrorOf(limit);
 }
 
-/// The text form of an operand: where it lies for strings, else in `buffer`.
-OpError TextOf(const Value& value, CoreString& buffer, std::string_view& text) {
-    if (value.IsString()) {
-        text = value.Text();
-        return OpError::None;
+/// The text form of an operand, for the time of one operator: where it lies for strings, printed for others.
+class TextForm {
+ public:
+    explicit TextForm(const Value& value) {
+        if (value.IsString()) {
+            m_text = value.Text();
+        } else if (value.IsInt()) {
+            const auto written = std::to_chars(m_digits, m_digits + sizeof(m_digits), value.Int());
+            m_text = {m_digits, written.ptr};
+        } else {
+            m_error = AppendText(value, m_buffer);
+            m_text = m_buffer.View();
+        }
     }
-    const OpError error = AppendText(value, buffer);
-    text = buffer.View();
-    return error;
-}
+    OpError Error() const { return m_error; }
+    std::string_view View() const { return m_text; }
 
-/// One of the operands is a string, the left one is no list.
-OpError JoinTexts(const Value& left, const Value& right, Value& result) {
-    CoreString leftBuffer;
-    CoreString rightBuffer;
-    std::string_view leftText;
-    std::string_view rightText;
-    OpError error = TextOf(left, leftBuffer, leftText);
-    if (error == OpError::None) error = TextOf(right, rightBuffer, rightText);
-    if (error != OpError::None) return error;
+ private:
+    std::string_view m_text;
+    OpError m_error = OpError::None;
+    char m_digits[16];
+    CoreString m_buffer;
+};
+
+OpError StoreJoined(const Value& left, std::string_view leftText, std::string_view rightText, Value& result) {
     if (leftText.size() + rightText.size() > kMaxStringLength) return OpError::StringTooLong;
     if (&left == &result && left.IsString() && left.IsUnshared()) {
         AppendString(result, rightText);
@@ -137,6 +165,34 @@ OpError JoinTexts(const Value& left, const Value& right, Value& result) {
         result = Value::OfString(leftText, rightText);
     }
     return OpError::None;
+}
+
+/// One of the operands is a string, the left one is no list.
+OpError JoinTexts(const Value& left, const Value& right, Value& result) {
+    if (left.IsString() && right.IsString()) return StoreJoined(left, left.Text(), right.Text(), result);
+    const TextForm leftText(left);
+    const TextForm rightText(right);
+    if (leftText.Error() != OpError::None) return leftText.Error();
+    if (rightText.Error() != OpError::None) return rightText.Error();
+    return StoreJoined(left, leftText.View(), rightText.View(), result);
+}
+
+/// Both operands are strings, whose comparisons need no text form.
+OpError CompareStrings(TokId op, const Value& left, const Value& right, Value& result) {
+    if (op == TOK_EQ || op == TOK_NOT_EQ)
+        return StoreBool(result, (left.Text() == right.Text()) == (op == TOK_EQ));
+    return StoreBool(result, TextsRelate(op, left.String()->bytes, right.String()->bytes));
+}
+
+/// At least one operand is no number.
+[[gnu::noinline]] OpError OtherOperator(TokId op, const Value& left, const Value& right, Value& result) {
+    if (op == TOK_ADD) {
+        if (left.IsList()) return JoinToList(left, right, result);
+        if (left.IsString() || right.IsString()) return JoinTexts(left, right, result);
+    }
+    if (op >= TOK_EQ && op <= TOK_GEQ && left.IsString() && right.IsString())
+        return CompareStrings(op, left, right, result);
+    return SharedOperator(op, left, right, result);
 }
 
 // --- the shared rules
@@ -178,16 +234,9 @@ OpError SharedOperator(TokId op, const Value& left, const Value& right, Value& r
 }  // namespace
 
 OpError BinaryOperator(TokId op, const Value& left, const Value& right, Value& result) {
-    if (left.IsInt() && right.IsInt()) {
-        if (IntOperator(op, static_cast<int>(left.Int()), static_cast<int>(right.Int()), result))
-            return OpError::None;
-    } else if (left.IsNumeric() && right.IsNumeric()) {
-        if (FloatOperator(op, NumericPayload(left), NumericPayload(right), result)) return OpError::None;
-    } else if (op == TOK_ADD) {
-        if (left.IsList()) return JoinToList(left, right, result);
-        if (left.IsString() || right.IsString()) return JoinTexts(left, right, result);
-    }
-    return SharedOperator(op, left, right, result);
+    if (left.IsInt() && right.IsInt()) return IntOperator(op, left, right, result);
+    if (left.IsNumeric() && right.IsNumeric()) return FloatOperator(op, left, right, result);
+    return OtherOperator(op, left, right, result);
 }
 
 TokId OperatorOfAssignment(TokId assignment) {
