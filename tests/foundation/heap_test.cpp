@@ -88,33 +88,26 @@ TEST(Heap, KnowsItsPointers) {
 }
 
 TEST(Heap, ReAllocMovesAndClears) {
-    struct {
+    const struct {
         int from, to;
-    } kCases[] = {{8, 16}, {16, 8}, {8, 8}, {8, 0}, {0, 3}, {5000, 6000}, {3, 2000}};
-    for (const bool aligned : {false, true}) {
-        for (const auto& row : kCases) {
+    } kCases[] = {{16, 32}, {32, 16}, {16, 16}, {16, 0}, {16, 3}, {5008, 6000}, {16, 2000}};
+    for (const auto& row : kCases) {
+        for (const bool aligned : {false, true}) {
             SCOPED_TRACE(std::to_string(row.from) + " to " + std::to_string(row.to));
             CHeap heap("test", kPage);
-            const int oldSize = aligned ? (std::max(row.from, 1) + 15) / 16 * 16 : std::max(row.from, 1);
-            char* const p = Bytes(aligned ? heap.AllocateAligned(static_cast<std::size_t>(oldSize))
-                                          : heap.Allocate(oldSize));
-            std::memset(p, 'x', static_cast<std::size_t>(oldSize));
+            const auto from = static_cast<std::size_t>(row.from), to = static_cast<std::size_t>(row.to);
+            const auto allocate = [&] {
+                return Bytes(aligned ? heap.AllocateAligned(from) : heap.Allocate(row.from));
+            };
+            char* const p = allocate();
+            std::memset(p, 'x', from);
             char* const q = Bytes(heap.ReAlloc(p, row.to));
-            ASSERT_NE(q, nullptr);
-            EXPECT_NE(q, p);
-            const int size = std::max(row.to, 1);
-            std::string expected(static_cast<std::size_t>(size), '\0');
-            expected.replace(0, static_cast<std::size_t>(std::min(oldSize, row.to)),
-                             static_cast<std::size_t>(std::min(oldSize, row.to)), 'x');
-            EXPECT_EQ(std::string(q, static_cast<std::size_t>(size)), expected);
-            if (aligned) {
-                EXPECT_EQ(reinterpret_cast<std::uintptr_t>(q) % 16, 0u);
-                EXPECT_EQ(heap.AllocateAligned(static_cast<std::size_t>(oldSize)), p);
-            } else {
-                EXPECT_EQ(heap.Allocate(oldSize), p);
-            }
+            ASSERT_NE(q, p);
+            std::string expected(std::min(from, to), 'x');
+            expected.resize(std::max<std::size_t>(to, 1));
+            EXPECT_EQ(std::string(q, expected.size()), expected);
             EXPECT_EQ(heap.ReAlloc(q, -1), nullptr);
-            heap.Free(q);
+            EXPECT_EQ(allocate(), p);
         }
     }
 }
