@@ -86,7 +86,8 @@ CoreString& CoreString::operator+=(std::string_view text) {
 
 CoreString CoreString::operator+(char c) const& {
     CoreString sum;
-    if (sum.Reserve(static_cast<std::size_t>(m_length) + 1)) (sum += *this) += c;
+    const std::size_t count = c != 0;
+    if (sum.Reserve(static_cast<std::size_t>(m_length) + count)) (sum += *this) += c;
     return sum;
 }
 
@@ -214,7 +215,8 @@ bool CoreString::Grow(std::size_t count) {
     return SetCapacity(BlockSize(std::max(needed, grown))) || SetCapacity(BlockSize(needed));
 }
 
-// Makes room for a text of `length` bytes, and no more than that.
+// Makes room for a text of `length` bytes, and no more than that. The caller then makes the text that long:
+// a short one must not stay in a block.
 bool CoreString::Reserve(std::size_t length) {
     if (length < static_cast<std::size_t>(m_capacity)) return true;
     return length <= kLongestText && SetCapacity(BlockSize(length + 1));

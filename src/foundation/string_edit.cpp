@@ -198,7 +198,8 @@ bool CoreString::NextNumber(int step) {
     const std::string_view after = View().substr(static_cast<std::size_t>(behind));
     CoreString result;
     if (!result.Reserve(before.size() + sum.size() + after.size())) return false;
-    ((result += before) += sum) += after;
+    result.AppendBytes(before.data(), before.size());
+    result.AppendBytes(sum.data(), sum.size()).AppendBytes(after.data(), after.size());
     *this = std::move(result);
     return true;
 }

@@ -68,6 +68,10 @@ TEST(CoreStringEdit, CountsOn) {
         EXPECT_EQ(text.NextNumber(step), after != nullptr) << before;
         EXPECT_STREQ(text, after ? after : before);
     }
+    CoreString holed("01234567890123456-7");
+    holed[3] = 0;
+    EXPECT_TRUE(holed.NextNumber(1));
+    EXPECT_EQ(CoreString(holed).View(), std::string_view("012\0004567890123456-6", 19));
 }
 // clang-format on
 
