@@ -393,9 +393,11 @@ void PutText(Output& out, const Directive& directive, const char* text) {
     PutPadded(out, directive, {text, length});
 }
 
+// A NUL ends the output where it would stand, behind the padding of its width.
 void PutCharacter(Output& out, const Directive& directive, char c) {
-    PutPadded(out, directive, {&c, 1});
-    if (c == 0) out.Close();
+    if (c != 0) return PutPadded(out, directive, {&c, 1});
+    if (!directive.left && directive.width > 1) out.Fill(' ', static_cast<std::size_t>(directive.width) - 1);
+    out.Close();
 }
 
 // Writes one directive with its argument; false if there is no such conversion.

@@ -53,6 +53,9 @@ TEST(CoreString, NeverStoresANul) {
     text.PadLeft(5, '\0');
     EXPECT_EQ(text.Replace('a', '\0') + text.ReplaceAny("ab", '\0') + text.Replace('\0', 'x'), 0);
     EXPECT_EQ(Text(text), "ab");
+    const CoreString fullObject("0123456789abcde");
+    const CoreString sum = fullObject + '\0';
+    EXPECT_EQ(Text(CoreString(sum)), "0123456789abcde");
     text.SetAt(1, 0);
     text.SetAt(1, 'x');
     text.SetAt(-1, 'x');
@@ -242,6 +245,8 @@ TEST(CoreStringFormat, KeepsItsLimits) {
     const std::string large(70000, 'x');
     EXPECT_EQ(Formatted("%s", static_cast<const char*>(nullptr)), "(null)");
     EXPECT_EQ(Formatted("a%cb", 0), "a");
+    EXPECT_EQ(Formatted("%600d%3cb", 1, 0), std::string(599, ' ') + "1  ");
+    EXPECT_EQ(Formatted("a%-3cb", 0), "a");
     EXPECT_EQ(Formatted(""), "");
     EXPECT_EQ(Formatted("%s", large.c_str()), large.substr(0, 65535));
     EXPECT_EQ(Formatted("%2000000000d", 1), std::string(65535, ' '));
