@@ -97,7 +97,7 @@ CoreString UnitToString(int value, CoreUnits units, bool trimZeros) {
 
 int GetVisibleGridPrecision(CoreString& text) {
     const int point = text.Find('.');
-    if (point < 0) return 0;
+    if (point < 0 || text.GetLastChar() == '.') return 0;
     int count = 0;
     for (int i = text.GetLength() - 1; i > point; --i) {
         if (IsDigit(text[i]) && (count > 0 || text[i] != '0')) ++count;

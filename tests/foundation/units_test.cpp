@@ -53,8 +53,9 @@ TEST(Units, Formatting) {
 }
 
 TEST(Units, VisiblePrecision) {
-    const std::pair<const char*, int> rows[] = {{"0.0250in", 3}, {"5.000", 0}, {"1.2.30mm", 2}, {"0.1x2", 2},
-                                                {"", 0},         {"100", 0},   {"5.", 0},       {".5", 1}};
+    const std::pair<const char*, int> rows[] = {{"0.0250in", 3}, {"5.000", 0}, {"1.2.30mm", 2},
+                                                {"0.1x2", 2},    {"", 0},      {"100", 0},
+                                                {"5.", 0},       {".5", 1},    {"1.2.", 0}};
     for (const auto& [text, precision] : rows) {
         CoreString formatted(text);
         EXPECT_EQ(GetVisibleGridPrecision(formatted), precision) << text;

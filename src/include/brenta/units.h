@@ -8,13 +8,13 @@
 ///     int width = StringToUnit("20mil+5mil", kMils);              // 250000
 ///     CoreString text = UnitToString(width, kMils, true);         // "25mil"
 ///     CoreString wide = UnitToString(width, 3, kMillimeters);     // "0.635mm"
-///     if (!ValidateUnit(typed)) Complain(typed);                  // 0 alone does not tell a typo from a
-///     typed zero int decimals = GetVisibleGridPrecision(wide);               // 3
+///     int decimals = GetVisibleGridPrecision(wide);               // 3
+///     if (!ValidateUnit(typed)) Complain(typed);                  // a typo is 0 just as a typed zero
 ///
 /// Formatting and names may be used from any thread and never follow the locale: the decimal point is a
 /// point. Evaluating a text runs it as an expression of the scripting language, on the library-wide engine:
 /// those three functions take turns when several threads call them, and cost what running the expression
-/// costs; a plain number with or without a suffix is converted directly.
+/// costs, for a plain number too.
 #pragma once
 
 #include "brenta/export.h"
@@ -52,8 +52,8 @@ BRENTA_API double GetUnitFactor(CoreUnits units);
 
 /// A length with a fixed number of decimals and its suffix ("in", "mil", "cm", "mm"), rounded to the nearest,
 /// exact ties to the even digit: UnitToString(393700, 2, kMillimeters) is "1.00mm". A negative precision
-/// means 6 decimals.
-/// "" for a value of `units` outside the four.
+/// means 6 decimals, one above 1074, behind which there are only zeros, 1074. "" for a value of `units`
+/// outside the four.
 BRENTA_API CoreString UnitToString(int value, int precision, CoreUnits units);
 
 /// A length with 6 decimals for inches and 4 for the others, and its suffix. With `trimZeros` the zeros at
@@ -62,8 +62,8 @@ BRENTA_API CoreString UnitToString(int value, int precision, CoreUnits units);
 BRENTA_API CoreString UnitToString(int value, CoreUnits units, bool trimZeros);
 
 /// The number of decimals a formatted length really shows: the digits behind the first point without the
-/// zeros at the end, whatever suffix follows. "0.0250in" gives 3, "5.000" and a text without a point give 0.
-/// Leaves `text` as it is.
+/// zeros at the end, whatever suffix follows. "0.0250in" gives 3, "5.000" gives 0, and so does a text without
+/// a point or with one at its end. Leaves `text` as it is.
 BRENTA_API int GetVisibleGridPrecision(CoreString& text);
 
 // ---------------------------------------------------------------------------------------------------------------------
