@@ -36,7 +36,8 @@ bool WriteWholeFile(const char* path, std::string_view content);
 
 enum class PathKind { Absent, File, Directory };
 
-/// What a path leads to; everything that is there and no folder counts as a file.
+/// What a path leads to; everything that is there and no folder counts as a file, except that on Windows a
+/// file marked offline counts as absent.
 PathKind KindOfPath(const char* path);
 
 /// The path in the platform's form: on Linux with "/" for every "\", on Windows unchanged.

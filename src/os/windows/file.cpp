@@ -76,7 +76,8 @@ bool WriteWholeFile(const char* path, std::string_view content) {
 PathKind KindOfPath(const char* path) {
     const DWORD attributes = GetFileAttributesA(NativePath(path).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) return PathKind::Absent;
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::Directory : PathKind::File;
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return PathKind::Directory;
+    return (attributes & FILE_ATTRIBUTE_OFFLINE) != 0 ? PathKind::Absent : PathKind::File;
 }
 
 std::string NativePath(const char* path) {
