@@ -40,9 +40,8 @@ BRENTA_API bool IsQualifiedFilename(const char* path);
 
 /// Whether the part behind the last separator can name a file on every platform: it is not empty, begins with
 /// no "." and begins and ends with no blank or control character, holds none of < > | ? * " and ":", and is
-/// no device name
-/// ("con", "aux", "nul", "com1" to "com9", "lpt1" to "lpt9", in any case). "prn" and a device name with an
-/// extension pass.
+/// no device name ("con", "aux", "nul", "com1" to "com9", "lpt1" to "lpt9", in any case). "prn" and a device
+/// name with an extension pass.
 BRENTA_API bool IsLegalFilename(const char* path);
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -6,9 +6,8 @@
 ///
 ///     CoreString title = GetAppName(false, false);                          // brenta
 ///     CoreString scripts = AppendPaths(GetAppPath(), "Scripts");            // beside the executable
-///     CoreString recent = GetAppDataFileName("State", "recent", "txt");     // <data
-///     folder>\State\recent.txt std::FILE* file = std::fopen(CoreNativePath(recent), "r");            // see
-///     brenta/files.h about "\"
+///     CoreString recent = GetAppDataFileName("State", "recent", "txt");     // ...\State\recent.txt
+///     std::FILE* file = std::fopen(CoreNativePath(recent), "r");            // "\" is "/" on Linux
 ///
 /// Nothing is created by asking. The functions may be called from any thread; the results are new strings.
 #pragma once
