@@ -30,7 +30,7 @@ void NameIndex::Buckets::Enter(const NameNode& node, std::size_t number) {
         tags = At(number).m_tags.load(std::memory_order_relaxed);
     }
     const auto lane = (static_cast<std::size_t>(std::bit_width(tags)) + 7) / 8;
-    At(number).m_nodes[lane].store(&node, std::memory_order_relaxed);
+    At(number).m_nodes[lane].store(&node, std::memory_order_release);
     At(number).m_tags.store(tags | Bucket::TagOf(node.m_hash) << lane * 8, std::memory_order_release);
 }
 

@@ -185,7 +185,8 @@ inline bool NameKey::Equals(const NameNode& node) const {
 // Searching
 
 /// A bit in the byte of every lane whose tag equals `tag`. A lane above such a one may be marked wrongly,
-/// even a free one, if it differs in its lowest bit alone: one more comparison, no wrong answer.
+/// even a free one, if it differs in its lowest bit alone: one more comparison, no wrong answer. As the free
+/// one may just be receiving its node, nodes are published with release themselves.
 inline std::uint64_t NameIndex::Bucket::LanesWith(std::uint64_t tags, std::uint64_t tag) {
     constexpr std::uint64_t kMarks = 0x0080808080808080ull;
     const std::uint64_t differing = tags ^ kEveryLane * tag;
@@ -202,7 +203,7 @@ inline const NameNode* NameIndex::Find(const NameKey& key, Probe& probe) const {
         const std::uint64_t tags = bucket.m_tags.load(std::memory_order_acquire);
         for (std::uint64_t lanes = Bucket::LanesWith(tags, tag); lanes != 0; lanes &= lanes - 1) {
             const int lane = std::countr_zero(lanes) / 8;
-            const NameNode* pNode = bucket.m_nodes[lane].load(std::memory_order_relaxed);
+            const NameNode* pNode = bucket.m_nodes[lane].load(std::memory_order_acquire);
             if (pNode && key.Equals(*pNode)) return pNode;
         }
         if (!Bucket::IsFull(tags)) break;
