@@ -64,23 +64,23 @@ HeapCore::HeapCore(const char* name, int pageSize, os::Lock& lock)
     const std::size_t length = name ? std::min(std::strlen(name), sizeof m_name - 1) : 0;
     std::copy_n(name, length, m_name);
     m_name[length] = '\0';
-    if (m_pageSize > 0) TurnPage(Lane::Exact, m_pageSize);
+    if (m_pageSize > 0) NewPage(Lane::Exact, m_pageSize);
 }
 
 HeapCore::~HeapCore() {
-    for (HeapPage* page = m_pFirstPage.load(std::memory_order_acquire); page;) {
-        HeapPage* const next = page->Next();
-        HeapPage::Destroy(page);
+    for (COnePage* page = m_pFirstPage.load(std::memory_order_acquire); page;) {
+        COnePage* const next = page->Next();
+        delete page;
         page = next;
     }
 }
 
 /// A page in the list and in the index, or null without memory and everything as it was.
-HeapPage* HeapCore::NewPage(Lane lane, std::size_t size, bool forOneBlock) {
-    HeapPage* const page = HeapPage::Create(lane, size, forOneBlock);
+COnePage* HeapCore::AddPage(Lane lane, std::size_t size, bool forOneBlock) {
+    COnePage* const page = COnePage::Create(lane, size, forOneBlock);
     if (!page) return nullptr;
     if (!m_index.Add(*page)) {
-        HeapPage::Destroy(page);
+        delete page;
         return nullptr;
     }
     if (m_pLastPage) {
@@ -94,15 +94,15 @@ HeapPage* HeapCore::NewPage(Lane lane, std::size_t size, bool forOneBlock) {
 
 /// Gives the lane a new current page of max(size, page size) bytes; what is left of the former becomes one
 /// free block. False without memory, and everything as it was.
-bool HeapCore::TurnPage(Lane lane, std::size_t size) {
-    HeapPage* const page = NewPage(lane, std::max(size, m_pageSize), size > m_pageSize);
+bool HeapCore::NewPage(Lane lane, std::size_t size) {
+    COnePage* const page = AddPage(lane, std::max(size, m_pageSize), size > m_pageSize);
     if (!page) return false;
     LaneState& state = Of(lane);
     const std::size_t leastRest = lane == Lane::Exact ? 1 : kGranule;
     if (state.pCurrent && state.pCurrent->Left() >= leastRest) {
         std::size_t rest;
         const HeapBlock block = state.pCurrent->TakeRest(rest);
-        state.store.Add(rest, block);
+        AddToFreeStore(lane, rest, block);
     }
     state.pCurrent = page;
     return true;
@@ -131,19 +131,19 @@ inline char* HeapCore::AllocateExact(std::size_t size) {
 
 char* HeapCore::CarveExact(std::size_t size) {
     LaneState& lane = Of(Lane::Exact);
-    if ((!lane.pCurrent || lane.pCurrent->Left() < size) && !TurnPage(Lane::Exact, size)) return nullptr;
+    if ((!lane.pCurrent || lane.pCurrent->Left() < size) && !NewPage(Lane::Exact, size)) return nullptr;
     return lane.pCurrent->Carve(size);
 }
 
-inline void HeapCore::FreeExact(HeapPage& page, char* p) {
+inline void HeapCore::FreeExact(COnePage& page, char* p) {
     ExactNote& note = page.ExactNoteOf(p);
     const unsigned byte = ByteInGranule(p);
     if (!note.IsLive(byte)) return;
     note.ClearLive(byte);
-    Of(Lane::Exact).store.Add(note.SizeOfBlock(byte), {p, &note});
+    AddToFreeStore(Lane::Exact, note.SizeOfBlock(byte), {p, &note});
 }
 
-char* HeapCore::ReAllocExact(HeapPage& page, char* p, int size, bool& known) {
+char* HeapCore::ReAllocExact(COnePage& page, char* p, int size, bool& known) {
     const os::LockGuard guard(m_lock);
     const ExactNote& note = page.ExactNoteOf(p);
     const unsigned byte = ByteInGranule(p);
@@ -197,23 +197,23 @@ unsigned HeapCore::TakeFree(std::size_t size, HeapBlock* blocks, unsigned count,
 
 HeapBlock HeapCore::CarveAligned(std::size_t size) {
     if (size > m_pageSize || size > kLargestNotedSize) {
-        HeapPage* const page = NewPage(Lane::Aligned, size, true);
+        COnePage* const page = AddPage(Lane::Aligned, size, true);
         return page ? page->CarveFree(size) : HeapBlock{nullptr, nullptr};
     }
     LaneState& lane = Of(Lane::Aligned);
     const bool fits = lane.pCurrent && lane.pCurrent->Left() >= size;
-    if (!fits && !TurnPage(Lane::Aligned, size)) return {nullptr, nullptr};
+    if (!fits && !NewPage(Lane::Aligned, size)) return {nullptr, nullptr};
     return lane.pCurrent->CarveFree(size);
 }
 
 void HeapCore::GiveFree(std::size_t size, const HeapBlock* blocks, unsigned count) {
     const os::LockGuard guard(m_lock);
     for (unsigned i = 0; i < count; ++i)
-        Of(Lane::Aligned).store.Add(size, blocks[i]);
+        AddToFreeStore(Lane::Aligned, size, blocks[i]);
 }
 
 /// Two threads may free the same block at once by mistake: the exchange lets one of them have it.
-inline void HeapCore::FreeAligned(HeapPage& page, char* p) {
+inline void HeapCore::FreeAligned(COnePage& page, char* p) {
     if (ByteInGranule(p) != 0) return;
     AlignedNote& rawNote = page.AlignedNoteOf(p);
     const std::atomic_ref<AlignedNote> note(rawNote);
@@ -244,7 +244,7 @@ void HeapCore::KeepAligned(std::size_t size, HeapBlock block) {
     store->Put(size, block);
 }
 
-char* HeapCore::ReAllocAligned(HeapPage& page, char* p, int size, bool& known) {
+char* HeapCore::ReAllocAligned(COnePage& page, char* p, int size, bool& known) {
     if (ByteInGranule(p) != 0) return nullptr;
     const AlignedNote note = std::atomic_ref(page.AlignedNoteOf(p)).load(std::memory_order_relaxed);
     known = (note & kLive) != 0;
@@ -263,9 +263,9 @@ char* HeapCore::ReAllocAligned(HeapPage& page, char* p, int size, bool& known) {
 // HeapCore: both lanes
 
 inline void HeapCore::Free(void* p) {
-    HeapPage* const page = m_index.Find(p);
+    COnePage* const page = m_index.Find(p);
     char* const bytes = static_cast<char*>(p);
-    if (!page || !page->HasNote(bytes)) return;
+    if (!page) return;
     if (page->GetLane() == Lane::Aligned) {
         FreeAligned(*page, bytes);
     } else if (os::SingleThreaded()) {
@@ -275,17 +275,17 @@ inline void HeapCore::Free(void* p) {
     }
 }
 
-void HeapCore::FreeExactLocked(HeapPage& page, char* p) {
+void HeapCore::FreeExactLocked(COnePage& page, char* p) {
     const os::LockGuard guard(m_lock);
     FreeExact(page, p);
 }
 
 void* HeapCore::ReAlloc(void* p, int size) {
-    HeapPage* const page = m_index.Find(p);
+    COnePage* const page = m_index.Find(p);
     char* const bytes = static_cast<char*>(p);
     bool known = false;
     char* fresh = nullptr;
-    if (page && page->HasNote(bytes)) {
+    if (page) {
         fresh = page->GetLane() == Lane::Exact ? ReAllocExact(*page, bytes, size, known)
                                                : ReAllocAligned(*page, bytes, size, known);
     }
@@ -298,7 +298,7 @@ void* HeapCore::ReAlloc(void* p, int size) {
 
 int HeapCore::GetBytesUsed() const {
     std::uint64_t sum = 0;
-    for (HeapPage* page = m_pFirstPage.load(std::memory_order_acquire); page; page = page->Next()) {
+    for (COnePage* page = m_pFirstPage.load(std::memory_order_acquire); page; page = page->Next()) {
         sum += page->Used();
     }
     return static_cast<int>(std::min<std::uint64_t>(sum, INT_MAX));
@@ -306,7 +306,7 @@ int HeapCore::GetBytesUsed() const {
 
 bool HeapCore::IsValidHeapPtr(const void* p) const {
     const auto address = reinterpret_cast<std::uintptr_t>(p);
-    for (HeapPage* page = m_pFirstPage.load(std::memory_order_acquire); page; page = page->Next()) {
+    for (COnePage* page = m_pFirstPage.load(std::memory_order_acquire); page; page = page->Next()) {
         const auto start = reinterpret_cast<std::uintptr_t>(page->Start());
         // The last carved byte does not count.
         if (address >= start && address - start + 1 < page->Used()) return true;

@@ -47,21 +47,22 @@ class HeapCore {
  private:
     struct LaneState {
         FreeStore store;
-        HeapPage* pCurrent = nullptr;
+        COnePage* pCurrent = nullptr;
     };
 
-    HeapPage* NewPage(Lane lane, std::size_t size, bool forOneBlock);
-    bool TurnPage(Lane lane, std::size_t size);
+    COnePage* AddPage(Lane lane, std::size_t size, bool forOneBlock);
+    bool NewPage(Lane lane, std::size_t size);
     char* AllocateExact(std::size_t size);
     char* CarveExact(std::size_t size);
     HeapBlock CarveAligned(std::size_t size);
-    void FreeExact(HeapPage& page, char* p);
-    void FreeExactLocked(HeapPage& page, char* p);
-    void FreeAligned(HeapPage& page, char* p);
+    void FreeExact(COnePage& page, char* p);
+    void FreeExactLocked(COnePage& page, char* p);
+    void FreeAligned(COnePage& page, char* p);
     void KeepAligned(std::size_t size, HeapBlock block);
-    char* ReAllocExact(HeapPage& page, char* p, int size, bool& known);
-    char* ReAllocAligned(HeapPage& page, char* p, int size, bool& known);
+    char* ReAllocExact(COnePage& page, char* p, int size, bool& known);
+    char* ReAllocAligned(COnePage& page, char* p, int size, bool& known);
 
+    void AddToFreeStore(Lane lane, std::size_t size, HeapBlock block) { Of(lane).store.Add(size, block); }
     LaneState& Of(Lane lane) { return m_lanes[static_cast<int>(lane)]; }
 
     os::Lock m_ownLock;
@@ -71,8 +72,8 @@ class HeapCore {
     LaneState m_lanes[2];
     std::atomic<std::uint32_t> m_allocations{0};
     std::atomic<std::uint32_t> m_reuses{0};
-    std::atomic<HeapPage*> m_pFirstPage{nullptr};
-    HeapPage* m_pLastPage = nullptr;
+    std::atomic<COnePage*> m_pFirstPage{nullptr};
+    COnePage* m_pLastPage = nullptr;
     char m_name[260];
 };
 

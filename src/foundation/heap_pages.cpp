@@ -10,11 +10,11 @@
 namespace brenta {
 
 // ---------------------------------------------------------------------------------------------------------
-// HeapPage
+// COnePage
 
-HeapPage* HeapPage::Create(Lane lane, std::size_t size, bool forOneBlock) {
+COnePage* COnePage::Create(Lane lane, std::size_t size, bool forOneBlock) {
     const std::size_t notes = forOneBlock ? 1 : (size + kGranule - 1) / kGranule;
-    auto* page = new (std::nothrow) HeapPage;
+    auto* page = new (std::nothrow) COnePage;
     if (!page) return nullptr;
     page->m_pBytes = static_cast<char*>(std::malloc(size));
     // calloc, because it gets zeroes from the system for nothing.
@@ -25,30 +25,28 @@ HeapPage* HeapPage::Create(Lane lane, std::size_t size, bool forOneBlock) {
         page->m_pAligned = static_cast<AlignedNote*>(noteBytes);
     }
     page->m_size = size;
-    page->m_noteCount = notes;
     page->m_left = size;
     page->m_lane = lane;
     page->m_forOneBlock = forOneBlock;
     if (!page->m_pBytes || !noteBytes) {
-        Destroy(page);
+        delete page;
         return nullptr;
     }
     if (lane == Lane::Aligned) Poison(page->m_pBytes, size);
     return page;
 }
 
-void HeapPage::Destroy(HeapPage* page) {
-    if (page->m_pBytes) Unpoison(page->m_pBytes, page->m_size);
-    std::free(page->m_pBytes);
-    if (page->m_lane == Lane::Exact) {
-        std::free(page->m_pExact);
+COnePage::~COnePage() {
+    if (m_pBytes) Unpoison(m_pBytes, m_size);
+    std::free(m_pBytes);
+    if (m_lane == Lane::Exact) {
+        std::free(m_pExact);
     } else {
-        std::free(page->m_pAligned);
+        std::free(m_pAligned);
     }
-    delete page;
 }
 
-void* HeapPage::NoteBlock(std::size_t offset, std::size_t size, bool live) {
+void* COnePage::NoteBlock(std::size_t offset, std::size_t size, bool live) {
     if (m_lane == Lane::Exact) {
         ExactNote& note = m_pExact[offset / kGranule];
         const auto byte = static_cast<unsigned>(offset % kGranule);
@@ -63,7 +61,7 @@ void* HeapPage::NoteBlock(std::size_t offset, std::size_t size, bool live) {
     return &note;
 }
 
-char* HeapPage::Carve(std::size_t size) {
+char* COnePage::Carve(std::size_t size) {
     const std::size_t offset = Used();
     NoteBlock(offset, size, true);
     m_used.store(offset + size, std::memory_order_relaxed);
@@ -71,7 +69,7 @@ char* HeapPage::Carve(std::size_t size) {
     return m_pBytes + offset;
 }
 
-HeapBlock HeapPage::CarveFree(std::size_t size) {
+HeapBlock COnePage::CarveFree(std::size_t size) {
     const std::size_t offset = Used();
     void* const note = NoteBlock(offset, size, false);
     m_used.store(offset + size, std::memory_order_relaxed);
@@ -79,7 +77,7 @@ HeapBlock HeapPage::CarveFree(std::size_t size) {
     return {m_pBytes + offset, note};
 }
 
-HeapBlock HeapPage::TakeRest(std::size_t& size) {
+HeapBlock COnePage::TakeRest(std::size_t& size) {
     const std::size_t offset = Used();
     size = m_lane == Lane::Exact ? m_left : m_left / kGranule * kGranule;
     m_left = 0;
@@ -105,7 +103,7 @@ PageIndex::~PageIndex() {
     }
 }
 
-bool PageIndex::Add(HeapPage& page) {
+bool PageIndex::Add(COnePage& page) {
     const auto start = reinterpret_cast<std::uintptr_t>(page.Start());
     const std::uintptr_t first = start >> m_shift;
     const std::uintptr_t last = page.IsForOneBlock() ? first : (start + page.Size() - 1) >> m_shift;
@@ -133,19 +131,19 @@ bool PageIndex::Reserve(std::size_t entries) {
     }
     for (std::size_t i = 0; old && i <= old->mask; ++i) {
         const Slot& slot = old->pSlots[i];
-        if (HeapPage* page = slot.pPage.load(std::memory_order_relaxed)) Enter(*table, slot.region, *page);
+        if (COnePage* page = slot.pPage.load(std::memory_order_relaxed)) Enter(*table, slot.region, *page);
     }
     m_pTable.store(table, std::memory_order_release);
     return true;
 }
 
-void PageIndex::Enter(Table& table, std::uintptr_t region, HeapPage& page) {
+void PageIndex::Enter(Table& table, std::uintptr_t region, COnePage& page) {
     std::size_t i = table.SlotOf(region);
     while (table.pSlots[i].pPage.load(std::memory_order_relaxed))
         i = (i + 1) & table.mask;
     Slot& slot = table.pSlots[i];
     slot.start = reinterpret_cast<std::uintptr_t>(page.Start());
-    slot.size = page.Size();
+    slot.size = page.IsForOneBlock() ? kGranule : page.Size();
     slot.region = region;
     slot.pPage.store(&page, std::memory_order_release);
 }

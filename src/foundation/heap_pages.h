@@ -75,12 +75,15 @@ struct HeapBlock {
 };
 
 /// A page of a heap. All changes happen under the heap's lock, except to the notes of the aligned lane.
-class HeapPage {
+class COnePage {
  public:
     /// A page of `size` bytes (at least 1); null without memory. `forOneBlock`: the page will hold just one
     /// block of this size.
-    static HeapPage* Create(Lane lane, std::size_t size, bool forOneBlock);
-    static void Destroy(HeapPage* page);
+    static COnePage* Create(Lane lane, std::size_t size, bool forOneBlock);
+    /// Releases the page's bytes and notes.
+    virtual ~COnePage();
+    COnePage(const COnePage&) = delete;
+    COnePage& operator=(const COnePage&) = delete;
 
     Lane GetLane() const { return m_lane; }
     char* Start() const { return m_pBytes; }
@@ -102,20 +105,17 @@ class HeapPage {
 
     ExactNote& ExactNoteOf(const char* p) const { return m_pExact[GranuleOf(p)]; }
     AlignedNote& AlignedNoteOf(const char* p) const { return m_pAligned[GranuleOf(p)]; }
-    /// Whether p lies on a granule that has a note; for pages of one block others can be asked for.
-    bool HasNote(const char* p) const { return GranuleOf(p) < m_noteCount; }
     /// Size in bytes of a block of the aligned lane, from its note.
     std::size_t AlignedSize(AlignedNote note) const {
         const AlignedNote granules = note & kGranulesMask;
         return granules == kWholePage ? m_size : granules * kGranule;
     }
 
-    HeapPage* Next() const { return m_pNext.load(std::memory_order_acquire); }
-    void SetNext(HeapPage* next) { m_pNext.store(next, std::memory_order_release); }
+    COnePage* Next() const { return m_pNext.load(std::memory_order_acquire); }
+    void SetNext(COnePage* next) { m_pNext.store(next, std::memory_order_release); }
 
  private:
-    HeapPage() = default;
-    ~HeapPage() = default;
+    COnePage() = default;
 
     std::size_t GranuleOf(const char* p) const { return static_cast<std::size_t>(p - m_pBytes) / kGranule; }
     void* NoteBlock(std::size_t offset, std::size_t size, bool live);
@@ -126,10 +126,9 @@ class HeapPage {
         ExactNote* m_pExact = nullptr;
         AlignedNote* m_pAligned;
     };
-    std::size_t m_noteCount = 0;
     std::size_t m_left = 0;
     std::atomic<std::size_t> m_used{0};
-    std::atomic<HeapPage*> m_pNext{nullptr};
+    std::atomic<COnePage*> m_pNext{nullptr};
     Lane m_lane = Lane::Exact;
     bool m_forOneBlock = false;
 };
@@ -158,17 +157,17 @@ class PageIndex {
     PageIndex& operator=(const PageIndex&) = delete;
 
     /// Adds a page; under the heap's lock. False, and nothing added that counts, without memory.
-    bool Add(HeapPage& page);
+    bool Add(COnePage& page);
 
-    /// The page in which `p` lies; null if there is none, or if p is inside a page of one block behind its
-    /// first region.
-    HeapPage* Find(const void* p) const {
+    /// The page that has a note for the granule of `p`, that is, in which p lies, or for a page of one block
+    /// at whose very start; null if there is none.
+    COnePage* Find(const void* p) const {
         const auto address = reinterpret_cast<std::uintptr_t>(p);
         const Table* table = m_pTable.load(std::memory_order_acquire);
         if (!table) return nullptr;
         for (std::size_t i = table->SlotOf(address >> m_shift);; i = (i + 1) & table->mask) {
             const Slot& slot = table->pSlots[i];
-            HeapPage* page = slot.pPage.load(std::memory_order_acquire);
+            COnePage* page = slot.pPage.load(std::memory_order_acquire);
             if (!page || address - slot.start < slot.size) return page;
         }
     }
@@ -178,7 +177,7 @@ class PageIndex {
         std::uintptr_t start;
         std::size_t size;
         std::uintptr_t region;
-        std::atomic<HeapPage*> pPage;
+        std::atomic<COnePage*> pPage;
     };
     struct Table {
         std::size_t SlotOf(std::uintptr_t region) const { return (region * 0x9E3779B97F4A7C15u) >> shift; }
@@ -190,7 +189,7 @@ class PageIndex {
     };
 
     bool Reserve(std::size_t entries);
-    static void Enter(Table& table, std::uintptr_t region, HeapPage& page);
+    static void Enter(Table& table, std::uintptr_t region, COnePage& page);
 
     unsigned m_shift;
     std::size_t m_count = 0;

@@ -22,8 +22,8 @@
 /// Delete. Containers copy deeply, keeping the order. Nodes live on the aligned lane of the library's global
 /// heap (brenta/heap.h), and so does a container made with `new`. Without memory an addition adds nothing.
 ///
-/// Iterators hold bare node pointers: removing the node on which an iterator stands, by any other way than
-/// through this iterator, leaves it dangling. Stepping on from a node is the only way it can notice changes.
+/// Iterators hold bare node pointers. A node that goes in any other way than through the iterator that stands
+/// on it, or that has just stepped off it, leaves that iterator dangling, and nothing can notice it.
 ///
 /// A call that breaks a rule raises a forced crash (brenta/failure.h) with the source "Templ"; each operation
 /// says what it does when the handler resumes.

@@ -125,23 +125,30 @@ BRENTA_API void HeapDelete(void* p) noexcept;
 
 /// Makes a class heap-aware: its objects and arrays come from the global heap. `new` yields null without
 /// memory instead of throwing. Put it into the public part of the class; derived classes inherit it. Classes
-/// that ask for an alignment above 16 cannot be heap-aware; `new` of such a class does not compile.
-#define BRENTA_HEAP_OPERATORS                                            \
-    static void* operator new(std::size_t size) noexcept {               \
-        return ::brenta::HeapNew(size);                                  \
-    }                                                                    \
-    static void* operator new[](std::size_t size) noexcept {             \
-        return ::brenta::HeapNew(size);                                  \
-    }                                                                    \
-    static void* operator new(std::size_t, void* place) noexcept {       \
-        return place;                                                    \
-    }                                                                    \
-    static void* operator new(std::size_t, std::align_val_t) = delete;   \
-    static void* operator new[](std::size_t, std::align_val_t) = delete; \
-    static void operator delete(void* p) noexcept {                      \
-        ::brenta::HeapDelete(p);                                         \
-    }                                                                    \
-    static void operator delete[](void* p) noexcept {                    \
-        ::brenta::HeapDelete(p);                                         \
-    }                                                                    \
+/// that ask for an alignment above 16 cannot be heap-aware; `new` of such a class does not compile. Placement
+/// and nothrow forms are there too, since the class's operators hide the global ones.
+#define BRENTA_HEAP_OPERATORS                                                     \
+    static void* operator new(std::size_t size) noexcept {                        \
+        return ::brenta::HeapNew(size);                                           \
+    }                                                                             \
+    static void* operator new[](std::size_t size) noexcept {                      \
+        return ::brenta::HeapNew(size);                                           \
+    }                                                                             \
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept { \
+        return ::brenta::HeapNew(size);                                           \
+    }                                                                             \
+    static void* operator new(std::size_t, void* place) noexcept {                \
+        return place;                                                             \
+    }                                                                             \
+    static void* operator new(std::size_t, std::align_val_t) = delete;            \
+    static void* operator new[](std::size_t, std::align_val_t) = delete;          \
+    static void operator delete(void* p) noexcept {                               \
+        ::brenta::HeapDelete(p);                                                  \
+    }                                                                             \
+    static void operator delete[](void* p) noexcept {                             \
+        ::brenta::HeapDelete(p);                                                  \
+    }                                                                             \
+    static void operator delete(void* p, const std::nothrow_t&) noexcept {        \
+        ::brenta::HeapDelete(p);                                                  \
+    }                                                                             \
     static void operator delete(void*, void*) noexcept {}
