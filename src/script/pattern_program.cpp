@@ -143,13 +143,11 @@ bool PatternProgram::AddFirstByte(const Step& step, RECharClass& bytes) {
     }
 }
 
-// An empty atom at a chain's end takes nothing and ends nothing, unless it is the last of a list of
-// alternatives.
+// An empty atom at a chain's end takes nothing and ends nothing: an alternative before it passes just as
+// well.
 void PatternProgram::DropTrailingEmpty(std::vector<Step>& steps) {
-    while (!steps.empty() && steps.back().op == Op::Empty) {
-        if (steps.size() > 1 && steps[steps.size() - 2].alternative) return;
+    while (!steps.empty() && steps.back().op == Op::Empty)
         steps.pop_back();
-    }
 }
 
 // One alternative that matches ends its list: the walk goes on behind the first atom that carries no "|".
@@ -190,7 +188,7 @@ PatternProgram::Match PatternProgram::Longest(const char* at) const {
             length = SkipText(at, kind.text) != nullptr ? kind.textLength : 0;
         }
         if (length <= best.length) continue;
-        best = {kind.token, length, best.displaced || best.length > 0, kind.mayBreakLines};
+        best = {kind.token, length, best.length > 0, kind.mayBreakLines};
     }
     return best;
 }
