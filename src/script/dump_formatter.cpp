@@ -37,6 +37,7 @@ void DumpFormatter::Add(const char* text) {
         NewLine();
         text = lineEnd + 1;
     }
+    // The formatter indents the new line itself, so blanks that the text brings along are dropped.
     m_line += text + std::strspn(text, " ");
 }
 
@@ -54,6 +55,7 @@ void DumpFormatter::Push() {
     NewLine();
 }
 
+// The line that is finished first is empty, or blank, when the block's last text ended its line itself.
 void DumpFormatter::Pop() {
     --m_indent;
     NewLine();

@@ -1,3 +1,4 @@
+// Formatting goes through CoreString, which has its own: the same on all platforms and deaf to the locale.
 #include "brenta/message_stream.h"
 
 #include <cstdarg>
@@ -50,6 +51,7 @@ void CScriptMsgStream::Error(const ScriptPosition& position, const char* format,
     va_start(arguments, format);
     text += FormatMessage(format, arguments);
     va_end(arguments);
+    // Set before the output and kept after it, so that a host may ask during the call or later.
     m_position = position;
     OutputErrStream(text);
 }

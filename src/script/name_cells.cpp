@@ -1,3 +1,4 @@
+// Cells and their index grow and never shrink: a name that was once bound will be bound again.
 #include "script/name_cells.h"
 
 #include <cstdlib>
@@ -144,6 +145,8 @@ void NameCells::TopSymbols(TOrderedList<CCoreSymbol*>& out) const {
         if (binding.symbol != nullptr) out.Add(binding.symbol);
 }
 
+// Nearly always the symbol stands in front under its own name. It may also be hidden by an inner binding, or
+// stand under another name; then the newest of all bindings is searched for.
 Value* NameCells::ValueOf(const CCoreSymbol& symbol) {
     NameCell* cell = FindCell(symbol.GetName());
     if (cell != nullptr && cell->symbol == &symbol) return &cell->value;
@@ -153,6 +156,7 @@ Value* NameCells::ValueOf(const CCoreSymbol& symbol) {
     return nullptr;
 }
 
+// The way through a Var gives texts and lists of their own: counts are not made for two threads.
 void NameCells::CopyGlobals(const NameCells& other) {
     if (other.m_depth == 0) return;
     const std::size_t end = other.m_depth == 1 ? other.m_logSize : other.m_marks[1];

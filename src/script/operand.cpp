@@ -1,3 +1,6 @@
+// The rules of the operators. The left operand decides: each operator asks it for its kind and takes the
+// right one as that kind needs it - as a number, as a text form, as an int, as a truth. A pair for which an
+// operator has no meaning gives null (arithmetic) or false (comparisons); nothing here fails.
 #include "script/operand.h"
 
 #include <algorithm>
@@ -12,6 +15,7 @@ namespace brenta {
 
 namespace {
 
+/// "True" in any case, and nothing longer: "trueish" is read as a number and so is false.
 bool EqualsTrue(std::string_view text) {
     return text.size() == 4 && CompareIgnoringCase(text.data(), "true") == 0;
 }
@@ -71,6 +75,7 @@ double NumberOf(const Operand& operand) {
 
 int IntOf(const Operand& operand, int& nullReads) {
     switch (operand.kind) {
+        // Out of the range of an int, and not a number, is INT_MIN everywhere in the language.
         case VarKind::Bool:
         case VarKind::Int:
         case VarKind::Float:
@@ -123,6 +128,7 @@ void AddPrinted(const Operand& operand, TextSink& out) {
 
 namespace {
 
+/// Each relation by itself, none as the opposite of another: all four are false for what is not a number.
 template <class T>
 bool Relate(TokId op, T a, T b) {
     switch (op) {
@@ -196,6 +202,8 @@ void Concatenate(const Operand& left, const Operand& right, std::size_t limit, O
     StoreText(result.buffer.View(), result);
 }
 
+/// A text in which nothing is found stays where it is, so that whoever stores the result can see that it is
+/// the left operand itself. The empty text is found everywhere and removes nothing.
 void RemoveOccurrences(const Operand& left, const Operand& right, std::size_t limit, OperatorResult& result) {
     const OperandText unwanted(right, limit, result);
     if (left.text.find(unwanted.View()) == std::string_view::npos) return StoreText(left.text, result);
@@ -204,6 +212,7 @@ void RemoveOccurrences(const Operand& left, const Operand& right, std::size_t li
     StoreText(result.buffer.View(), result);
 }
 
+/// Numbers add only if neither side is a string: 5 + "a" is "5a". Without a number on the left nothing adds.
 void Add(const Operand& left, const Operand& right, std::size_t limit, OperatorResult& result) {
     if (left.kind == VarKind::String || right.kind == VarKind::String) {
         Concatenate(left, right, limit, result);
@@ -233,6 +242,7 @@ void Divide(const Operand& left, const Operand& right, OperatorResult& result) {
 }
 
 void Modulo(const Operand& left, const Operand& right, OperatorResult& result) {
+    // Ints alone have an integer remainder; a bool or a string of digits on the left is not one.
     if (left.kind != VarKind::Int) return StoreFloat(std::fmod(NumberOf(left), NumberOf(right)), result);
     const int divisor = IntOf(right, result.nullReads);
     result.divisionByZero = divisor == 0;
@@ -247,6 +257,7 @@ std::size_t ShiftCount(const Operand& right, OperatorResult& result) {
     return count < 0 ? 0 : static_cast<std::size_t>(count);
 }
 
+/// Shifting a string cuts characters off, which leaves a view of the operand.
 void Shift(TokId op, const Operand& left, const Operand& right, OperatorResult& result) {
     if (left.kind == VarKind::String) {
         std::string_view text = left.text;
@@ -270,6 +281,8 @@ void CombineBits(TokId op, const Operand& left, const Operand& right, OperatorRe
     StoreInt(op == TOK_AND ? a & b : op == TOK_OR ? a | b : a ^ b, result);
 }
 
+/// For numbers, strings and references on the left. A reference that is compared with something else is asked
+/// whether it is null, which makes `object == null` work although null itself equals nothing.
 bool AreEqual(const Operand& left, const Operand& right, std::size_t limit, OperatorResult& result) {
     if (left.IsNumeric()) return left.number == NumberOf(right);
     if (left.kind == VarKind::String) return left.text == OperandText(right, limit, result).View();
@@ -297,6 +310,7 @@ void CompareOrder(TokId op, const Operand& left, const Operand& right, std::size
 }
 
 void CombineBools(TokId op, const Operand& left, const Operand& right, OperatorResult& result) {
+    // Both are read before they are combined: a null on the right is an error also behind `true ||`.
     const bool a = BoolOf(left, result.nullReads);
     const bool b = BoolOf(right, result.nullReads);
     StoreBool(op == TOK_LOG_OR ? a || b : a && b, result);
@@ -310,6 +324,7 @@ void StoreNarrowed(double number, OperatorResult& result) {
 }
 
 int IntRemainder(int a, int b) {
+    // INT_MIN % -1 traps on some processors although its result, 0, is as good as any.
     return b == -1 ? 0 : a % b;
 }
 

@@ -47,6 +47,7 @@ class ScriptClassFactory {
     ScriptClassFactory& operator=(const ScriptClassFactory&) = delete;
 
     void Register(STRID name, ScriptableCreator create) {
+        if (create == nullptr) return;
         auto* entry = new (std::nothrow) Entry{name, create, m_pHead.load(std::memory_order_relaxed)};
         if (entry == nullptr) return;
         while (!m_pHead.compare_exchange_weak(entry->next, entry, std::memory_order_release,

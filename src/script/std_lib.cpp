@@ -1,3 +1,4 @@
+// The standard library: two prompts. The texts are shown as they are, never used as formats.
 #include "brenta/framework.h"
 #include "brenta/scriptable.h"
 
@@ -5,6 +6,7 @@ namespace brenta {
 
 namespace {
 
+/// Interned on first use; two engines on two threads may get there together.
 struct MethodNames {
     STRID prompt = StrId("Prompt");
     STRID promptYesNo = StrId("PromptYesNo");
@@ -23,6 +25,7 @@ const char* MessageOf(const CCoreScriptable::IOB& request) {
 
 bool CallMethod(CCoreScriptable::IOB& request) {
     if (request.name == Names().prompt) {
+        // The result slot stays as it is: a prompt has no value.
         AfxMessageBox(MessageOf(request), MB_OK, 0);
         return true;
     }
@@ -36,6 +39,7 @@ Var EmptyList(STRID name) {
     return Var(TOrderedList<Var>(), name);
 }
 
+/// A method is described by its parameters, each an int with the parameter's name.
 Var DescribeMethod(STRID name) {
     Var method = EmptyList(name);
     method.Add(Var(0, StrId("msg")));

@@ -1,3 +1,9 @@
+// The table of scopes, a face of NameCells (script/name_cells.h), where the bindings are.
+//
+// Symbols find their way back to the table through a link that they share with it: a symbol may outlive its
+// table, and a table its symbols, so neither may hold a bare pointer to the other for longer than a binding
+// lasts. Every symbol that the table takes in or hands out gets the link; the engine binds many that no host
+// ever asks for.
 #include "brenta/failure.h"
 #include "brenta/symbols.h"
 #include "script/name_cells.h"

@@ -1,4 +1,8 @@
 // Variables and functions; classes are in class_symbol.cpp.
+//
+// A symbol's initial value has two readers: hosts want a Var, bindings want a Value that can be shared. Most
+// symbols never need both, and the Var of an array of a million elements is best never made, so a symbol
+// keeps the form it was given and makes the other when somebody asks.
 #include "brenta/symbols.h"
 
 #include "brenta/dump.h"
@@ -30,6 +34,7 @@ const char* CCoreSymbol::GetBaseClassName() const {
 
 void CCoreSymbol::Dump(DumpFormatter&) const {}
 
+// What a script sees under a name. A function is not its symbol's value, which is null.
 Value SymbolAccess::StartValue(CCoreSymbol& symbol) {
     switch (symbol.GetKind()) {
         case SymbolKind::Other:
@@ -132,6 +137,7 @@ Value* BoundValue(const CCoreSymbol& symbol) {
 }  // namespace
 
 const Var& ScriptSymbol::GetValue() const {
+    // A copy each time: the binding changes under the reference that callers hold.
     const Value* bound = BoundValue(*this);
     // What a script sees under a function's name is the function; the symbol's own value is its initial one.
     if (bound == nullptr || (bound->IsFunction() && bound->Function() == this)) return GetInitialValue();
@@ -148,6 +154,7 @@ void ScriptSymbol::SetValue(const Var& value) {
     m_hasInitial = true;
     delete m_pStart;
     m_pStart = nullptr;
+    // The objects that classes keep hold the former value.
     if (m_isMember) SymbolAccess::NoteClassChange();
 }
 
@@ -160,6 +167,7 @@ void ScriptSymbol::Aggregate(ClassSymbol* cls, Var& out) const {
 }
 
 ScriptSymbol* ScriptSymbol::GetMember(STRID name) const {
+    // Only a function's reference says by its name that it points to a symbol; all others point to objects.
     for (TIter<Var> iter = GetValue().GetListIter(); iter.Get() != nullptr; iter.Next()) {
         if (iter.Get()->GetName() != kFunctionName) continue;
         auto* symbol = static_cast<FuncSymbol*>(iter.Get()->GetRef());
@@ -174,6 +182,7 @@ ScriptSymbol* ScriptSymbol::GetMember(STRID name) const {
 FuncSymbol::FuncSymbol(STRID name) : ScriptSymbol(name, SymbolKind::Function) {}
 
 FuncSymbol::~FuncSymbol() {
+    // The plan may look at body and parameters, so it goes first.
     if (m_pPlan != nullptr) m_pDeletePlan(m_pPlan);
     delete m_pBody;
     for (ScriptSymbol* param : m_params)

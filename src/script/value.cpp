@@ -1,3 +1,4 @@
+// Strings, and the end of bodies.
 #include "script/value.h"
 
 #include <algorithm>
@@ -11,6 +12,7 @@ namespace brenta {
 
 namespace {
 
+/// Never less than the header with its padding, whose bytes short texts use.
 std::size_t StringBodySize(std::size_t capacity) {
     return std::max(sizeof(StringBody), offsetof(StringBody, bytes) + capacity + 1);
 }
@@ -24,6 +26,7 @@ StringBody* NewString(std::size_t capacity) {
 }
 
 void SetBytes(StringBody& body, std::size_t start, std::string_view text) {
+    // Through a pointer: the array in the declaration has one element, the block has many.
     char* bytes = body.bytes;
     if (!text.empty()) std::memmove(bytes + start, text.data(), text.size());
     bytes[start + text.size()] = 0;
@@ -66,6 +69,7 @@ void* ResizeBody(void* block, std::size_t size) {
     return resized;
 }
 
+// By half: with resizing in place this copies about as often as doubling does and wastes less.
 std::size_t GrownCapacity(std::size_t capacity, std::size_t needed) {
     return std::max(needed, capacity + capacity / 2 + 4);
 }

@@ -54,7 +54,9 @@ struct StringBody {
 
 /// The member names of a structure, shared by all structures built alike. Elements behind `size` are
 /// anonymous. Two lists with the same shape have the same names at the same places, so a place found once can
-/// be used again as long as the shape is the same; a shape never changes while it is shared.
+/// be used again as long as the shape is the same. Whoever remembers a shape must hold a count of it
+/// (value_memory.h), so that its address cannot become another's. Names are only ever added behind, and only
+/// while nobody shares the shape.
 struct Shape {
     std::uint32_t count;
     std::uint32_t size;

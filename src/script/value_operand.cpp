@@ -1,3 +1,8 @@
+// How the rules of the operators see a Var and a Value.
+//
+// Lists are printed here rather than in the rules, because each kind of value is walked in its own way. The
+// walk keeps a stack of its own: a host may nest Vars as deep as it likes. It ends as soon as the sink is
+// full, for a few shared lists can stand for more text than there is memory.
 #include "script/value_operand.h"
 
 #include <string_view>
@@ -89,6 +94,7 @@ Operand OperandOf(const Value& value) {
             operand.kind = VarKind::Float;
             operand.number = value.Float();
             break;
+        // A function compares and prints as what it becomes at the boundary, a reference to its symbol.
         case Tag::Function:
         case Tag::Reference:
             operand.kind = VarKind::Reference;

@@ -1,5 +1,9 @@
 // Operators on Values: the common pairs of numbers at once, strings and lists in place where they may be
 // changed, everything else by the rules shared with Var.
+//
+// The short cuts give what the shared rules, which compute in doubles, would give. Sums and differences of
+// two ints are exact in both. A product of two ints is exact in 64 bits, and turning it into a double rounds
+// it exactly once, as multiplying two doubles does. Quotients are computed as doubles anyway.
 #include "script/value_operators.h"
 
 #include <charconv>
@@ -124,7 +128,8 @@ OpError FloatOperator(TokId op, const Value& left, const Value& right, Value& re
 // --- strings and lists. These stay out of the way of the numbers.
 
 OpError JoinToList(const Value& left, const Value& right, Value& result) {
-    // Held first: the right value may be the list itself, or one of its elements.
+    // Held first: the right value may be the list itself, which is then shared and not changed in place, or
+    // one of its elements, which may move.
     Value item(right);
     if (&left == &result && left.IsUnshared()) return OpErrorOf(AppendItem(result, std::move(item)));
     Value list(left);
@@ -209,7 +214,7 @@ void Store(const OperatorResult& from, const Value& left, Value& result) {
             result = Value::OfFloat(from.number);
             return;
         case VarKind::String:
-            // A text that stayed whole keeps its body.
+            // A text from which nothing was taken keeps its body.
             if (left.IsString() && from.text.size() == left.Text().size() &&
                 from.text.data() == left.Text().data())
                 result = Value(left);
@@ -239,6 +244,7 @@ OpError BinaryOperator(TokId op, const Value& left, const Value& right, Value& r
     return OtherOperator(op, left, right, result);
 }
 
+// The two families of tokens are numbered in different orders.
 TokId OperatorOfAssignment(TokId assignment) {
     switch (assignment) {
         case TOK_MUL_ASSIGN:
@@ -267,6 +273,7 @@ TokId OperatorOfAssignment(TokId assignment) {
 }
 
 OpError CompoundOperator(TokId op, Value& target, const Value& right) {
+    // The one compound that is more than its operator: `l + r` would append the list r as one element.
     if (op == TOK_ADD_ASSIGN && target.IsList()) {
         if (right.IsList()) return OpErrorOf(AppendItems(target, right));
         return OpErrorOf(AppendItem(target, right));

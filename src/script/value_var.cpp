@@ -37,7 +37,8 @@ void StoreShallow(const Value& value, Var& out) {
     }
 }
 
-/// The depth of what a script builds is bounded, and so is the recursion.
+/// The depth of what a script builds is bounded, and so is the recursion. Elements are added without their
+/// own first, because adding copies.
 void FillList(const ListBody& list, TOrderedList<Var>& out) {
     Var shell;
     for (std::uint32_t i = 0; i < list.length; ++i) {
@@ -108,6 +109,7 @@ class VarReader {
 
     static Value ReadObject(const Var& var) {
         void* object = VarAccess::Object(var);
+        // The only references whose name says what they point to; all others are objects.
         if (var.GetName() == kFunctionName) return Value::OfFunction(static_cast<FuncSymbol*>(object));
         return Value::OfReference(object);
     }
@@ -117,6 +119,7 @@ class VarReader {
             m_limit = ConversionLimit::ListTooDeep;
             return Value();
         }
+        // Counting the items first would be a walk of its own over a chain of nodes.
         Value list = Value::OfList(0);
         for (const Var& item : var.GetList()) {
             const STRID name = item.GetName() == kFunctionName ? kNoName : item.GetName();

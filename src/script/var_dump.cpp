@@ -1,4 +1,4 @@
-// The diagnostic dump of a Var.
+// The diagnostic dump of a Var. It must not fail: nulls show as nothing here, they are not read.
 #include "brenta/dump.h"
 #include "brenta/var.h"
 #include "script/operand.h"

@@ -1,4 +1,8 @@
 // Var's operators: the shared rules (script/operand.h), their results stored as Vars.
+//
+// The forced crash for null reads is raised when the result is known but not yet stored: a handler that looks
+// at the operands sees them as they were, one that resumes gets the result, and one that throws leaves
+// everything as it was.
 #include <utility>
 
 #include "brenta/failure.h"
@@ -59,6 +63,7 @@ Var& Compound(TokId op, Var& target, const Var& right) {
 
 }  // namespace
 
+// Elements of lists keep their names, also the one that is appended: this is how structures are put together.
 Var Var::operator+(const Var& right) const {
     if (m_kind != VarKind::List) return Binary(TOK_ADD, *this, right);
     Var sum(m_items, kNoName);

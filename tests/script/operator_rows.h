@@ -3,6 +3,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "brenta/lexer.h"
@@ -10,24 +11,14 @@
 
 namespace brenta::test::rows {
 
-inline Var Null() {
-    return Var();
-}
-inline Var Bool(bool value) {
-    return Var(value, kNoName);
-}
-inline Var Int(int value) {
-    return Var(value, kNoName);
-}
-inline Var Float(double value) {
-    return Var(value, kNoName);
-}
-inline Var Text(const char* text) {
-    return Var(text, kNoName);
-}
-inline Var Ref(std::uintptr_t address) {
-    return Var(reinterpret_cast<void*>(address), kNoName);
-}
+// clang-format off
+inline Var Null() { return Var(); }
+inline Var Bool(bool value) { return Var(value, kNoName); }
+inline Var Int(int value) { return Var(value, kNoName); }
+inline Var Float(double value) { return Var(value, kNoName); }
+inline Var Text(const char* text) { return Var(text, kNoName); }
+inline Var Ref(std::uintptr_t address) { return Var(reinterpret_cast<void*>(address), kNoName); }
+// clang-format on
 inline Var List(std::initializer_list<Var> items) {
     Var list(TOrderedList<Var>(), kNoName);
     for (const Var& item : items)
@@ -41,30 +32,15 @@ inline Var Named(Var value, const char* name) {
 
 /// Kind and text form: "int 6", "string ab", "list {1, 2}\n".
 inline std::string Describe(const Var& value) {
-    const char* kind = "?";
-    switch (value.GetKind()) {
-        case VarKind::Null:
-            return "null";
-        case VarKind::Bool:
-            kind = "bool ";
-            break;
-        case VarKind::Int:
-            kind = "int ";
-            break;
-        case VarKind::Float:
-            kind = "float ";
-            break;
-        case VarKind::String:
-            kind = "string ";
-            break;
-        case VarKind::Reference:
-            kind = "reference ";
-            break;
-        case VarKind::List:
-            kind = "list ";
-            break;
-    }
-    return std::string(kind) + StrPtr(value.GetString());
+    if (value.GetKind() == VarKind::Null) return "null";
+    const std::pair<VarKind, const char*> kinds[] = {
+        {VarKind::Bool, "bool "},     {VarKind::Int, "int "},   {VarKind::Float, "float "},
+        {VarKind::String, "string "}, {VarKind::List, "list "}, {VarKind::Reference, "reference "},
+    };
+    std::string text = "? ";
+    for (const auto& [kind, name] : kinds)
+        if (value.GetKind() == kind) text = name;
+    return text + StrPtr(value.GetString());
 }
 
 struct OperatorRow {

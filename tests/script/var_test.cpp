@@ -13,76 +13,48 @@ namespace {
 
 using namespace rows;
 
+// clang-format off
 Var Apply(const Var& a, TokId op, const Var& b) {
     switch (op) {
-        case TOK_ADD:
-            return a + b;
-        case TOK_SUB:
-            return a - b;
-        case TOK_MUL:
-            return a * b;
-        case TOK_DIV:
-            return a / b;
-        case TOK_MOD:
-            return a % b;
-        case TOK_SHL:
-            return a << b;
-        case TOK_SHR:
-            return a >> b;
-        case TOK_AND:
-            return a & b;
-        case TOK_OR:
-            return a | b;
-        case TOK_XOR:
-            return a ^ b;
-        case TOK_EQ:
-            return Bool(a == b);
-        case TOK_NOT_EQ:
-            return Bool(a != b);
-        case TOK_LESS:
-            return Bool(a < b);
-        case TOK_LEQ:
-            return Bool(a <= b);
-        case TOK_GREATER:
-            return Bool(a > b);
-        case TOK_GEQ:
-            return Bool(a >= b);
-        case TOK_LOG_AND:
-            return Bool(a && b);
-        case TOK_LOG_OR:
-            return Bool(a || b);
-        default:
-            return Null();
+        case TOK_ADD: return a + b;
+        case TOK_SUB: return a - b;
+        case TOK_MUL: return a * b;
+        case TOK_DIV: return a / b;
+        case TOK_MOD: return a % b;
+        case TOK_SHL: return a << b;
+        case TOK_SHR: return a >> b;
+        case TOK_AND: return a & b;
+        case TOK_OR: return a | b;
+        case TOK_XOR: return a ^ b;
+        case TOK_EQ: return Bool(a == b);
+        case TOK_NOT_EQ: return Bool(a != b);
+        case TOK_LESS: return Bool(a < b);
+        case TOK_LEQ: return Bool(a <= b);
+        case TOK_GREATER: return Bool(a > b);
+        case TOK_GEQ: return Bool(a >= b);
+        case TOK_LOG_AND: return Bool(a && b);
+        case TOK_LOG_OR: return Bool(a || b);
+        default: return Null();
     }
 }
 
 /// The compound assignment of an operator; false for those that have none.
 bool Assign(Var& a, TokId op, const Var& b) {
     switch (op) {
-        case TOK_ADD:
-            return &(a += b) == &a;
-        case TOK_SUB:
-            return &(a -= b) == &a;
-        case TOK_MUL:
-            return &(a *= b) == &a;
-        case TOK_DIV:
-            return &(a /= b) == &a;
-        case TOK_MOD:
-            return &(a %= b) == &a;
-        case TOK_SHL:
-            return &(a <<= b) == &a;
-        case TOK_SHR:
-            return &(a >>= b) == &a;
-        case TOK_AND:
-            return &(a &= b) == &a;
-        case TOK_OR:
-            return &(a |= b) == &a;
-        case TOK_XOR:
-            return &(a ^= b) == &a;
-        default:
-            return false;
+        case TOK_ADD: return &(a += b) == &a;
+        case TOK_SUB: return &(a -= b) == &a;
+        case TOK_MUL: return &(a *= b) == &a;
+        case TOK_DIV: return &(a /= b) == &a;
+        case TOK_MOD: return &(a %= b) == &a;
+        case TOK_SHL: return &(a <<= b) == &a;
+        case TOK_SHR: return &(a >>= b) == &a;
+        case TOK_AND: return &(a &= b) == &a;
+        case TOK_OR: return &(a |= b) == &a;
+        case TOK_XOR: return &(a ^= b) == &a;
+        default: return false;
     }
 }
+// clang-format on
 
 TEST(Var, OperatorsFollowTheLeftOperandAndTheValue) {
     for (const OperatorRow& row : OperatorRows()) {

@@ -103,7 +103,7 @@ BRENTA_API void AdoptScriptable(const CCoreScriptable* object);
 using ScriptableCreator = CCoreScriptable* (*)();
 
 /// Makes a class creatable from scripts: `var x as Name;` calls `create` each time it is executed. Nothing
-/// checks for duplicates; the latest registration of a name wins. `create` must not be null and must stay
+/// checks for duplicates; the latest registration of a name wins. `create` (null registers nothing) must stay
 /// callable until the library is unloaded, and so must the destructors of its objects.
 ///
 /// Register before scripts run: what an engine has parsed may or may not see a later change.
