@@ -23,10 +23,12 @@ NameIndex::Buckets* NameIndex::Buckets::Create(std::size_t count, Buckets* pOlde
         Buckets{pMemory, pOlder, count - 1, 64 - std::countr_zero(count)};
 }
 
-void NameIndex::Buckets::Enter(const NameNode& node, std::size_t number) {
+void NameIndex::Buckets::Enter(const NameNode& node) {
+    const std::size_t home = Home(node.m_hash);
+    std::size_t number = home;
     std::uint64_t tags = At(number).m_tags.load(std::memory_order_relaxed);
     while (Bucket::IsFull(tags)) {
-        number = (number + 1) & m_mask;
+        number = Next(number, home);
         tags = At(number).m_tags.load(std::memory_order_relaxed);
     }
     const auto lane = (static_cast<std::size_t>(std::bit_width(tags)) + 7) / 8;
@@ -43,7 +45,7 @@ void NameIndex::Buckets::TakeFrom(const Buckets& older) {
             __builtin_prefetch(node.load(std::memory_order_relaxed));
         for (const auto& entry : older.At(bucket).m_nodes) {
             const NameNode* pNode = entry.load(std::memory_order_relaxed);
-            if (pNode) Enter(*pNode, Home(pNode->m_hash));
+            if (pNode) Enter(*pNode);
         }
     }
 }
@@ -57,6 +59,10 @@ NameIndex::~NameIndex() {
     }
 }
 
+const NameNode* NameIndex::FindLong(const char* text, std::size_t length) const {
+    return Find(LongNameKey(text, length));
+}
+
 bool NameIndex::Reserve() {
     Buckets* pOld = m_pBuckets.load(std::memory_order_relaxed);
     if (pOld && GetCount() < pOld->Limit()) return true;
@@ -67,17 +73,15 @@ bool NameIndex::Reserve() {
     return true;
 }
 
-void NameIndex::Insert(const NameNode& node, Probe probe) {
-    Buckets* pBuckets = m_pBuckets.load(std::memory_order_relaxed);
-    pBuckets->Enter(node, pBuckets == probe.m_pBuckets ? probe.m_bucket : pBuckets->Home(node.m_hash));
+void NameIndex::Insert(const NameNode& node) {
+    m_pBuckets.load(std::memory_order_relaxed)->Enter(node);
     m_count.store(GetCount() + 1, std::memory_order_relaxed);
 }
 
-namespace names_detail {
-
 /// Two lanes of 16 bytes each, and at last the final 32 bytes once more, overlapping what the loop has seen:
 /// every length from 17 up ends in the same straight code.
-std::uint64_t HashLong(const char* text, std::size_t length) {
+LongNameKey::LongNameKey(const char* text, std::size_t length) : m_pText(text), m_length(length) {
+    using namespace names_detail;
     std::uint64_t even = kMix[0] ^ length;
     std::uint64_t odd = kMix[1];
     const char* p = text;
@@ -89,9 +93,12 @@ std::uint64_t HashLong(const char* text, std::size_t length) {
     const char* head = length >= 32 ? tail - 16 : text;
     even = Fold(Load<std::uint64_t>(head) ^ even, Load<std::uint64_t>(head + 8) ^ kMix[2]);
     odd = Fold(Load<std::uint64_t>(tail) ^ odd, Load<std::uint64_t>(tail + 8) ^ kMix[3]);
-    return Fold(even ^ kMix[3], odd ^ kMix[0]);
+    m_hash = Fold(even ^ kMix[3], odd ^ kMix[0]);
 }
 
-}  // namespace names_detail
+std::uint64_t HashName(const char* text, std::size_t length) {
+    return length <= ShortNameKey::kLongest ? ShortNameKey(text, length).Hash()
+                                            : LongNameKey(text, length).Hash();
+}
 
 }  // namespace brenta

@@ -3,7 +3,8 @@
 // A growing open-addressing table of buckets, one cache line each: a word of up to seven one-byte tags, then
 // the seven nodes. A search compares all tags of a bucket at once and reads a node only where the tag agrees,
 // so a hit costs one line of the index and one node, and a miss almost never touches a node. A full bucket
-// overflows into the next one; nothing is ever taken out, so the first bucket with a free lane ends a search.
+// overflows into its twin, with which it shares a pair of lines, and then into the pairs behind; nothing is
+// ever taken out, so the first bucket with a free lane ends a search.
 //
 // Readers take no lock. A writer stores the node, complete, in the next free lane and then publishes the
 // lane's tag with release; a bucket changes in no other way, and nodes never change or move. A reader that
@@ -35,52 +36,67 @@ struct NameNode {
     const char* Text() const { return reinterpret_cast<const char*>(this + 1); }
 };
 
-/// A text on its way through the index: the view, its hash, and for a text of up to 16 bytes two words that
-/// contain all of it, so that comparing it with a node means comparing them.
-class NameKey {
+/// A text of 1 to 16 bytes on its way through the index, as two words that contain all of it: comparing it
+/// with a node means comparing them.
+class ShortNameKey {
  public:
-    /// The text must not be empty.
-    NameKey(const char* text, std::size_t length);
+    static constexpr std::size_t kLongest = 16;
 
-    const char* Text() const { return m_pText; }
-    std::size_t Length() const { return m_length; }
-    std::uint64_t Hash() const { return m_hash; }
+    ShortNameKey(const char* text, std::size_t length);
+
+    std::uint64_t Hash() const;
     bool Equals(const NameNode& node) const;
+    /// Whether a comparison could read beyond the node, because there is a NUL among 8 bytes or more.
+    bool IsUnsafe() const;
 
  private:
-    static constexpr std::size_t kShort = 16;
+    std::size_t m_length;
+    std::uint64_t m_first;
+    std::uint64_t m_last;
+};
 
+/// A longer text.
+class LongNameKey {
+ public:
+    LongNameKey(const char* text, std::size_t length);
+
+    std::uint64_t Hash() const { return m_hash; }
+    bool Equals(const NameNode& node) const {
+        return node.m_length == m_length && std::memcmp(node.Text(), m_pText, m_length) == 0;
+    }
+
+ private:
     const char* m_pText;
     std::size_t m_length;
-    std::uint64_t m_first = 0;
-    std::uint64_t m_last = 0;
     std::uint64_t m_hash;
 };
+
+/// The hash of a text of at least one byte.
+std::uint64_t HashName(const char* text, std::size_t length);
 
 class NameIndex {
     struct Buckets;
 
  public:
-    /// Where a search ended without finding its text; a later search or the insertion goes on from there.
-    struct Probe {
-        const Buckets* m_pBuckets = nullptr;
-        std::size_t m_bucket = 0;
-    };
-
     NameIndex() = default;
     ~NameIndex();
     NameIndex(const NameIndex&) = delete;
     NameIndex& operator=(const NameIndex&) = delete;
 
-    /// The node of a text, or null. Any thread; the answer null is certain only under the table's lock.
-    const NameNode* Find(const NameKey& key, Probe& probe) const;
+    /// The node of a text of at least one byte, or null. Any thread; the answer null is certain only under
+    /// the table's lock.
+    const NameNode* Find(const char* text, std::size_t length) const {
+        return length <= ShortNameKey::kLongest ? Find(ShortNameKey(text, length)) : FindLong(text, length);
+    }
+
+    template <class TKey>
+    const NameNode* Find(const TKey& key) const;
 
     /// Makes room for one more node; false, with nothing changed, if memory is exhausted. Under the lock.
     bool Reserve();
 
-    /// Enters a complete node whose text is absent and for which there is room. `probe` may come from any
-    /// search for that text. Under the lock.
-    void Insert(const NameNode& node, Probe probe);
+    /// Enters a complete node whose text is absent and for which there is room. Under the lock.
+    void Insert(const NameNode& node);
 
     std::size_t GetCount() const { return m_count.load(std::memory_order_relaxed); }
 
@@ -114,10 +130,18 @@ class NameIndex {
         std::size_t Home(std::uint64_t hash) const { return static_cast<std::size_t>(hash >> m_shift); }
         std::size_t Limit() const { return (m_mask + 1) * kLanes / 8 * 7; }
 
+        /// The bucket to search when `number` is full: its twin, then the next pair in the same order.
+        std::size_t Next(std::size_t number, std::size_t home) const {
+            const std::size_t twin = number ^ 1;
+            return ((number ^ home) & 1) == 0 ? twin : (twin + 2) & m_mask;
+        }
+
         static Buckets* Create(std::size_t count, Buckets* pOlder);
-        void Enter(const NameNode& node, std::size_t bucket);
+        void Enter(const NameNode& node);
         void TakeFrom(const Buckets& older);
     };
+
+    const NameNode* FindLong(const char* text, std::size_t length) const;
 
     std::atomic<Buckets*> m_pBuckets{nullptr};
     std::atomic<std::size_t> m_count{0};
@@ -144,17 +168,13 @@ inline std::uint64_t Fold(std::uint64_t a, std::uint64_t b) {
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
-/// The hash of a text longer than 16 bytes.
-std::uint64_t HashLong(const char* text, std::size_t length);
-
 // Odd words with about as many ones as zeros, and no pattern that text has.
 inline constexpr std::uint64_t kMix[4] = {0x9D3C6FA7B1E8524Dull, 0xC6A1F58B2E97D063ull, 0x5BE3D6094FC8A17Bull,
                                           0xE7194AD36C52B8F5ull};
 
-/// A text of 1 to 8 bytes as one word, zeros behind it: the very word with which its node's text begins. The
+/// A text of 1 to 7 bytes as one word, zeros behind it: the very word with which its node's text begins. The
 /// loads overlap where needed and never leave the text.
 inline std::uint64_t LoadShort(const char* p, std::size_t length) {
-    if (length == 8) return Load<std::uint64_t>(p);
     if (length >= 4) return Load<std::uint32_t>(p) | Load<std::uint32_t>(p + length - 4) << (length - 4) * 8;
     return Load<std::uint8_t>(p) | Load<std::uint8_t>(p + length / 2) << length / 2 * 8 |
            Load<std::uint8_t>(p + length - 1) << (length - 1) * 8;
@@ -162,23 +182,36 @@ inline std::uint64_t LoadShort(const char* p, std::size_t length) {
 
 }  // namespace names_detail
 
-inline NameKey::NameKey(const char* text, std::size_t length) : m_pText(text), m_length(length) {
+inline ShortNameKey::ShortNameKey(const char* text, std::size_t length) : m_length(length) {
     using namespace names_detail;
-    if (length > kShort) {
-        m_hash = HashLong(text, length);
-        return;
+    if (length >= 8) {
+        m_first = Load<std::uint64_t>(text);
+        m_last = Load<std::uint64_t>(text + length - 8);
+    } else {
+        m_first = m_last = LoadShort(text, length);
     }
-    m_first = length > 8 ? Load<std::uint64_t>(text) : LoadShort(text, length);
-    m_last = length > 8 ? Load<std::uint64_t>(text + length - 8) : m_first;
-    m_hash = Fold(m_first ^ kMix[0], m_last + (length << 56 ^ kMix[1]));
 }
 
-inline bool NameKey::Equals(const NameNode& node) const {
+inline std::uint64_t ShortNameKey::Hash() const {
     using namespace names_detail;
-    if (node.m_length != m_length) return false;
-    if (m_length > kShort) return std::memcmp(node.Text(), m_pText, m_length) == 0;
-    const char* last = node.Text() + (m_length > 8 ? m_length - 8 : 0);
-    return ((Load<std::uint64_t>(node.Text()) ^ m_first) | (Load<std::uint64_t>(last) ^ m_last)) == 0;
+    return Fold(m_first ^ kMix[0], m_last + (m_length << 56 ^ kMix[1]));
+}
+
+/// Does without the node's length, and so without the node's first cache line: in a key without NUL, each
+/// comparison that succeeds vouches for the bytes that the next one reads, and the terminator settles the
+/// length.
+inline bool ShortNameKey::Equals(const NameNode& node) const {
+    using names_detail::Load;
+    const char* text = node.Text();
+    const std::size_t last = m_length >= 8 ? m_length - 8 : 0;
+    return Load<std::uint64_t>(text) == m_first && Load<std::uint64_t>(text + last) == m_last &&
+           text[m_length] == 0;
+}
+
+inline bool ShortNameKey::IsUnsafe() const {
+    constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+    const std::uint64_t zeros = ((m_first - kOnes) & ~m_first) | ((m_last - kOnes) & ~m_last);
+    return m_length >= 8 && (zeros & kOnes << 7) != 0;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -193,12 +226,14 @@ inline std::uint64_t NameIndex::Bucket::LanesWith(std::uint64_t tags, std::uint6
     return (differing - kEveryLane) & ~differing & kMarks;
 }
 
-inline const NameNode* NameIndex::Find(const NameKey& key, Probe& probe) const {
+template <class TKey>
+inline const NameNode* NameIndex::Find(const TKey& key) const {
     const Buckets* pBuckets = m_pBuckets.load(std::memory_order_acquire);
     if (!pBuckets) return nullptr;
-    const std::uint64_t tag = Bucket::TagOf(key.Hash());
-    std::size_t number = pBuckets == probe.m_pBuckets ? probe.m_bucket : pBuckets->Home(key.Hash());
-    for (;; number = (number + 1) & pBuckets->m_mask) {
+    const std::uint64_t hash = key.Hash();
+    const std::uint64_t tag = Bucket::TagOf(hash);
+    const std::size_t home = pBuckets->Home(hash);
+    for (std::size_t number = home;; number = pBuckets->Next(number, home)) {
         const Bucket& bucket = pBuckets->At(number);
         const std::uint64_t tags = bucket.m_tags.load(std::memory_order_acquire);
         for (std::uint64_t lanes = Bucket::LanesWith(tags, tag); lanes != 0; lanes &= lanes - 1) {
@@ -206,10 +241,8 @@ inline const NameNode* NameIndex::Find(const NameKey& key, Probe& probe) const {
             const NameNode* pNode = bucket.m_nodes[lane].load(std::memory_order_acquire);
             if (pNode && key.Equals(*pNode)) return pNode;
         }
-        if (!Bucket::IsFull(tags)) break;
+        if (!Bucket::IsFull(tags)) return nullptr;
     }
-    probe = {pBuckets, number};
-    return nullptr;
 }
 
 }  // namespace brenta

@@ -33,6 +33,7 @@
 namespace brenta {
 
 class CString;
+class NameStore;
 
 /// An interned name: the address of its text, or kNoName.
 enum class STRID : std::uintptr_t {};
@@ -83,8 +84,8 @@ BRENTA_API bool IsStrIdUpper(STRID id);
 /// table is as it was. The same, without a crash, is the answer when memory itself runs out.
 class BRENTA_API CStringTable {
  public:
-    /// `name` is kept for diagnosis, cut to 259 bytes (null counts as ""); `pageSize` is in bytes, and a size
-    /// below 1 gives every text a page of its own.
+    /// `name` is kept for diagnosis, cut to 259 bytes (null counts as ""). `pageSize` is in bytes, a size
+    /// below 1 counts as 0; a text that needs more gets a page of its own size and 100 bytes.
     CStringTable(const char* name, int pageSize);
     /// Releases all pages: every identifier of the table and its text die with it.
     virtual ~CStringTable();
@@ -95,9 +96,6 @@ class BRENTA_API CStringTable {
     STRID StrId(const char* text);
     /// Interns the first `length` bytes of a text, see the free function.
     STRID StrId(const char* text, unsigned int length);
-    /// Interns `length` bytes that are all readable, a NUL among them ending the text early. The fastest
-    /// entry.
-    STRID Intern(const char* text, std::size_t length);
     /// Whether the terminated text is interned already.
     bool IsId(const char* text) const;
 
@@ -108,10 +106,10 @@ class BRENTA_API CStringTable {
     std::size_t GetNameCount() const;
 
  private:
-    struct Contents;
+    friend class NameStore;
 
     char m_name[260];
-    Contents* m_pContents;
+    NameStore* m_pStore;
 };
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -122,8 +120,8 @@ class BRENTA_API CStringTable {
 BRENTA_API int StringKey(const char* text);
 
 /// The key of exactly `length` bytes, NUL being a byte like any other: a sum as well, but not the one of the
-/// terminated form, so the two keys of a text differ. 0 for null. One sum in four billion gives the one negative
-/// key, INT_MIN: never use a key as an index without masking it.
+/// terminated form, so the two keys of a text differ. 0 for null. One sum in four billion gives the one
+/// negative key, INT_MIN: never use a key as an index without masking it.
 BRENTA_API int StringKey(const char* text, unsigned int length);
 
 // ---------------------------------------------------------------------------------------------------------------------
