@@ -42,7 +42,7 @@ void PatternProgram::AddKind(CREToken* token) {
     const Chain& chain = m_chains[kind.chain];
     if (chain.end - chain.begin == 1) {
         const Step& only = m_steps[chain.begin];
-        if ((only.op == Op::Text || only.op == Op::Char) && !only.repeat) {
+        if (only.op == Op::Text || only.op == Op::Char) {
             kind.text = only.text;
             kind.textLength = std::strlen(only.text);
         }
@@ -87,12 +87,11 @@ PatternProgram::Step PatternProgram::MakeStep(const REAtom* atom) {
         step.text = StrPtr(static_cast<STRID>(atom->data));
         step.op = step.text[1] == 0 ? Op::Char : Op::Text;
     }
-    step.repeat = (atom->flags & REAtom::kRepeat) != 0;
     step.alternative = (atom->flags & REAtom::kAlternative) != 0;
     step.passable = step.alternative || (atom->flags & REAtom::kOptional) != 0;
-    if (step.op == Op::Set && step.repeat) {
-        step.op = Op::SetRun;
-        step.repeat = false;
+    if ((atom->flags & REAtom::kRepeat) != 0) {
+        step.what = step.op;
+        step.op = step.op == Op::Set ? Op::SetRun : Op::Repeated;
     }
     return step;
 }
@@ -105,42 +104,40 @@ PatternProgram::Step PatternProgram::MakeGroup(const REAtom* atom) {
     if (chain.end - chain.begin != 1) return group;
     const Step& only = m_steps[chain.begin];
     const bool single = only.op == Op::Set || only.op == Op::Char || only.op == Op::Text;
-    return single && !only.repeat && !only.passable ? only : group;
+    return single && !only.passable ? only : group;
 }
 
 // The bytes of which a chain has to take one first, or null if it may match without taking any, or sets tags.
 const std::uint8_t* PatternProgram::FindFirstBytes(const Chain& chain) {
     RECharClass bytes{};
     for (std::uint32_t i = chain.begin; i < chain.end; ++i) {
-        const Step& step = m_steps[i];
-        if (step.op == Op::Group) {
-            const std::uint8_t* inner = m_chains[step.child].firstBytes;
-            if (inner == nullptr) return nullptr;
-            for (std::size_t b = 0; b < sizeof bytes.entries; ++b)
-                bytes.entries[b] |= inner[b];
-        } else if (!AddFirstByte(step, bytes)) {
-            return nullptr;
-        }
-        if (!step.passable) return m_firstBytes.emplace_back(bytes).entries;
+        if (!AddFirstBytes(m_steps[i], bytes)) return nullptr;
+        if (!m_steps[i].passable) return m_firstBytes.emplace_back(bytes).entries;
     }
     return nullptr;
 }
 
-// The same for a step that is no group; false for null.
-bool PatternProgram::AddFirstByte(const Step& step, RECharClass& bytes) {
-    switch (step.op) {
+// The same for one step; false for null.
+bool PatternProgram::AddFirstBytes(const Step& step, RECharClass& bytes) const {
+    const std::uint8_t* more = nullptr;
+    switch (step.op == Op::Repeated ? step.what : step.op) {
         case Op::Char:
         case Op::Text:
             bytes.entries[Byte(*step.text)] = 1;
             return true;
         case Op::Set:
         case Op::SetRun:
-            for (std::size_t b = 0; b < sizeof bytes.entries; ++b)
-                bytes.entries[b] |= step.set[b];
-            return true;
+            more = step.set;
+            break;
+        case Op::Group:
+            more = m_chains[step.child].firstBytes;
+            break;
         default:
-            return false;
+            break;
     }
+    for (std::size_t b = 0; more != nullptr && b < sizeof bytes.entries; ++b)
+        bytes.entries[b] |= more[b];
+    return more != nullptr;
 }
 
 // An empty atom at a chain's end takes nothing and ends nothing: an alternative before it passes just as
@@ -202,15 +199,38 @@ std::size_t PatternProgram::MatchKind(const Kind& kind, const char* at) const {
     return static_cast<std::size_t>(Walk(m_chains[kind.chain], at, kind.token).place - at);
 }
 
-// When you edit this loop: every case either goes on with the next step of a match, or falls out of the
-// switch as "has not matched". Tags never do. Recursion is one level per group, bounded where patterns are
-// compiled.
+// When you edit this loop: a case either goes on with the next step itself, as tags do, or sets `taken` to
+// where its match ends, null for none. Recursion is one level per group, bounded where patterns are compiled.
 PatternProgram::Stop PatternProgram::Walk(const Chain& chain, const char* p, CREToken* token) const {
     const Step* step = m_steps.data() + chain.begin;
     const Step* const end = m_steps.data() + chain.end;
     while (step != end) {
         const char* taken = nullptr;
         switch (step->op) {
+            case Op::Empty:
+                taken = p;
+                break;
+            case Op::Char:
+                if (*p == *step->text) taken = p + 1;
+                break;
+            case Op::Text:
+                if (*p == *step->text) taken = SkipText(p + 1, step->text + 1);
+                break;
+            case Op::Set:
+                if (step->set[Byte(*p)] != 0) taken = p + 1;
+                break;
+            case Op::SetRun:
+                taken = p;
+                while (step->set[Byte(*taken)] != 0)
+                    ++taken;
+                if (taken == p) taken = nullptr;
+                break;
+            case Op::Group:
+                taken = TryGroup(*step, p, token);
+                break;
+            case Op::Repeated:
+                taken = Repeat(*step, p, token);
+                break;
             case Op::OpenTag:
                 token->tagStarts[step->tag] = p;
                 ++step;
@@ -219,15 +239,6 @@ PatternProgram::Stop PatternProgram::Walk(const Chain& chain, const char* p, CRE
                 token->tagEnds[step->tag] = p;
                 ++step;
                 continue;
-            case Op::SetRun:
-                taken = p;
-                while (step->set[Byte(*taken)] != 0)
-                    ++taken;
-                if (taken == p) taken = nullptr;
-                break;
-            default:
-                taken = step->repeat ? Repeat(*step, p, token) : Try(*step, p, token);
-                break;
         }
         if (taken != nullptr) {
             p = taken;
@@ -248,32 +259,21 @@ const char* PatternProgram::TryGroup(const Step& step, const char* p, CREToken* 
     return stop.complete ? stop.place : nullptr;
 }
 
-// One try of an atom at `p`: where it ends, or null.
-inline const char* PatternProgram::Try(const Step& step, const char* p, CREToken* token) const {
-    switch (step.op) {
-        case Op::Char:
-            return *p == *step.text ? p + 1 : nullptr;
-        case Op::Set:
-            return step.set[Byte(*p)] != 0 ? p + 1 : nullptr;
-        case Op::Text:
-            return SkipText(p, step.text);
-        case Op::Group:
-            return TryGroup(step, p, token);
-        default:
-            return p;
-    }
-}
-
-// Where the last successful try ends, or null if the first one fails. A try that takes nothing is the last:
-// the next would do the same.
+// Where the last successful try of a repeated atom ends, or null if the first one fails. A try that takes
+// nothing is the last: the next would do the same.
 const char* PatternProgram::Repeat(const Step& step, const char* p, CREToken* token) const {
-    const char* end = Try(step, p, token);
-    while (end != nullptr && end != p) {
-        p = end;
-        end = Try(step, p, token);
-        if (end == nullptr) return p;
+    const char* done = nullptr;
+    for (;;) {
+        const char* end = p;
+        if (step.what == Op::Group) {
+            end = TryGroup(step, p, token);
+        } else if (step.what != Op::Empty) {
+            end = SkipText(p, step.text);
+        }
+        if (end == nullptr) return done;
+        if (end == p) return end;
+        done = p = end;
     }
-    return end;
 }
 
 }  // namespace brenta

@@ -50,11 +50,21 @@ class PatternProgram {
     Match Longest(const char* at) const;
 
  private:
-    enum class Op : std::uint8_t { Empty, Char, Text, Set, SetRun, Group, OpenTag, CloseTag };
+    enum class Op : std::uint8_t {
+        Empty,
+        Char,      // a text of one character
+        Text,      // of more
+        Set,       // one byte of it
+        SetRun,    // a repeated set
+        Group,     //
+        Repeated,  // any other atom, `what`, with "+" or "*"
+        OpenTag,
+        CloseTag,
+    };
 
     struct Step {
         Op op = Op::Empty;
-        bool repeat = false;       // but for SetRun, which is a repeated Set
+        Op what = Op::Empty;
         bool passable = false;     // the walk goes on when this has not matched
         bool alternative = false;  // "|" follows
         std::uint32_t next = 1;    // steps to go when this has matched
@@ -91,7 +101,7 @@ class PatternProgram {
     Step MakeStep(const REAtom* atom);
     Step MakeGroup(const REAtom* atom);
     const std::uint8_t* FindFirstBytes(const Chain& chain);
-    static bool AddFirstByte(const Step& step, RECharClass& bytes);
+    bool AddFirstBytes(const Step& step, RECharClass& bytes) const;
     static void DropTrailingEmpty(std::vector<Step>& steps);
     static void LinkAlternatives(std::vector<Step>& steps);
     static bool MayBreakLines(const REAtom* atoms);
@@ -99,7 +109,6 @@ class PatternProgram {
     std::size_t MatchKind(const Kind& kind, const char* at) const;
     Stop Walk(const Chain& chain, const char* p, CREToken* token) const;
     const char* TryGroup(const Step& step, const char* p, CREToken* token) const;
-    const char* Try(const Step& step, const char* p, CREToken* token) const;
     const char* Repeat(const Step& step, const char* p, CREToken* token) const;
 
     std::vector<Step> m_steps;
