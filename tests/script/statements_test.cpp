@@ -45,5 +45,20 @@ TEST(Statements, Dumps) {
     }
 }
 
+// Whoever constructs for itself has no block around it that would close what a failure leaves open.
+TEST(Statements, FailedConstructionClosesItsScopes) {
+    ParserFixture fixture;
+    ASSERT_EQ(fixture.ParseModule("class S { var p = 1; var q = missing; }"), "");
+    TOrderedList<Var> members;
+    members.Add(Var());
+    members.Add(Var());
+    TIter<Var> at(members);
+    DeclarationStatement declaration(nullptr, nullptr, kNoName);
+    auto* const cls = dynamic_cast<ClassSymbol*>(fixture.engine.GetSymbol(StrId("S"), false));
+    EXPECT_FALSE(declaration.Construct(fixture.engine, cls, at));
+    EXPECT_EQ(fixture.messages.TakeErrors(), "t(1): Symbol 'missing' not defined.\n");
+    EXPECT_EQ(fixture.engine.GetSymbol(StrId("p"), false), nullptr);
+}
+
 }  // namespace
 }  // namespace brenta::test
