@@ -94,6 +94,7 @@ class BRENTA_API Statement {
     /// its statements and `execute` its expression.
     virtual void Dump(DumpFormatter& out) = 0;
 
+    /// Which of the classes below this is; tells them apart without asking for run-time types.
     StatementType GetStatementType() const { return m_type; }
 
     BRENTA_HEAP_OPERATORS
@@ -377,6 +378,7 @@ class BRENTA_API PrintStatement : public Statement {
     ExecStatus Execute(CCoreScriptEngine& engine, Var& result) override;
     void Dump(DumpFormatter& out) override;
 
+    /// What is printed; null when made without.
     ExpressionStatement* GetExpression() const { return m_pExpression; }
 
     /// Appends the printed form of a value: of a list the elements one behind the other, nested ones too,
