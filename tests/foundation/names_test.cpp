@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "foundation/intern.h"
+#include "foundation/name_index.h"
 #include "test_support.h"
 
 namespace brenta {
@@ -56,14 +57,25 @@ TEST(Names, TableAgreesWithAMapWhileItGrows) {
         ASSERT_EQ(StrPtr(name), text);
 }
 
+TEST(Names, ShortKeysEqualTheirOwnNodeOnly) {
+    for (std::size_t i = 1; i <= 16; ++i) {
+        for (std::size_t j = 1; j <= 40; ++j) {
+            const char* text = StrPtr(StrId(std::string(j, 'a').c_str()));
+            const auto& node = reinterpret_cast<const NameNode*>(text)[-1];
+            EXPECT_EQ(ShortNameKey(std::string(i, 'a').c_str(), i).Equals(node), i == j) << i << " " << j;
+        }
+    }
+}
+
 TEST(Names, PagesAreCarvedAndOpenedByTheRule) {
     // Page size, text lengths, pages in the end. A text of 7 bytes takes 24, one of 8 takes 32.
     const std::tuple<int, std::vector<unsigned int>, int> rows[] = {
         {100, {}, 0},
         {49, {7, 7}, 1},
         {48, {7, 7}, 2},
-        {24, {7}, 1},
+        {24, {7, 7}, 2},
         // Oversize pages have 100 bytes more; 96 of them fit, then 4 are left.
+        {24, {8, 75}, 1},
         {24, {8, 75, 1}, 2},
         {-1, {7, 7, 7, 7, 7, 7}, 2},
         {1024000, {2000000, 7, 2000000}, 2}};

@@ -19,8 +19,8 @@
 ///
 /// Cost. Interning a text that is known already takes one hash of the text and about two memory accesses, and
 /// no lock, so any number of threads can do it side by side. A new text takes the table's lock for a moment,
-/// its length + 17 bytes rounded up to a multiple of 8, and an index word of 8 bytes (16 on average, as the
-/// index grows by doubling).
+/// its length + 17 bytes rounded up to a multiple of 8, and 10 to 21 bytes of index; the smaller indexes that
+/// a growing table has left behind take at most as much again.
 #pragma once
 
 #include <cstddef>
