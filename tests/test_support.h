@@ -8,10 +8,10 @@
 
 namespace brenta::test {
 
-/// Records every forced crash while it lives and resumes after each, so that a test can check both the record and the
-/// state that the failing operation leaves behind.
+/// Records every forced crash while it lives and resumes after each, so that a test can check both the record
+/// and the state that the failing operation leaves behind.
 class CrashRecorder {
-   public:
+ public:
     CrashRecorder();
     ~CrashRecorder();
     CrashRecorder(const CrashRecorder&) = delete;
@@ -22,7 +22,7 @@ class CrashRecorder {
     /// The last record; only valid after at least one crash.
     const ForcedCrashRecord& Last() const { return m_last; }
 
-   private:
+ private:
     static void Record(const ForcedCrashRecord& record, void* context);
 
     std::vector<std::string> m_messages;
