@@ -31,9 +31,8 @@ void AddInt(double number, TextSink& out) {
 void AddFloat(double number, TextSink& out) {
     if (std::trunc(number) == number) return AddInt(number, out);
     char buffer[kFixedTextSize];
-    std::string_view text(buffer, FormatFixed(number, 6, buffer, sizeof(buffer)));
-    if (!std::isnan(number)) text = text.substr(0, text.find_last_not_of('0') + 1);
-    out.Add(text);
+    const std::string_view text(buffer, FormatFixed(number, 6, buffer, sizeof(buffer)));
+    out.Add(text.substr(0, text.find_last_not_of('0') + 1));
 }
 
 /// Pointers print as their low 32 bits, which is what GetInt gives of them too.

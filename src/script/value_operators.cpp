@@ -131,7 +131,7 @@ OpError JoinToList(const Value& left, const Value& right, Value& result) {
     // Held first: the right value may be the list itself, which is then shared and not changed in place, or
     // one of its elements, which may move.
     Value item(right);
-    if (&left == &result && left.IsUnshared()) return OpErrorOf(AppendItem(result, std::move(item)));
+    if (&left == &result) return OpErrorOf(AppendItem(result, std::move(item)));
     Value list(left);
     const ListLimit limit = AppendItem(list, std::move(item));
     if (limit == ListLimit::None) result = std::move(list);
@@ -164,7 +164,7 @@ class TextForm {
 
 OpError StoreJoined(const Value& left, std::string_view leftText, std::string_view rightText, Value& result) {
     if (leftText.size() + rightText.size() > kMaxStringLength) return OpError::StringTooLong;
-    if (&left == &result && left.IsString() && left.IsUnshared()) {
+    if (&left == &result && left.IsString()) {
         AppendString(result, rightText);
     } else {
         result = Value::OfString(leftText, rightText);

@@ -153,9 +153,7 @@ Var& Var::operator+=(const Var& right) {
         AddItem(right);
         return *this;
     }
-    // Copied first: the list on the right may be this one or lie within it.
-    Var tail(right);
-    m_items.Splice(std::move(tail.m_items));
+    m_items.AddList(right.m_items);
     return *this;
 }
 

@@ -14,13 +14,13 @@ TEST(MessageStream, FormatsAndPutsThePlaceInFront) {
     RecordingStream stream;
     stream.Print("%d %s", 5, "mm");
     EXPECT_EQ(stream.prints, "5 mm");
-    stream.Error("RunScript:", "function '%s' not defined.", "f");
-    EXPECT_EQ(stream.TakeErrors(), "RunScript:function 'f' not defined.\n");
-    EXPECT_EQ(stream.GetErrorPosition().line, 0);
     stream.Error(ScriptPosition{StrId("a%sb.scr"), 12}, "Bad '%s'.", "%n%d");
     EXPECT_EQ(stream.TakeErrors(), "a%sb.scr(12): Bad '%n%d'.\n");
     EXPECT_EQ(stream.GetErrorPosition().line, 12);
     EXPECT_EQ(stream.GetErrorPosition().file, StrId("a%sb.scr"));
+    stream.Error("RunScript:", "function '%s' not defined.", "f");
+    EXPECT_EQ(stream.TakeErrors(), "RunScript:function 'f' not defined.\n");
+    EXPECT_EQ(stream.GetErrorPosition().line, 0);
     stream.Error(ScriptPosition{}, "Lost.");
     stream.Error(static_cast<const char*>(nullptr), "None.");
     EXPECT_EQ(stream.TakeErrors(), "(0): Lost.\nNone.\n");

@@ -104,6 +104,10 @@ TEST_F(NameCellScopes, GlobalsMayBeBoundUnderOpenScopes) {
     EXPECT_EQ(Show(copy, {"x", "old", "free"}), "x=10@1 old=12@1 free=11@1");
     cells.PushScope();
     EXPECT_EQ(Top(), "");
+    cells.PushScope();
+    BindGlobal("free", 13);
+    cells.PopTo(0);
+    EXPECT_EQ(Show(cells, {"free"}), "free=-");
 }
 
 TEST_F(NameCellScopes, EachBindingHasItsOwnValue) {

@@ -113,6 +113,10 @@ TEST(CreatedObjects, StayInUntilDeletedOrAdopted) {
     EXPECT_EQ(TrackCreated(nullptr), nullptr);
     EXPECT_EQ(TrackCreated(deleted), deleted);
     EXPECT_EQ(CreatedCount(), before + 2);
+    std::vector<std::unique_ptr<Probe>> untracked;
+    while (untracked.size() < 20000)
+        untracked.push_back(std::make_unique<Probe>());
+    untracked.clear();
     delete deleted;
     AdoptScriptable(adopted.get());
     AdoptScriptable(nullptr);

@@ -162,6 +162,11 @@ TEST(Value, ReplacesAtAPathWithoutTouchingSharers) {
     CheckNotes(before);
     EXPECT_EQ(ReplaceAtPath(root, path, Value()), ListLimit::None);
     CheckNotes(root);
+    Value again(before);
+    const std::uint32_t plain[] = {1, 0};
+    EXPECT_EQ(ReplaceAtPath(again, plain, Value::OfInt(8)), ListLimit::None);
+    EXPECT_EQ(Show(again), "list {0, {8, {2}\n}\n}\n");
+    EXPECT_EQ(Show(inner), "list {1, {2}\n}\n");
 }
 
 TEST(Value, KeepsWeightAndDepthThroughAnySequence) {
@@ -264,6 +269,9 @@ TEST(Value, StructuresBuiltAlikeShareTheirNames) {
     AppendItem(changed, Value(), StrId("z"));
     EXPECT_EQ(FindMember(*changed.List(), StrId("z")), 2);
     EXPECT_EQ(FindMember(first, StrId("z")), -1);
+    Value grown(points.List()->items[1]);
+    AppendItem(grown, Value());
+    EXPECT_EQ(ItemName(*grown.List(), 2), kNoName);
     Value anonymous = Value::OfList(0);
     AppendItem(anonymous, Value());
     AppendItem(anonymous, Value(), StrId("late"));
