@@ -24,8 +24,8 @@ step() {
         printf '%sOK%s    %s (%s s)\n' "$GREEN" "$PLAIN" "$title" "$(seconds_since "$start")"
     else
         printf '%sFAIL%s  %s (%s s), all of it in %s\n' "$RED" "$PLAIN" "$title" "$(seconds_since "$start")" "$log"
-        # Without the progress lines of a build, which say nothing about what went wrong.
-        sed '/^\[[0-9]*\/[0-9]*\] /d; s/^/      /' "$log" | tail -n "$FAILED_LOG_LINES"
+        # Without the progress of builds and the tests that went well, which say nothing about what went wrong.
+        sed '/^\[[0-9]*\/[0-9]*\] /d; /^\[ *\(RUN\|OK\|-*\) *\]/d; s/^/      /' "$log" | tail -n "$FAILED_LOG_LINES"
     fi
     return "$result"
 }
