@@ -113,6 +113,15 @@ void NameCells::BindGlobal(NameCell& cell, CCoreSymbol* symbol, Value value) {
     *depthPlace = 1;
 }
 
+// The first entry of a name behind the global scope's part of the log says what the global scope bound to it.
+bool NameCells::IsGlobal(const NameCell& cell) const {
+    if (cell.depth <= 1) return cell.symbol != nullptr;
+    for (std::size_t i = m_marks[1]; i < m_logSize; ++i) {
+        if (m_pLog[i].cell == cell.index) return m_pLog[i].depth == 1;
+    }
+    return false;
+}
+
 // ---------------------------------------------------------------------------------------------------------
 // For hosts and dumps
 

@@ -75,6 +75,8 @@ class NameCells {
     /// Binds in the global scope even when inner scopes are open; inner bindings of the name stay in front.
     /// Marks taken before stay good.
     void BindGlobal(NameCell& cell, CCoreSymbol* symbol, Value value);
+    /// Whether the name is bound in the global scope, in front or behind inner bindings.
+    bool IsGlobal(const NameCell& cell) const;
     bool IsInTopScope(const NameCell& cell) const { return cell.depth == m_depth && cell.symbol != nullptr; }
 
     /// The symbols of the top scope in the order added.

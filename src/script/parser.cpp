@@ -49,7 +49,7 @@ bool CCoreScriptEngine::AssertSymbolName(const ScriptToken* at, STRID name, bool
         return false;
     }
     const bool global = Cells().Depth() == m_pState->moduleDepth;
-    if (!bound || !(global ? cell->depth == 1 : Cells().IsInTopScope(*cell))) return true;
+    if (!bound || !(global ? Cells().IsGlobal(*cell) : Cells().IsInTopScope(*cell))) return true;
     Messages().Error(PositionOf(at), "Symbol '%s' already defined.", StrPtr(name));
     return false;
 }
