@@ -127,14 +127,10 @@ class THeapOrderedList {
 
     virtual int GetCount() const { return detail::CountNodes(m_pHead); }
     virtual void AddList(const THeapOrderedList& list) {
-        if (this == &list) {
-            const THeapOrderedList present(list);
-            for (const T& value : present)
-                Add(value);
-            return;
-        }
-        for (const T& value : list)
-            Add(value);
+        // Counted, since the list may be this one.
+        int count = list.GetCount();
+        for (THeapIter<T> iter(list); count-- > 0; iter.Next())
+            Add(*iter.Get());
     }
     virtual void Add(const T& value) {
         detail::RequireTail(m_pHead, m_pTail, "Heap");
