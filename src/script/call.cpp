@@ -7,6 +7,7 @@
 #include "foundation/numbers.h"
 #include "script/executor.h"
 #include "script/symbol_access.h"
+#include "script/value_limits.h"
 
 namespace brenta {
 
@@ -42,15 +43,9 @@ const FunctionPlan* MakePlan(FuncSymbol& function, NameCells& cells) {
     return plan.release();
 }
 
-// ---------------------------------------------------------------------------------------------------------
-// Texts that leave the engine become names, and names live in pages of limited size and number. A script must
-// not be able to bring the table of names to its end.
-
-constexpr std::size_t kLongestName = 1'000'000;
-constexpr int kMostNamePages = 1'480;
-
+/// Texts that leave the engine become names, and the table of names must not fill up with them.
 const char* ProblemAsNames(const Value& value) {
-    if (value.IsString() && value.String()->length > kLongestName) return "String too long.";
+    if (value.IsString() && value.String()->length > kMaxNameLength) return "String too long.";
     if (!value.IsList()) return nullptr;
     for (std::uint32_t i = 0; i < value.List()->length; ++i) {
         const Value& item = value.List()->items[i];
@@ -64,10 +59,8 @@ const char* ProblemAsNames(const Value& value) {
 
 bool Executor::ToHost(const Value& value, Var& out, STRID name) {
     if (value.IsCounted()) {
-        const char* problem = ProblemAsNames(value);
-        if (problem == nullptr && GlobalStrings().GetPageCount() >= kMostNamePages)
-            problem = "String space exhausted.";
-        if (problem != nullptr) {
+        if (!HasRoomForNames()) return false;
+        if (const char* problem = ProblemAsNames(value)) {
             m_unwindingSilently = true;
             Messages().Error("RunScript:", "%s", problem);
             return false;
@@ -75,6 +68,13 @@ bool Executor::ToHost(const Value& value, Var& out, STRID name) {
     }
     ToVar(value, name, out);
     return true;
+}
+
+bool Executor::HasRoomForNames() {
+    if (GlobalStrings().GetPageCount() < kMaxNamePages) return true;
+    m_unwindingSilently = true;
+    Messages().Error("RunScript:", "%s", "String space exhausted.");
+    return false;
 }
 
 bool Executor::FromHost(const Var& var, Value& value) {

@@ -2,12 +2,11 @@
 //
 // The parser has built the value that each execution starts with, so a new instance is a copy of it, shared
 // until it is written, whose members are then initialised one by one.
-#include <new>
 #include <utility>
 
 #include "brenta/names.h"
 #include "script/created_objects.h"
-#include "script/executor.h"
+#include "script/run_guard.h"
 #include "script/symbol_access.h"
 
 namespace brenta {
@@ -100,36 +99,18 @@ bool Executor::ConstructMember(const DeclarationStatement& member, Value& instan
 
 // ---------------------------------------------------------------------------------------------------------
 
-namespace {
-
-bool ConstructInto(Executor& executor, const ClassSymbol& cls, TIter<Var>& members) {
-    Value instance = Value::OfList(0);
-    for (TIter<Var> at = members; at.Get() != nullptr; at.Next())
-        AppendItem(instance, FromVar(*at.Get()), at.Get()->GetName());
-    std::size_t constructed = 0;
-    const bool complete = executor.ConstructMembers(cls, instance, constructed);
-    for (std::size_t i = 0; i < constructed; ++i, members.Next())
-        ToVar(instance.List()->items[i], members.Get()->GetName(), *members.Get());
-    return complete;
-}
-
-}  // namespace
-
-/// A failure leaves the members' scopes open, and a host has no enclosing block that would close them.
 bool DeclarationStatement::Construct(CCoreScriptEngine& engine, ClassSymbol* cls, TIter<Var>& members) {
     if (cls == nullptr) return true;
-    Executor& executor = *engine.State().executor;
-    const Executor::RunState outer = executor.EnterRun(Executor::RunKind::Host);
-    const int depth = engine.Cells().Depth();
-    bool complete = false;
-    try {
-        complete = ConstructInto(executor, *cls, members);
-    } catch (const std::bad_alloc&) {
-        executor.ReportOutOfMemory();
-    }
-    engine.Cells().PopTo(depth);
-    executor.LeaveRun(outer);
-    return complete;
+    return RunStatement(engine, [&](Executor& executor) {
+        Value instance = Value::OfList(0);
+        for (TIter<Var> at = members; at.Get() != nullptr; at.Next())
+            AppendItem(instance, FromVar(*at.Get()), at.Get()->GetName());
+        std::size_t constructed = 0;
+        const bool complete = executor.ConstructMembers(*cls, instance, constructed);
+        for (std::size_t i = 0; i < constructed; ++i, members.Next())
+            ToVar(instance.List()->items[i], members.Get()->GetName(), *members.Get());
+        return complete;
+    });
 }
 
 }  // namespace brenta

@@ -115,13 +115,14 @@ bool CCoreScriptEngine::ReportScanError() {
 }
 
 bool CCoreScriptEngine::InjectScriptText(const char* name, const char* text, bool scan) {
+    if (scan && !m_pState->executor->HasRoomForNames()) return false;
     if (CCoreScriptLexer::InjectScriptText(name, text, scan)) return true;
     return scan && ReportScanError();
 }
 
 bool CCoreScriptEngine::LoadScriptModule(const char* path) {
     return RunForHost(*this, [&] {
-        if (!IncludeScriptModule(path)) return false;
+        if (!m_pState->executor->HasRoomForNames() || !IncludeScriptModule(path)) return false;
         return ScanInput() ? ParseScript() : ReportScanError();
     });
 }

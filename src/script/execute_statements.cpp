@@ -313,22 +313,12 @@ ExecStatus Executor::Overflow(const Statement& at) {
 
 namespace {
 
-/// Runs one statement for a host or for the parser, which is in the midst of a token list that stays.
 ExecStatus ExecuteStatement(const Statement& statement, CCoreScriptEngine& engine, Var& result) {
-    Executor& executor = *engine.State().executor;
-    const Executor::RunState outer = executor.EnterRun(Executor::RunKind::Host);
-    const int depth = engine.Cells().Depth();
-    ExecStatus status = EXEC_FAILED;
-    try {
+    return RunStatement(engine, [&](Executor& executor) {
         Value value = FromVar(result);
-        status = executor.Run(statement, value);
-        if (!executor.ToHost(value, result)) status = EXEC_FAILED;
-    } catch (const std::bad_alloc&) {
-        executor.ReportOutOfMemory();
-    }
-    engine.Cells().PopTo(depth);
-    executor.LeaveRun(outer);
-    return status;
+        const ExecStatus status = executor.Run(statement, value);
+        return executor.ToHost(value, result) ? status : EXEC_FAILED;
+    });
 }
 
 }  // namespace

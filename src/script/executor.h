@@ -69,6 +69,8 @@ class Executor {
     /// beyond the limits.
     bool ToHost(const Value& value, Var& out, STRID name = kNoName);
     bool FromHost(const Var& var, Value& value);
+    /// Whether the table of names has room for what a script brings. False after a message.
+    bool HasRoomForNames();
 
     // --- objects (construct.cpp)
 

@@ -30,6 +30,29 @@ class RunGuard {
     const int m_depth;
 };
 
+/// The smaller frame around a statement that a host, or the parser in the midst of a token list, runs by
+/// itself.
+class StatementGuard {
+ public:
+    explicit StatementGuard(CCoreScriptEngine& engine)
+        : m_executor(*engine.State().executor),
+          m_cells(engine.Cells()),
+          m_run(m_executor.EnterRun(Executor::RunKind::Host)),
+          m_depth(m_cells.Depth()) {}
+    ~StatementGuard() {
+        m_cells.PopTo(m_depth);
+        m_executor.LeaveRun(m_run);
+    }
+    StatementGuard(const StatementGuard&) = delete;
+    StatementGuard& operator=(const StatementGuard&) = delete;
+
+ private:
+    Executor& m_executor;
+    NameCells& m_cells;
+    const Executor::RunState m_run;
+    const int m_depth;
+};
+
 /// What a host's call of an engine goes through: `work` runs guarded and answers success. Nothing is thrown.
 template <class Work>
 bool RunForHost(CCoreScriptEngine& engine, Work work) {
@@ -42,6 +65,19 @@ bool RunForHost(CCoreScriptEngine& engine, Work work) {
         executor.ReportOutOfMemory();
     }
     return false;
+}
+
+/// The same for a statement. What `work` answers stands for a failure by its zero.
+template <class Work>
+auto RunStatement(CCoreScriptEngine& engine, Work work) -> decltype(work(*engine.State().executor)) {
+    Executor& executor = *engine.State().executor;
+    try {
+        const StatementGuard guard(engine);
+        return work(executor);
+    } catch (const std::bad_alloc&) {
+        executor.ReportOutOfMemory();
+        return {};
+    }
 }
 
 }  // namespace brenta

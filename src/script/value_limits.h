@@ -17,6 +17,11 @@ inline constexpr int kMaxStatementDepth = 1000;  ///< blocks, branches, loops: "
 inline constexpr int kMaxNestedRuns = 100;  ///< execute within execute, host re-entry: "Call stack overflow."
 inline constexpr int kMaxIncludeDepth = 64;                ///< include within include
 inline constexpr std::size_t kMaxSourceSize = 256u << 20;  ///< bytes of one source file
-inline constexpr std::size_t kMessageLimit = 60000;        ///< characters of one message
+inline constexpr std::size_t kMaxNameLength =
+    1'000'000;  ///< bytes of a text that becomes a name: "String too long."
+/// Pages of the table of names (it has 1500): "String space exhausted." A script must not bring it to its
+/// end.
+inline constexpr int kMaxNamePages = 1200;
+inline constexpr std::size_t kMessageLimit = 60000;  ///< characters of one message
 
 }  // namespace brenta
