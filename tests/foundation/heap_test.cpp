@@ -252,8 +252,9 @@ TEST(Heap, ObjectsStayAligned) {
     EXPECT_EQ(CoreHeapUsed(), used);
     volatile std::size_t tooMany = std::size_t{1} << 40;
     EXPECT_EQ(new Aware[tooMany], nullptr);
-    EXPECT_EQ(CoreReAlloc(five, -1), nullptr);
-    EXPECT_EQ(Bytes(CoreReAlloc(five, 3009))[3008], '\0');
+    void* const other = CoreAllocate(8);
+    EXPECT_EQ(CoreReAlloc(other, -1), nullptr);
+    EXPECT_EQ(Bytes(CoreReAlloc(other, 16))[15], '\0');
 }
 
 TEST(Heap, EndedThreadsLeaveTheirBlocksToOthers) {

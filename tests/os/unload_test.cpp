@@ -59,6 +59,7 @@ TEST(Unload, NotBeforeTheProcessEnds) {
             std::exit(0);
         },
         testing::ExitedWithCode(0), "");
+    dlclose(library);
 }
 
 }  // namespace
