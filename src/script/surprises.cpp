@@ -18,6 +18,10 @@ namespace {
 using std::size_t;
 constexpr size_t kNone = TokenOutline::kNone;
 
+// How far from a && or || a guard and what it guards are looked for, and how many blocks outwards a variable.
+constexpr size_t kGuardReach = 40;
+constexpr size_t kScopeReach = 100;
+
 std::string Quoted(TokId id) {
     return "'" + std::string(CCoreScriptLexer::GetTokenErrorText(id)) + "'";
 }
@@ -61,6 +65,8 @@ class SurpriseFinder {
             CheckToken(i);
             if (m_outline.EndsValue(i) && m_outline.BeginsValue(i + 1)) CheckNeighbours(i);
         }
+        std::stable_sort(m_findings.begin(), m_findings.end(),
+                         [](const Finding& a, const Finding& b) { return a.place < b.place; });
         for (const Finding& finding : m_findings) {
             const ScriptToken& token = Token(finding.place);
             warnings.Add({{token.file, token.line}, finding.text.c_str()});
@@ -221,7 +227,8 @@ void SurpriseFinder::CheckSum(size_t i) {
 void SurpriseFinder::CheckComment(size_t i) {
     if (Id(i - 1) != TOK_MUL) return;
     const size_t begin = m_outline.ExpressionBegin(i);
-    std::erase_if(m_findings, [begin](const Finding& finding) { return finding.place >= begin; });
+    while (!m_findings.empty() && m_findings.back().place >= begin)
+        m_findings.pop_back();
     Warn(i, "'/* ... */' is no comment: what stands between is part of the script. Write '//' on each line.");
 }
 
@@ -237,8 +244,8 @@ void SurpriseFinder::CheckQuotient(size_t i) {
 // Both sides of && and || are always evaluated, so the left one cannot guard the right one. Reported where it
 // looks as if it should.
 void SurpriseFinder::CheckLogic(size_t i) {
-    const size_t begin = m_outline.ExpressionBegin(i);
-    const size_t end = m_outline.ExpressionEnd(i);
+    const size_t begin = std::max(m_outline.ExpressionBegin(i), i - std::min(i, kGuardReach));
+    const size_t end = std::min(m_outline.ExpressionEnd(i), i + kGuardReach);
     for (size_t k = i + 1; k < end; ++k) {
         const size_t guarded = FindGuarded(k, begin, i);
         if (guarded == kNone) continue;
@@ -256,7 +263,8 @@ size_t SurpriseFinder::FindGuarded(size_t k, size_t begin, size_t op) const {
     const bool call = Id(k) == TOK_LPAREN && Is(k, BracketRole::Call);
     if ((member || subscript) && Id(k - 1) == ID && IsTested(k - 1, begin, op)) return k - 1;
     if ((!subscript && !call) || m_outline.Partner(k) == kNone) return kNone;
-    for (size_t inner = k + 1; inner < m_outline.Partner(k); ++inner) {
+    const size_t end = std::min(m_outline.Partner(k), k + kGuardReach);
+    for (size_t inner = k + 1; inner < end; ++inner) {
         if (Id(inner) != ID) continue;
         if (IsTested(inner, begin, op) || (subscript && IsBounded(inner, begin, op))) return inner;
     }
@@ -290,7 +298,8 @@ bool SurpriseFinder::IsBounded(size_t use, size_t begin, size_t end) const {
         if (!IsSameName(i, use) || (!orders(Id(i - 1)) && !orders(Id(i + 1)))) continue;
         const size_t bound = orders(Id(i + 1)) ? i + 2 : i - 2;
         bool isIndex = false;
-        for (size_t k = end; k < m_outline.ExpressionEnd(end); ++k)
+        const size_t last = std::min(m_outline.ExpressionEnd(end), end + kGuardReach);
+        for (size_t k = end; k < last; ++k)
             isIndex |= IsSameName(k, bound) && Is(m_outline.Enclosing(k), BracketRole::Subscript);
         if (!isIndex) return true;
     }
@@ -416,7 +425,7 @@ void SurpriseFinder::CheckForHeader(size_t open) {
              "Use 'while'.");
         return;
     }
-    const size_t semicolon = m_outline.FindOutside(TOK_SEMI, open + 1);
+    const size_t semicolon = m_outline.FindOutside({TOK_SEMI}, open + 1);
     if (semicolon != kNone && Id(semicolon + 1) == TOK_SEMI)
         Warn(open, "A condition without an expression is false: the loop never runs. Write 'true'.");
 }
@@ -433,7 +442,7 @@ void SurpriseFinder::CheckDeclaration(size_t i) {
              "This assigns to the element behind the last, which is out of bounds. Write 'var a = {1, 2};' "
              "for a "
              "list with first values.");
-    if (m_outline.FindOutside(TOK_COMMA, behind) < m_outline.FindOutside(TOK_SEMI, behind))
+    if (Id(m_outline.FindOutside({TOK_COMMA, TOK_SEMI, TOK_VAR}, behind)) == TOK_COMMA)
         Warn(i,
              "One 'var' declares one variable; with a ',' nothing is assigned at all. Write a 'var' for "
              "each.");
@@ -469,7 +478,8 @@ void SurpriseFinder::TrackScope(size_t i) {
 }
 
 const SurpriseFinder::Declared* SurpriseFinder::Find(STRID name) const {
-    for (size_t n = m_scopes.size(); n-- > 0;) {
+    const size_t last = m_scopes.size() - std::min(m_scopes.size(), kScopeReach);
+    for (size_t n = m_scopes.size(); n-- > last;) {
         const auto found = m_scopes[n].find(name);
         if (found != m_scopes[n].end()) return &found->second;
     }

@@ -1,10 +1,16 @@
 #include "script/token_outline.h"
 
+#include <algorithm>
+
 #include "script/token_classes.h"
 
 namespace brenta {
 
 namespace {
+
+// How many tokens a search looks at. No statement that a person writes is longer, and a file of a million
+// tokens without a semicolon is still checked in no time.
+constexpr std::size_t kReach = 200;
 
 bool Closes(TokId close, TokId open) {
     return (open == TOK_LPAREN && close == TOK_RPAREN) || (open == TOK_LBRACKET && close == TOK_RBRACKET) ||
@@ -60,13 +66,14 @@ BracketRole TokenOutline::RoleOfCurly(std::size_t i) const {
     return IsStatementStart(i) ? BracketRole::Block : BracketRole::List;
 }
 
+// What comes before tells: the end of a statement, or a head that is followed by one. A "}" or ")" that ends
+// a value does not.
 bool TokenOutline::IsStatementStart(std::size_t i) const {
     const std::size_t before = i - 1;
     switch (Id(before)) {
         case TOK_SEMI:
         case TOK_ELSE:
         case TOK__HALT:
-            return true;
         case TOK_END:
             return true;
         case TOK_LCURLY:
@@ -112,9 +119,10 @@ bool TokenOutline::BeginsValue(std::size_t i) const {
     }
 }
 
-std::size_t TokenOutline::FindOutside(TokId id, std::size_t i) const {
-    for (; i < m_tokens.size(); ++i) {
-        if (Id(i) == id) return i;
+std::size_t TokenOutline::FindOutside(std::initializer_list<TokId> ids, std::size_t i) const {
+    const std::size_t end = std::min(m_tokens.size(), i + kReach);
+    for (; i < end; ++i) {
+        if (std::find(ids.begin(), ids.end(), Id(i)) != ids.end()) return i;
         if (Partner(i) == kNone) continue;
         if (Partner(i) < i) return kNone;
         i = Partner(i);
@@ -123,22 +131,22 @@ std::size_t TokenOutline::FindOutside(TokId id, std::size_t i) const {
 }
 
 std::size_t TokenOutline::ExpressionBegin(std::size_t i) const {
-    while (i > 0 && !IsStatementStart(i)) {
+    for (std::size_t steps = 0; i > 0 && !IsStatementStart(i) && steps < kReach; ++steps) {
         const TokId before = Id(i - 1);
-        const bool ends = before == TOK_COMMA || before == TOK_RETURN || IsAssignmentKind(before) ||
-                          (m_roles[i - 1] != BracketRole::None && Partner(i - 1) > i - 1);
-        if (ends) break;
+        const bool opens = m_roles[i - 1] != BracketRole::None && Partner(i - 1) > i - 1;
+        if (opens || before == TOK_COMMA || before == TOK_RETURN || IsAssignmentKind(before)) break;
         i = Partner(i - 1) != kNone ? Partner(i - 1) : i - 1;
     }
     return i;
 }
 
 std::size_t TokenOutline::ExpressionEnd(std::size_t i) const {
-    for (; i < m_tokens.size(); ++i) {
+    const std::size_t end = std::min(m_tokens.size(), i + kReach);
+    for (; i < end; ++i) {
         if (EndsExpression(Id(i)) || Id(i) == TOK_COMMA) return i;
         if (Partner(i) != kNone) i = Partner(i);
     }
-    return i;
+    return std::min(i, m_tokens.size());
 }
 
 }  // namespace brenta

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
 #include <vector>
 
 #include "brenta/lexer.h"
@@ -47,9 +48,11 @@ class TokenOutline {
     bool BeginsValue(std::size_t i) const;
     /// Whether a statement, or a definition, can begin at this token.
     bool IsStatementStart(std::size_t i) const;
+    // The searches below look at some hundred tokens at most, so a check takes linear time.
+
     /// The first place from `i` on that holds `id`, outside brackets opened on the way; kNone if the brackets
     /// around `i`, or the tokens, end before.
-    std::size_t FindOutside(TokId id, std::size_t i) const;
+    std::size_t FindOutside(std::initializer_list<TokId> ids, std::size_t i) const;
     /// The expression around an operator, up to the next `,` or assignment on both sides: its first token,
     /// and the one behind its last.
     std::size_t ExpressionBegin(std::size_t i) const;
