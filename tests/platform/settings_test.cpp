@@ -13,21 +13,18 @@ namespace {
 
 using Text = const char*;
 
-/// Answers for the platform while it lives.
+/// Answers for the platform while it lives; a data folder "unknown" is one.
 struct Places {
-    Text executable;
-    Text data;
+    static inline Text s_executable;
+    static inline Text s_data;
 
-    Places(Text executablePath, Text dataFolder) : executable(executablePath), data(dataFolder) {
+    Places(Text executable, Text data) {
+        s_executable = executable;
+        s_data = data;
         HostServices services;
-        services.context = this;
-        services.executablePath = [](void* context, CoreString& path) {
-            path = static_cast<Places*>(context)->executable;
-            return true;
-        };
-        services.applicationDataFolder = [](void* context, CoreString& folder) {
-            folder = static_cast<Places*>(context)->data;
-            return folder != "unknown";
+        services.executablePath = [](void*, CoreString& path) { return !(path = s_executable).IsEmpty(); };
+        services.applicationDataFolder = [](void*, CoreString& folder) {
+            return (folder = s_data) != "unknown";
         };
         SetHostServices(services);
     }
@@ -37,9 +34,9 @@ struct Places {
 TEST(Settings, ApplicationName) {
     // Executable; full path without extension, file name with and without it, folder.
     const std::tuple<Text, Text, Text, Text, Text> rows[] = {
-        {"/opt/app-1.2/bin/tool", "/opt/app-1.2/bin/tool", "tool", "tool", "/opt/app-1.2/bin"},
+        {"/opt/app-1.2/tool", "/opt/app-1.2/tool", "tool", "tool", "/opt/app-1.2"},
         {"C:\\Apps\\a.b.exe", "C:\\Apps\\a.b", "a.b.exe", "a.b", "C:\\Apps"},
-        {"/tool", "/tool", "tool", "tool", "/"},
+        {"/.tool", "/.tool", ".tool", ".tool", "/"},
         {"D:\\tool.exe", "D:\\tool", "tool.exe", "tool", "D:\\"},
         {"", "", "", "", ""}};
     for (const auto& [executable, whole, file, name, folder] : rows) {
@@ -54,11 +51,9 @@ TEST(Settings, ApplicationName) {
 }
 
 TEST(Settings, DataFiles) {
-    const Places places("/usr/bin/brenta.bin", "/home/u/share");
-    EXPECT_EQ(GetAppDataFolder(), "/home/u/share\\brenta");
-    EXPECT_EQ(GetAppDataFileName("State", "recent", "txt"), "/home/u/share\\brenta\\State\\recent.txt");
-    EXPECT_EQ(GetAppDataFileName(nullptr, "brenta.ini", nullptr), "/home/u/share\\brenta\\brenta.ini");
-    EXPECT_EQ(GetAppDataFileName("", "a", ".b"), "/home/u/share\\brenta\\a.b");
+    const Places places("/usr/bin/tool.bin", "/share");
+    EXPECT_EQ(GetAppDataFileName("State", "recent", "txt"), "/share\\tool\\State\\recent.txt");
+    EXPECT_EQ(GetAppDataFileName(nullptr, "tool.ini", nullptr), "/share\\tool\\tool.ini");
 }
 
 TEST(Settings, PlatformKnowsTheRunningProgram) {
