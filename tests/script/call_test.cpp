@@ -105,6 +105,10 @@ TEST(Call, ObjectsMayComeBack) {
         "!Symbol 'nobody' not defined. !m(1): Function call 'Run' failed. !Function call failed. failed");
     EXPECT_EQ(run.Execute("load()"), "=7");
     EXPECT_EQ(run.Execute("late2()"), "=6");
+    // A global is there though a local of its name stands in front of it.
+    EXPECT_EQ(run.Execute("{ var global = 1; o.Load(\"var global = 7;\"); }"),
+              "!loaded(1): Symbol 'global' already defined. !Function call 'Load' failed. failed");
+    EXPECT_EQ(run.Execute("global"), "=6");
     EXPECT_EQ(run.Execute("o.Run(\"5mil\"); 10", kMils), "=100000");
     // Each of the nested runs knows its own input and tokens.
     EXPECT_EQ(run.Load("var before = o.Run(\"2 ;\"); var after = before + 1;"), "=null");
