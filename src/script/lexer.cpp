@@ -106,6 +106,7 @@ void CCoreLexer::CopyKinds(const CCoreLexer& other) {
     std::copy(std::begin(other.m_tagValues), std::end(other.m_tagValues), m_tagValues);
 }
 
+// The program refers to the kinds and their sets, so it goes first.
 void CCoreLexer::FreeKinds() {
     m_pProgram->Clear();
     for (CREToken* token : m_tokens)
@@ -185,6 +186,7 @@ bool CCoreLexer::GetToken(LexToken& token) {
     }
 }
 
+// The captures stay where matching left them, in the kind: the caller reads them before the next scan.
 bool CCoreLexer::ScanToken(LexToken& token, const CREToken*& kind) {
     bool found;
     do {

@@ -254,6 +254,7 @@ void CCoreScriptLexer::AppendScanned(const LexToken& scanned, const CREToken& ki
     }
 }
 
+// A copy, because tokens outlive the text they were scanned from: a file's text is freed where the file ends.
 void CCoreScriptLexer::SetText(Token& token, std::string_view text) {
     if (text.empty()) return;
     token.text = m_pArena->CopyText(text.data(), text.size());

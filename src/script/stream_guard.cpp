@@ -8,6 +8,7 @@ StreamGuard::StreamGuard(CCoreScriptLexer& lexer) : m_lexer(lexer), m_arenaBase(
     SwapState();
 }
 
+// What is left of the inner work goes first: an inner text may be gone already, so it is dropped, never read.
 StreamGuard::~StreamGuard() {
     m_lexer.FlushInput();
     m_lexer.FlushTokens();
@@ -15,6 +16,7 @@ StreamGuard::~StreamGuard() {
     SwapState();
 }
 
+// The guard's own state is empty when it enters, and again when it leaves: one exchange serves both ways.
 void StreamGuard::SwapState() {
     std::swap(m_streams, m_lexer.m_streams);
     std::swap(m_pStream, m_lexer.m_pStream);
