@@ -12,7 +12,7 @@ bool CheckScriptModule(const char* path, CScriptMsgStream& errors, TOrderedList<
         CCoreScriptEngine engine(TOrderedList<Var>(), &errors);
         EngineState& state = engine.State();
         state.checkOnly = true;
-        state.inspectTokens = [](TIter<ScriptToken*> first, void* context) {
+        state.inspectTokens = [](const TIter<ScriptToken*>& first, void* context) {
             FindSurprises(first, *static_cast<TOrderedList<ScriptWarning>*>(context));
         };
         state.inspectContext = &warnings;

@@ -37,7 +37,7 @@ struct EngineState : ParserState {
     // --- checking without running (CheckScriptModule)
     bool checkOnly = false;  ///< parse without executing global declarations
     /// Called before a module is parsed, when set, with the complete token list.
-    void (*inspectTokens)(TIter<ScriptToken*> first, void* context) = nullptr;
+    void (*inspectTokens)(const TIter<ScriptToken*>& first, void* context) = nullptr;
     void* inspectContext = nullptr;
 
     // --- running

@@ -57,7 +57,7 @@ bool EndsWith(const ScriptToken& token, std::string_view end) {
 // One rule per function, called at each token that may be the heart of its surprise.
 class SurpriseFinder {
  public:
-    explicit SurpriseFinder(TIter<ScriptToken*> first) : m_outline(first), m_scopes(1) {}
+    explicit SurpriseFinder(const TIter<ScriptToken*>& first) : m_outline(first), m_scopes(1) {}
 
     void Run(TOrderedList<ScriptWarning>& warnings) {
         for (size_t i = 0; i < m_outline.Count(); ++i) {
@@ -488,7 +488,7 @@ const SurpriseFinder::Declared* SurpriseFinder::Find(STRID name) const {
 
 }  // namespace
 
-void FindSurprises(TIter<ScriptToken*> first, TOrderedList<ScriptWarning>& warnings) {
+void FindSurprises(const TIter<ScriptToken*>& first, TOrderedList<ScriptWarning>& warnings) {
     SurpriseFinder(first).Run(warnings);
 }
 

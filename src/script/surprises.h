@@ -13,6 +13,6 @@ namespace brenta {
 /// Only what the tokens show for certain is reported, so that a warning is worth reading: a good script gets
 /// none. The list need not be a well-formed script; what the parser refuses with a message that says little
 /// (`x[1][2]`) is explained here as well.
-void FindSurprises(TIter<ScriptToken*> first, TOrderedList<ScriptWarning>& warnings);
+void FindSurprises(const TIter<ScriptToken*>& first, TOrderedList<ScriptWarning>& warnings);
 
 }  // namespace brenta
