@@ -48,14 +48,25 @@ class InstanceBuilder {
             outdated.push_back(at);
         }
         for (auto at = outdated.rbegin(); at != outdated.rend(); ++at) {
-            (*at)->m_isBuilding = true;
+            const BuildingMark mark(**at);
             Build(**at, level);
-            (*at)->m_isBuilding = false;
             (*at)->m_instanceEpoch = epoch;
         }
     }
 
  private:
+    /// A class that is being built is not built again for its own members; also if memory runs out meanwhile.
+    class BuildingMark {
+     public:
+        explicit BuildingMark(const ClassSymbol& cls) : m_cls(cls) { cls.m_isBuilding = true; }
+        ~BuildingMark() { m_cls.m_isBuilding = false; }
+        BuildingMark(const BuildingMark&) = delete;
+        BuildingMark& operator=(const BuildingMark&) = delete;
+
+     private:
+        const ClassSymbol& m_cls;
+    };
+
     static void Build(const ClassSymbol& cls, std::uint32_t level) {
         const ClassSymbol* base = cls.m_pBase;
         const bool hasBase = base != nullptr && base->m_pInstance != nullptr;
@@ -173,8 +184,9 @@ bool ClassSymbol::AddMember(const char* where, CScriptMsgStream* messages, Decla
                             StrPtr(GetName()));
         return false;
     }
-    m_members.Add(member);
+    // The value first: if memory runs out, the member is still the caller's.
     SymbolAccess::AppendMemberValue(*this, symbol);
+    m_members.Add(member);
     return true;
 }
 
