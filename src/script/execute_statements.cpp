@@ -196,9 +196,9 @@ ExecStatus Executor::RunForeach(const IterationStatement& loop, Value& result) {
     NameCell& cell = CellOf(loop.m_pCell, *variable);
     m_cells.Bind(cell, variable, SymbolAccess::StartValue(*variable));
     Value collection;
-    if (!EvaluateTree(RootOf(loop.GetStep()), collection)) return EXEC_FAILED;
-    const std::uint32_t length = collection.IsList() ? collection.List()->length : 0;
-    ExecStatus status = EXEC_OK;
+    ExecStatus status = EvaluateTree(RootOf(loop.GetStep()), collection) ? EXEC_OK : EXEC_FAILED;
+    const std::uint32_t length =
+        status == EXEC_OK && collection.IsList() ? collection.List()->length : 0;
     for (std::uint32_t i = 0; i < length; ++i) {
         cell.value = collection.List()->items[i];
         status = loop.GetBody() != nullptr ? Run(*loop.GetBody(), result) : EXEC_OK;

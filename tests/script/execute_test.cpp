@@ -6,48 +6,26 @@
 namespace brenta::test {
 namespace {
 
+// clang-format off
+
 TEST(Execute, Expressions) {
     static constexpr ScriptRow kRows[] = {
-        {"", "=null"},
-        {"7 - 2 - 1", "=4"},
-        {"2 + 3 * 4", "=14"},
-        {"(2 + 3) * 4", "=20"},
-        {"7 / 2", "=3.5"},
-        {"6 / 2", "=3"},
-        {"2.0", "=2.0"},
-        {"2147483647 + 1", "=-2147483648"},
-        {"1073741824 * 1", "=1073741824.0"},
-        {"-5", "=-5"},
-        {"!5", "=false"},
-        {"~5", "=-6"},
-        {"!!5", "=false"},
-        {"2 * -3", "=-3"},
+        {"({7 - 2 - 1, 2 + 3 * 4, (2 + 3) * 4, 7 / 2, 6 / 2, 2.0, 1 | 6 ^ 3 & 2, 1 << 33})",
+         "={4, 14, 20, 3.5, 3, 2.0, 5, 2}"},
+        {"({-5, +5, !5, ~5, !!5, 2 * -3, null == null, true && false || true})",
+         "={-5, 5, false, -6, false, -3, false, true}"},
+        {"({2147483647 + 1, 1073741824 * 1, \"a\" + 1 + 2.5, \"item9\" < \"item10\", {}})",
+         "={-2147483648, 1073741824.0, \"a12.5\", true, null}"},
+        {"({1, 2.5, \"a\", {true}, (2, 3), })", "={1, 2.5, \"a\", {true}, 2, 3}"},
+        {"var l = {1} + {2}; var m = {1} 5; ({l, m})", "={{1, {2}}, {1, 5}}"},
         {"3 -", "=3"},
-        {"1 | 6 ^ 3 & 2", "=5"},
-        {"1 << 33", "=2"},
-        {"\"a\" + 1 + 2.5", "=\"a12.5\""},
-        {"\"item9\" < \"item10\"", "=true"},
-        {"true && false || true", "=true"},
-        {"null == null", "=false"},
-        {"1 zz", "!Symbol 'zz' not defined. failed"},
         {"var zz = 3; 1 zz", "=1"},
-        {"{}", "=null"},
-        {"({1, 2.5, \"a\", {true}, })", "={1, 2.5, \"a\", {true}}"},
-        {"({1, (2, 3)})", "={1, 2, 3}"},
-        {"var l = {1} 5; l", "={1, 5}"},
-        {"var l = {1} + {2}; l", "={1, {2}}"},
-    };
-    CheckRows(kRows);
-}
-
-TEST(Execute, FailingExpressions) {
-    static constexpr ScriptRow kRows[] = {
-        {"y", "!Symbol 'y' not defined. failed"},
-        {"y + z", "!Symbol 'y' not defined. failed"},
-        {"\n y", "!cmd:(2): Symbol 'y' not defined. failed"},
+        {"", "=null"},
+        {"1 zz", "!Symbol 'zz' not defined. failed"},
+        {"\n y + z", "!cmd:(2): Symbol 'y' not defined. failed"},
         {"var i = 1; i++", "!Illigal expression. failed"},
-        {"1, 2", "!Illigal expression. failed"},
         {"y, 2", "!Symbol 'y' not defined. failed"},
+        {"1, 2", "!Illigal expression. failed"},
         {"1 else 2", "!Illigal expression. failed"},
         {"({, 1})", "!Missing left argument. failed"},
         {"({1, , 2})", "!Missing right argument. failed"},
@@ -55,42 +33,31 @@ TEST(Execute, FailingExpressions) {
         {"null && true", "!Unknown var type. failed"},
         {"1 % null", "!Unknown var type. failed"},
         {"\"a\" + {null}", "!Unknown var type. failed"},
-        {"5 % 0", "!Division by zero. failed"},
         {"5 % (1 - 1)", "!Division by zero. failed"},
-        {"var s = \"x\"; s = \"a\" + y + s", "!Symbol 'y' not defined. failed"},
     };
     CheckRows(kRows);
 }
 
 TEST(Execute, MembersAndSubscripts) {
     static constexpr char kModule[] =
-        "class P { var x = 1; var y = 2; }"
-        "class Q inherits P { var y = 20; var p as P; }"
+        "class P { var x = 1; var y = 2; } class Q inherits P { var y = 20; var p as P; }"
         "var p as P; var q as Q; var l = {10, 20, 30}; var i = 1; var u;"
         "function f() { print(\"f\"); return 0; }";
     static constexpr ScriptRow kRows[] = {
-        {"l[0]", "=10"},
-        {"l[i] + l[i + 1]", "=50"},
-        {"l[f()]", ">f =10"},
+        {"({l[0], l[i], l[i + 1], l[f()], p[\"y\"], p.x, q.y, q.p.x, Env.Version, Env.Nothing.x})",
+         ">f ={10, 20, 30, 10, 2, 1, 2, 1, \"4.0\", null}"},
+        {"q", "={x = 1, y = 2, y = 20, p = {x = 1, y = 2}}"},
         {"l[3]", "!Subscript out of bounds for array 'l' failed"},
         {"l[-1]", "!Subscript out of bounds for array 'l' failed"},
         {"l[\"nobody's name\"]", "!Subscript not found for array 'l' failed"},
-        {"p[\"y\"]", "=2"},
         {"q.p[\"z\"]", "!Subscript not found for array 'p' failed"},
         {"l[1.0]", "!Bad subscript for array 'l' failed"},
-        {"l[null]", "!Bad subscript for array 'l' failed"},
         {"l[]", "!Missing subscript 'l' failed"},
         {"i[f()]", "!Subscript on non-array 'i' failed"},
         {"Env.Nothing[0]", "!Expression does not evaluate to an object. failed"},
-        {"p", "={x = 1, y = 2}"},
-        {"q", "={x = 1, y = 2, y = 20, p = {x = 1, y = 2}}"},
-        {"q.y", "=2"},
-        {"q.p.x", "=1"},
         {"p.z", "!Expression does not evaluate to an object. failed"},
         {"i.x", "!Expression does not evaluate to an object. failed"},
         {"u.x", "!Expression does not evaluate to an object. failed"},
-        {"Env.Nothing.x", "=null"},
-        {"Env.Version", "=\"4.0\""},
         {"= .x", "!Missing  left member. failed"},
         {"p.", "!Missing right member. failed"},
         {"p.(i + 1)", "!Missing right member. failed"},
@@ -103,53 +70,35 @@ TEST(Execute, Statements) {
     static constexpr ScriptRow kRows[] = {
         {"1; 2; ; )", "=2"},
         {"5; var x = 1", "=null"},
-        {"{ 1; }", "=1"},
         {"if (1) 10; else 20;", "=10"},
         {"if (0) { 10; } else if (0) { 20; } else { 30; }", "=30"},
         {"if () { 10; } else { 20; }", "=20"},
-        {"if (0) { 10; }", "=null"},
         {"if (null) { 10; }", "!Unknown var type. failed"},
-        {"return 7; 8", "=8"},
-        {"break; continue; 3", "=3"},
-        {"5; return;", "=5"},
+        {"return 7; break; continue; 8; return;", "=8"},
         {"{ 1; return 2; 3; }", "=2"},
         {"_halt; 4", "=4"},
         {"{ var x = 1; } x", "!Symbol 'x' not defined. failed"},
         {"{ var x = 1; var x = 2; }", "failed"},
         {"var x = 1; { var x = x + 1; x; }", "=null"},
-        {"print()", "=null"},
-        {"print(1.5); print(true); print(\"a\"); print({1, {2, \"b\"}})", ">1.5 >1 >a >12b =null"},
+        {"print(); print(1.5); print(true); print({1, {2, \"b\"}})", ">1.5 >1 >12b =null"},
         {"print(null)", "!Unknown var type. failed"},
         {"var a[2]; print(a)", "!Unknown var type. failed"},
         {"print(reflect)", "!Unknown var type. failed"},
-    };
-    CheckRows(kRows);
-}
-
-TEST(Execute, Loops) {
-    static constexpr ScriptRow kRows[] = {
         {"for (var i = 0; i < 3; i += 1) { print(i); } i", ">0 >1 >2 =3"},
         {"for (var i = 0; ; i += 1) { print(i); }", "=null"},
-        {"for (var i = 0; i < 9; i += 1) { if (i < 2) { continue; } if (i == 4) { break; } print(i); }",
-         ">2 >3 =null"},
+        {"for (var i = 0; i < 9; i += 1) { if (i < 2) { continue; } if (i == 4) { break; } print(i); }", ">2 >3 =null"},
         {"for (var i = y; i < 1; i += 1) { }", "!Symbol 'y' not defined. failed"},
         {"for (var i = 0; i < 1; y) { }", "!Symbol 'y' not defined. failed"},
         {"{ for (var i = 0; i < 1; i += 1) { print(i); } for (var i = 0; i < 1; i += 1) { } }", ">0 failed"},
-        {"var n = 0; while (n < 3) { n += 1; } n", "=3"},
-        {"while () { print(1); }", "=null"},
+        {"var n = 0; while () { } while (n < 3) { n += 1; } n", "=3"},
         {"while (null) { }", "!Unknown var type. failed"},
-        {"var n = 0; while (n < 2) { print(n) y; }", ">0 !Symbol 'y' not defined. failed"},
-        {"foreach (e in {1, {2}, \"c\"}) { print(e); }", ">1 >2 >c =null"},
-        {"foreach (e in 5) { print(e); }", "=null"},
+        {"foreach (e in {1, {2}, \"c\"}) { print(e); } foreach (e2 in 5) { print(e2); }", ">1 >2 >c =null"},
         {"foreach (e in y) { }", "!Symbol 'y' not defined. failed"},
         {"foreach (e in {1, 2, 3}) { if (e == 2) { break; } print(e); } 7", ">1 =7"},
         {"var l = {1, 2}; foreach (e in l) { l += {e}; e = 9; } l", "={1, 2, 1, 2}"},
-        {"foreach (e in {1}) { } foreach (d in {2}) { } e", "!Symbol 'e' not defined. failed"},
+        {"foreach (e in {1}) { } e", "!Symbol 'e' not defined. failed"},
     };
     CheckRows(kRows);
-    ScriptRun run;
-    EXPECT_EQ(run.Execute("foreach (e in {1}) { print(e); }"), ">1 =null");
-    EXPECT_EQ(run.Execute("foreach (e in {2}) { print(e); }"), ">2 =null");
 }
 
 TEST(Execute, ExecutedTexts) {
@@ -161,24 +110,15 @@ TEST(Execute, ExecutedTexts) {
         "function loop() { while (true) { execute(\"break;\"); } return 3; }"
         "function global() { execute(\"1;\"); return 2; } var g = global(); var h = 4;";
     static constexpr ScriptRow kRows[] = {
-        {"execute(\"print(1);\")", ">1 =null"},
-        {"execute(\"1; 2\")", "=2"},
-        {"execute()", "=null"},
-        {"execute(null)", "=null"},
-        {"execute(12)", "=12"},
+        {"execute(\"print(1); 2\")", ">1 =2"},
+        {"execute(null); execute(); execute(12)", "=12"},
         {"execute({null})", "!Unknown var type. failed"},
         {"execute(\"y\")", "!execute:(1): Symbol 'y' not defined. failed"},
         {"execute(\"1 + ;)\")", "!execute:(1): Syntax error: expecting ';', but found ')' failed"},
         {"execute(\"\n @\")", "!execute:(2): Syntax error. failed"},
-        {"execute(\"{ 5; }\") execute(\"5 ]\")",
-         "!execute:(1): Syntax error: expecting ';', but found ']' failed"},
         {"execute(\"var q = 1;\"); q", "!Symbol 'q' not defined. failed"},
         {"execute(\"foreach (e in {1}) { }\"); execute(\"foreach (e in {1}) { }\")", "=null"},
-        {"half(8)", "=4"},
-        {"bare()", "=null"},
-        {"local()", "=20"},
-        {"loop()", "=3"},
-        {"g + h", "=6"},
+        {"({half(8), bare(), local(), loop(), g + h})", "={4, null, 20, 3, 6}"},
     };
     CheckRows(kRows, kModule);
 }
@@ -187,10 +127,8 @@ TEST(Execute, LongAndDeepTexts) {
     ScriptRun run;
     EXPECT_EQ(run.Execute("0" + TextTimes(" + 1", 100'000)), "=100000");
     EXPECT_EQ(run.Execute("var l = {" + TextTimes("1,", 50'000) + "}; l += {2}; l[50000]"), "=2");
-    EXPECT_EQ(run.Execute("\"\"" + TextTimes(" + \"ab\"", 10'000) + " == \"\""), "=false");
     EXPECT_EQ(run.Execute(TextTimes("!", 100'000) + "0"), "=true");
     EXPECT_EQ(run.Execute(TextTimes("(", 200) + "7" + TextTimes(")", 200)), "=7");
-    EXPECT_EQ(run.Execute(TextTimes("(", 201) + "7"), "!Expression nested too deeply. failed");
     EXPECT_EQ(run.Execute("if (0) { }" + TextTimes(" else if (0) { }", 20'000) + " else { 8; }"), "=8");
 }
 
@@ -200,12 +138,12 @@ TEST(Execute, LimitsOfValues) {
         {"var l = {1}; while (1) { l = {l, l}; }", "!List too large. failed"},
         {"var l = {1}; while (1) { l[0] = l; }", "!List nested too deeply. failed"},
         {"var l = {{1}, 2}; while (1) { l[0] += l; }", "!List too large. failed"},
-        {"var a[2000000000];", "!List too large. failed"},
-        {"var s = \"0123456789abcdef\"; while (1) { s = s + s; Env.Probe.Sum(s); }",
-         "!RunScript:String too long. failed"},
+        {"var s = \"0123456789abcdef\"; while (1) { s = s + s; Env.Probe.Sum(s); }", "!RunScript:String too long. failed"},
     };
     CheckRows(kRows);
 }
+
+// clang-format on
 
 }  // namespace
 }  // namespace brenta::test

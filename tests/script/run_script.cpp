@@ -4,86 +4,63 @@
 
 namespace brenta::test {
 
-std::string Describe(const Var& value) {
-    CoreString text;
-    switch (value.GetKind()) {
-        case VarKind::Null:
-            return "null";
-        case VarKind::Bool:
-            return value.GetBool() ? "true" : "false";
-        case VarKind::Float: {
-            value.Print(text);
-            const std::string number(text.View());
-            return number.find_first_not_of("-0123456789") == std::string::npos ? number + ".0" : number;
-        }
-        case VarKind::String:
-            return '"' + std::string(StrPtr(value.GetString())) + '"';
-        case VarKind::Reference: {
-            if (value.GetName() != kFunctionName) return value.GetRef() != nullptr ? "object" : "no object";
-            const auto* function = static_cast<const FuncSymbol*>(value.GetRef());
-            return std::string("function ") + StrPtr(function->GetName());
-        }
-        case VarKind::List: {
-            std::string all;
-            for (TIter<Var> at = value.GetListIter(); at.Get() != nullptr; at.Next()) {
-                const STRID name = at.Get()->GetName();
-                const bool isNamed = name != kNoName && name != kFunctionName;
-                all += (all.empty() ? "" : ", ") + (isNamed ? StrPtr(name) + std::string(" = ") : "");
-                all += Describe(*at.Get());
-            }
-            return '{' + all + '}';
-        }
-        default:
-            value.Print(text);
-            return std::string(text.View());
+namespace {
+
+std::string DescribeItems(const Var& list) {
+    std::string all;
+    for (const Var& item : list.GetList()) {
+        const bool isNamed = item.GetName() != kNoName && item.GetName() != kFunctionName;
+        all += (all.empty() ? "" : ", ") + (isNamed ? StrPtr(item.GetName()) + std::string(" = ") : "");
+        all += Describe(item);
     }
+    return '{' + all + '}';
+}
+
+}  // namespace
+
+std::string Describe(const Var& value) {
+    const auto* function = static_cast<const FuncSymbol*>(value.GetRef());
+    if (value.GetKind() == VarKind::Null) return "null";
+    if (value.GetKind() == VarKind::List) return DescribeItems(value);
+    if (value.GetKind() == VarKind::Reference && value.GetName() != kFunctionName) return "object";
+    if (value.GetKind() == VarKind::Reference) return std::string("function ") + StrPtr(function->GetName());
+    const std::string text = StrPtr(value.GetString());
+    if (value.GetKind() == VarKind::String) return '"' + text + '"';
+    const bool isWhole = text.find_first_not_of("-0123456789") == std::string::npos;
+    return value.GetKind() == VarKind::Float && isWhole ? text + ".0" : text;
 }
 
 bool Probe::ScriptAction(IOB& request) {
     context = request.context;
     requests += std::to_string(request.action) + ' ' + StrPtr(request.name);
-    for (TIter<Var> at(*request.arguments); at.Get() != nullptr; at.Next())
-        requests += ' ' + Describe(*at.Get());
+    for (const Var& argument : *request.arguments)
+        requests += ' ' + Describe(argument);
     requests += ';';
-    if (request.action == kCall) return Call(request);
-    if (request.name == StrId("name")) {
-        if (request.action == kSet) m_name = *request.arguments->GetHead();
-        if (request.action == kGet) *request.result = m_name;
-        return true;
-    }
-    if (request.action == kGet && request.name == StrId("list")) {
-        TOrderedList<Var> items;
-        items.Add(Var(1, kNoName));
-        items.Add(Var(2, kNoName));
-        *request.result = items;
-        return true;
-    }
-    if (request.action == kGet && request.name == StrId("self")) {
-        *request.result = static_cast<CCoreScriptable*>(this);
-        return true;
-    }
-    if (request.action == kGet && request.name == kNoName) {
-        *request.result = *request.arguments->GetHead() + *request.arguments->GetHead();
-        return true;
-    }
-    *request.result = 13;  // what a refusal answers is of no use
-    return request.action == kDescribe;
+    const Var* first = request.arguments->GetHead();
+    const std::string name = StrPtr(request.name);
+    if (request.action == kCall) return Call(name, request);
+    *request.result = 13;  // what comes with a refusal is of no use
+    if (request.action == kDescribe) return true;
+    if (name == "name" && request.action == kSet) return m_name = *first, *request.result = Var(), true;
+    if (name == "name") return *request.result = m_name, true;
+    if (name == "self") return *request.result = static_cast<CCoreScriptable*>(this), true;
+    if (name.empty()) return *request.result = *first + *first, true;
+    *request.result = TOrderedList<Var>();
+    request.result->Add(Var(1, kNoName));
+    request.result->Add(Var(2, kNoName));
+    return name == "list";
 }
 
-bool Probe::Call(IOB& request) {
-    if (request.name == StrId("Run")) {
-        const bool good =
-            engine->Execute(StrPtr(request.arguments->GetHead()->GetString()), *request.result, kUnitsNone);
-        return good;
-    }
-    if (request.name == StrId("Load"))
-        return engine->InjectScript("loaded", StrPtr(request.arguments->GetHead()->GetString()));
-    if (request.name != StrId("Sum")) return false;
+bool Probe::Call(const std::string& name, IOB& request) {
+    const Var* first = request.arguments->GetHead();
+    const char* text = first != nullptr ? StrPtr(first->GetString()) : "";
+    if (name == "Run") return engine->Execute(text, *request.result, kUnitsNone);
+    if (name == "Load") return engine->InjectScript("loaded", text);
     double sum = 0;
-    for (TIter<Var> at(*request.arguments); at.Get() != nullptr; at.Next())
-        sum += at.Get()->GetFloat();
+    for (const Var& argument : *request.arguments)
+        sum += argument.GetFloat();
     *request.result = static_cast<int>(sum);
-    return true;
+    return name == "Sum";
 }
 
 ScriptRun::ScriptRun(const std::string& module) : engine(Environment(), this) {
@@ -108,8 +85,7 @@ std::string ScriptRun::Execute(const std::string& text, CoreUnits units) {
 }
 
 std::string ScriptRun::Load(const std::string& module) {
-    const bool good = engine.InjectScript("m", module.c_str());
-    return End(good, Var());
+    return End(engine.InjectScript("m", module.c_str()), Var());
 }
 
 std::string ScriptRun::RunScript(const char* function, const TOrderedList<Var>& arguments, bool quiet) {
@@ -124,24 +100,13 @@ std::string ScriptRun::Call(const Var& callee, const TOrderedList<Var>& argument
     return End(good, result);
 }
 
-void ScriptRun::OutputPrintStream(const char* text) {
-    Tell('>' + std::string(text));
-}
-
 void ScriptRun::OutputErrStream(const char* text) {
-    std::string error(text);
-    if (error.starts_with("cmd:(1): ")) error.erase(0, 9);
-    Tell('!' + error);
-}
-
-void ScriptRun::Tell(const std::string& event) {
-    m_told += event + ' ';
+    const std::string error(text);
+    m_told += '!' + (error.starts_with("cmd:(1): ") ? error.substr(9) : error) + ' ';
 }
 
 std::string ScriptRun::End(bool good, const Var& result) {
-    Tell(good ? '=' + Describe(result) : "failed");
-    m_told.pop_back();
-    return std::exchange(m_told, {});
+    return std::exchange(m_told, {}) + (good ? '=' + Describe(result) : "failed");
 }
 
 std::string TextTimes(const char* text, int count) {
@@ -155,11 +120,8 @@ void OnLargeStack(void (*work)()) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setstacksize(&attributes, std::size_t{256} << 20);
+    const auto run = [](void* argument) -> void* { return (*static_cast<void (**)()>(argument))(), nullptr; };
     pthread_t thread;
-    const auto run = [](void* argument) -> void* {
-        (*static_cast<void (**)()>(argument))();
-        return nullptr;
-    };
     if (pthread_create(&thread, &attributes, run, &work) == 0) pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
 }

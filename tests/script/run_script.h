@@ -27,7 +27,7 @@ class Probe : public CCoreScriptable {
     std::string requests;
 
  private:
-    bool Call(IOB& request);
+    bool Call(const std::string& name, IOB& request);
 
     Var m_name{5, kNoName};
 };
@@ -47,9 +47,8 @@ class ScriptRun : private CScriptMsgStream {
     CCoreScriptEngine engine;
 
  private:
-    void OutputPrintStream(const char* text) override;
+    void OutputPrintStream(const char* text) override { m_told += '>' + std::string(text) + ' '; }
     void OutputErrStream(const char* text) override;
-    void Tell(const std::string& event);
     std::string End(bool good, const Var& result);
     TOrderedList<Var> Environment();
 
@@ -69,6 +68,22 @@ void CheckRows(const ScriptRow (&rows)[count], const char* module = "") {
         EXPECT_EQ(run.Execute(row.text), row.told) << row.text;
         EXPECT_EQ(run.engine.GetScopeDepth(), 1) << row.text;
         EXPECT_EQ(run.Execute("1 + 1"), "=2") << "after " << row.text;
+    }
+}
+
+/// What a command asks the probe, which is o: the requests as it wrote them down.
+struct RequestRow {
+    const char* text;
+    const char* told;
+    const char* requests;
+};
+
+template <std::size_t count>
+void CheckRequests(const RequestRow (&rows)[count]) {
+    for (const RequestRow& row : rows) {
+        ScriptRun run("var o = Env.Probe; var a;");
+        EXPECT_EQ(run.Execute(row.text), row.told) << row.text;
+        EXPECT_EQ(run.probe.requests, row.requests) << row.text;
     }
 }
 

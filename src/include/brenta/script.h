@@ -83,8 +83,10 @@
 ///
 /// Cost
 /// ----
-/// Making an engine takes some ten microseconds (the token patterns are compiled), a short command about
-/// a microsecond. Calling a script function costs about 0.1 microseconds more than what it does.
+/// Making an engine takes about ten microseconds (the token patterns are compiled), a short command some
+/// hundred nanoseconds, a call from the host about 70 nanoseconds, one from script to script about 30, each
+/// loop turn or simple statement 10 to 20. Names cost nothing to look up. A list or text is copied when one of
+/// two variables that share it is changed; `x = x + e` and `x += e` append to it in place.
 #pragma once
 
 #include <cstddef>
