@@ -4,8 +4,9 @@
 #   renew_scripts.pl HOST SCRIPT...
 #
 # Output line n takes the place of the n-th "// expect:", message n that of the n-th "// error:", "// warning:" or
-# "// message:". A script that prints more or fewer lines than it has expectations, or whose messages name other lines, is
-# left alone and named: what it should expect is for a person to say.
+# "// message:"; where that says {folder} for the script's own, it still does. A script that prints more or fewer lines
+# than it has expectations, or whose messages name other lines, is left alone and named: what it should expect is for a
+# person to say.
 use strict;
 use warnings;
 
@@ -46,10 +47,12 @@ sub renewed_lines {
     my ($command) = $text =~ m{// command: ?(.*)};
     my ($arguments) = $text =~ m{// arguments: ?(.*)};
     my ($output, $messages) = run_host($script, $command // 'run', $arguments // '');
+    my ($folder) = $script =~ m{^(.*)/};
     for my $i (0 .. $#lines) {
-        next unless $lines[$i] =~ m{^(.*// (expect|error|message|warning):)};
-        my ($head, $kind) = ($1, $2);
+        next unless $lines[$i] =~ m{^(.*// (expect|error|message|warning):)(.*)};
+        my ($head, $kind, $old) = ($1, $2, $3);
         my $new = next_text($kind, sprintf('%s(%d): ', $script, $i + 1), $output, $messages);
+        $new =~ s/\Q$folder\E/{folder}/g if $old =~ /\{folder\}/;
         $lines[$i] = length $new ? "$head $new" : $head;
     }
     die "it prints more lines than expected\n" if @$output || @$messages;
