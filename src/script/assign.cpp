@@ -371,6 +371,10 @@ bool Executor::StoreElement(const Node& node, Value& root, std::span<const std::
         return Fail(node, "Assigning a scalar to a structure or list.");
     if (node.kind != TOK_ASSIGN) {
         if (!CombineElement(node, root, path, assigned)) return false;
+    } else if (path.size() == 1 && !element.IsList() && !assigned.IsList()) {
+        // No list comes or goes, so the weights stay as they are.
+        Detach(root);
+        root.List()->items[path[0]] = std::move(assigned);
     } else {
         const ListLimit limit = ReplaceAtPath(root, path, std::move(assigned));
         if (limit != ListLimit::None) return FailOperator(node, OpErrorOf(limit));

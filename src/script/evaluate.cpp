@@ -163,7 +163,6 @@ bool Executor::ApplyToPlain(const Node& node, Value& value) {
 }
 
 bool Executor::Apply(const Node& node, const Value& left, const Value& right, Value& result) {
-    if (left.IsInt() && right.IsInt() && ApplyToInts(node.kind, left.Int(), right.Int(), result)) return true;
     const OpError error = BinaryOperator(static_cast<TokId>(node.kind), left, right, result);
     return error == OpError::None || FailOperator(node, error);
 }
