@@ -197,8 +197,7 @@ ExecStatus Executor::RunForeach(const IterationStatement& loop, Value& result) {
     m_cells.Bind(cell, variable, SymbolAccess::StartValue(*variable));
     Value collection;
     ExecStatus status = EvaluateTree(RootOf(loop.GetStep()), collection) ? EXEC_OK : EXEC_FAILED;
-    const std::uint32_t length =
-        status == EXEC_OK && collection.IsList() ? collection.List()->length : 0;
+    const std::uint32_t length = status == EXEC_OK && collection.IsList() ? collection.List()->length : 0;
     for (std::uint32_t i = 0; i < length; ++i) {
         cell.value = collection.List()->items[i];
         status = loop.GetBody() != nullptr ? Run(*loop.GetBody(), result) : EXEC_OK;

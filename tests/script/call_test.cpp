@@ -136,6 +136,7 @@ TEST(Call, Classes) {
 }
 
 TEST(Call, Depth) {
+    if (!kStacksMayBeDeep) GTEST_SKIP();
     OnLargeStack([] {
         ScriptRun run(
             "var o = Env.Probe;"

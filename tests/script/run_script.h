@@ -90,6 +90,13 @@ void CheckRequests(const RequestRow (&rows)[count]) {
 /// `count` times a text.
 std::string TextTimes(const char* text, int count);
 
+/// The thread sanitizer itself fails on a stack of more than 65,536 frames.
+#if defined(__SANITIZE_THREAD__)
+inline constexpr bool kStacksMayBeDeep = false;
+#else
+inline constexpr bool kStacksMayBeDeep = true;
+#endif
+
 /// Runs `work` on a thread with a large stack, for depths that a sanitizer's frames would not fit the usual
 /// one.
 void OnLargeStack(void (*work)());

@@ -85,8 +85,8 @@
 /// ----
 /// Making an engine takes about ten microseconds (the token patterns are compiled), a short command some
 /// hundred nanoseconds, a call from the host about 70 nanoseconds, one from script to script about 30, each
-/// loop turn or simple statement 10 to 20. Names cost nothing to look up. A list or text is copied when one of
-/// two variables that share it is changed; `x = x + e` and `x += e` append to it in place.
+/// loop turn or simple statement 10 to 20. Names cost nothing to look up. A list or text is copied when one
+/// of two variables that share it is changed; `x = x + e` and `x += e` append to it in place.
 #pragma once
 
 #include <cstddef>
