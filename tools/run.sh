@@ -53,6 +53,7 @@ command_goldens() {
     run_build release brenta_host
     local result=0
     step "expectations of the test scripts" goldens renew_scripts || result=1
+    step "outputs of the examples" goldens-examples renew_examples || result=1
     grep ' renewed$' "$LOG_DIR/goldens.log" | sed 's/^/      /' || true
     return "$result"
 }
@@ -61,6 +62,11 @@ command_goldens() {
 renew_scripts() {
     find tests/scripts -name '*.scr' ! -name '_*' | LC_ALL=C sort |
         xargs perl tools/renew_scripts.pl build/release/host/brenta
+}
+
+renew_examples() {
+    build/release/host/brenta eval - <examples/dimensions.txt >examples/dimensions.expected &&
+        build/release/host/brenta run examples/board_panel.scr >examples/board_panel.expected
 }
 
 command_fuzz() {

@@ -7,11 +7,8 @@ endfunction()
 
 # Runs the embedding program and compares what it prints.
 function(expect_output program)
-    execute_process(COMMAND ${program} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
-    file(READ ${SOURCE}/examples/embed/expected.txt expected)
-    if(NOT output STREQUAL expected)
-        message(FATAL_ERROR "${program} printed\n${output}\ninstead of\n${expected}")
-    endif()
+    run(${CMAKE_COMMAND} -DEXPECTED=${SOURCE}/examples/embed/main.expected -P ${SOURCE}/cmake/compare_output.cmake --
+        ${program})
 endfunction()
 
 # Installs under one name and moves the whole: nothing installed may remember where it was put.

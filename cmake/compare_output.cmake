@@ -1,0 +1,21 @@
+# Runs a program and compares what it prints with a file:
+#   cmake -DEXPECTED=<file> [-DINPUT=<file>] -P compare_output.cmake -- <program> [<argument>...]
+set(command)
+set(behind FALSE)
+math(EXPR last "${CMAKE_ARGC} - 1")
+foreach(i RANGE ${last})
+    if(behind)
+        list(APPEND command ${CMAKE_ARGV${i}})
+    elseif(CMAKE_ARGV${i} STREQUAL "--")
+        set(behind TRUE)
+    endif()
+endforeach()
+
+if(INPUT)
+    set(input INPUT_FILE ${INPUT})
+endif()
+execute_process(COMMAND ${command} ${input} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+file(READ ${EXPECTED} expected)
+if(NOT output STREQUAL expected)
+    message(FATAL_ERROR "${command} printed\n${output}\ninstead of\n${expected}")
+endif()
