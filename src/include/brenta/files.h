@@ -64,7 +64,7 @@ BRENTA_API CoreString StripPathName(const char* path);
 BRENTA_API CoreString GetFileName(const char* path, bool keepExt);
 
 /// The path of the folder that holds the file, every "/" turned into "\" and without the last separator:
-/// "a/b/c" gives "a\b". A text without any separator is returned unchanged.
+/// `a/b/c` gives `a\b`. A text without any separator is returned unchanged.
 BRENTA_API CoreString StripFileName(const char* path);
 
 /// The text up to and including the first ":", followed by "\": "D:folder" gives "D:\". "" if there is no

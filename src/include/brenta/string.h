@@ -303,7 +303,8 @@ class BRENTA_API CoreString {
     /// Sorts the bytes in ascending order of their signed values: those of 128 and above come first.
     void SortChars();
 
-    /// Remove the space characters (blank, \t, \n, \v, \f, \r) at both ends, at the start, at the end.
+    /// Remove the space characters (blank, `\t`, `\n`, `\v`, `\f`, `\r`) at both ends, at the start, at the
+    /// end.
     void Trim();
     void TrimLeading();
     void TrimTrailing();
