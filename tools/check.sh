@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # './dev check': what can be said about the source text without running the library.
 
-CHECKS=(format shell lists layers headers tidy)
+CHECKS=(format shell lists layers headers docs tidy)
 
 command_check() {
     local wanted=("$@") name failed=0
@@ -9,7 +9,7 @@ command_check() {
     for name in "${wanted[@]}"; do
         [[ " ${CHECKS[*]} " == *" $name "* ]] || usage_error "There is no check '$name', only: ${CHECKS[*]}."
     done
-    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_CLANG[@]}" "${PACKAGES_CHECK[@]}"
+    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_CLANG[@]}" "${PACKAGES_CHECK[@]}" "${PACKAGES_DOCS[@]}"
     for name in "${wanted[@]}"; do
         "check_$name" || failed=$((failed + 1))
     done
@@ -52,6 +52,10 @@ check_headers() {
     configure_without_tests clang
     step "headers with g++" check-headers-g++ cmake --build build/release --target brenta_headers &&
         step "headers with clang++" check-headers-clang++ cmake --build build/clang --target brenta_headers
+}
+
+check_docs() {
+    step "docs" docs build_docs
 }
 
 check_tidy() {

@@ -115,9 +115,12 @@ command_bench() {
 
 command_docs() {
     need_packages "${PACKAGES_DOCS[@]}"
-    mkdir -p build/docs
-    step "reference" docs doxygen docs/Doxyfile || exit 1
+    step "reference" docs build_docs || exit 1
     echo "The reference is build/docs/html/index.html"
+}
+
+build_docs() {
+    mkdir -p build/docs && doxygen docs/Doxyfile
 }
 
 command_metrics() {
