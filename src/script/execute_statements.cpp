@@ -364,9 +364,13 @@ ExecStatus HaltStatement::Execute(CCoreScriptEngine& engine, Var& result) {
 }
 
 bool PrintStatement::Output(CCoreScriptEngine& engine, CoreString& text, const Var& value) {
-    const OpError error = engine.State().executor->AppendOutput(FromVar(value), text);
-    if (error != OpError::None) engine.Messages().Error("", "%s", OpErrorText(error));
-    return error == OpError::None;
+    return RunStatement(engine, [&](Executor& executor) {
+        CoreString printed;
+        const OpError error = executor.AppendOutput(FromVar(value), printed);
+        if (error != OpError::None) engine.Messages().Error("", "%s", OpErrorText(error));
+        text += printed;
+        return error == OpError::None;
+    });
 }
 
 bool HaltStatement::Output(CCoreScriptEngine&, CoreString&, const Var&) {

@@ -382,7 +382,8 @@ class BRENTA_API PrintStatement : public Statement {
     ExpressionStatement* GetExpression() const { return m_pExpression; }
 
     /// Appends the printed form of a value: of a list the elements one behind the other, nested ones too,
-    /// without brackets; of a function the value of its symbol. False after an error message.
+    /// without brackets; of a function the value of its symbol. At most 60,000 bytes are appended. False
+    /// after an error message.
     bool Output(CCoreScriptEngine& engine, CoreString& text, const Var& value);
 
  private:
