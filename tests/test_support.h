@@ -1,12 +1,18 @@
 // Helpers shared by the unit tests.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "brenta/failure.h"
 
 namespace brenta::test {
+
+using Texts = std::vector<std::string>;
 
 /// Records every forced crash while it lives and resumes after each, so that a test can check both the record
 /// and the state that the failing operation leaves behind.
@@ -18,15 +24,43 @@ class CrashRecorder {
     CrashRecorder& operator=(const CrashRecorder&) = delete;
 
     /// The messages so far, oldest first.
-    const std::vector<std::string>& Messages() const { return m_messages; }
+    const Texts& Messages() const { return m_messages; }
     /// The last record; only valid after at least one crash.
     const ForcedCrashRecord& Last() const { return m_last; }
 
  private:
     static void Record(const ForcedCrashRecord& record, void* context);
 
-    std::vector<std::string> m_messages;
+    Texts m_messages;
     ForcedCrashRecord m_last{};
+};
+
+/// A host, while it lives, that keeps what it is to show and answers 42; its one resource, number 7, is
+/// "resource".
+class RecordingHost {
+ public:
+    RecordingHost();
+    ~RecordingHost();
+    RecordingHost(const RecordingHost&) = delete;
+    RecordingHost& operator=(const RecordingHost&) = delete;
+
+    /// The messages so far as "text|type", oldest first.
+    Texts shown;
+};
+
+/// A new folder that goes, with all that is in it, when the object does.
+class Scratch {
+ public:
+    Scratch();
+    ~Scratch();
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+
+    /// The path of an entry in the folder.
+    std::string operator/(const char* name) const { return m_path + "/" + name; }
+
+ private:
+    std::string m_path;
 };
 
 }  // namespace brenta::test

@@ -1,11 +1,10 @@
 #include "brenta/files.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
 #include <string_view>
-#include <tuple>
+
+#include "test_support.h"
 
 namespace brenta {
 namespace {
@@ -91,11 +90,10 @@ TEST(FileNames, LegalNames) {
 TEST(FileNames, FormsAndExistence) {
     EXPECT_EQ(NormalizeFilename("a/B\\c\xE9", true), "A/B\\C\xE9");
     EXPECT_EQ(NormalizeFilename("a/B\\c", false), "a/B\\c");
-    const std::filesystem::path place = std::filesystem::temp_directory_path() / "brenta_file_names_test";
-    std::filesystem::create_directory(place);
-    std::ofstream(place / "board.brd") << "x";
-    const CoreString folder(place.string().c_str());
-    const CoreString file = AppendPaths(folder, "board.brd");
+    const test::Scratch scratch;
+    const CoreString folder(scratch / "folder"), file = AppendPaths(folder, "board.brd");
+    std::filesystem::create_directory(folder());
+    std::ofstream(scratch / "folder/board.brd") << "x";
     EXPECT_TRUE(std::filesystem::exists(CoreNativePath(file)()));
     for (const CoreString& path :
          {file, folder, AppendPaths(folder, "x"), AppendPaths(file, ""), CoreString()}) {
@@ -104,7 +102,6 @@ TEST(FileNames, FormsAndExistence) {
     }
     EXPECT_FALSE(FileExists(nullptr) || DirectoryExists(nullptr));
     EXPECT_TRUE(DirectoryExists(AppendPaths(folder, "")));
-    std::filesystem::remove_all(place);
 }
 
 }  // namespace

@@ -1,17 +1,13 @@
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <string>
-#include <tuple>
 
-#include "brenta/host.h"
 #include "brenta/string.h"
+#include "test_support.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 // clang-format off
@@ -87,26 +83,15 @@ TEST(CoreStringEdit, EscapesForUrls) {
 }
 
 TEST(CoreStringEdit, SavesToAFile) {
-    const HostServices before = GetHostServices();
-    HostServices services = before;
-    std::string shown;
-    services.context = &shown;
-    services.showMessage = [](void* pShown, const char* text, unsigned int) {
-        *static_cast<std::string*>(pShown) += text;
-        return 1;
-    };
-    SetHostServices(services);
-    const std::string path = ::testing::TempDir() + "brenta_string_edit_test.txt";
+    const RecordingHost host;
+    const Scratch scratch;
+    const std::string path = scratch / "file.txt", absent = scratch / "absent/%s.txt";
     EXPECT_TRUE(CoreString("line 1\nline 2 100%s").SaveToFile(path.c_str()));
     std::ifstream file(path);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "line 1\nline 2 100%s");
-    std::remove(path.c_str());
-    EXPECT_EQ(shown, "");
-    const std::string absent = ::testing::TempDir() + "absent/%s.txt";
     EXPECT_FALSE(CoreString("x").SaveToFile(absent.c_str()) || CoreString("x").SaveToFile(nullptr));
-    EXPECT_EQ(shown, "Failed to create file " + absent + ".Failed to create file .");
-    SetHostServices(before);
+    EXPECT_EQ(host.shown, (Texts{"Failed to create file " + absent + ".|0", "Failed to create file .|0"}));
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test
