@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -62,5 +63,15 @@ class Scratch {
  private:
     std::string m_path;
 };
+
+/// Runs work(0) to work(count - 1), each on a thread of its own, and waits for all.
+template <class Count, class Work>
+void OnThreads(Count count, const Work& work) {
+    std::vector<std::thread> threads;
+    for (Count i = 0; i < count; ++i)
+        threads.emplace_back([&work, i] { work(i); });
+    for (std::thread& thread : threads)
+        thread.join();
+}
 
 }  // namespace brenta::test

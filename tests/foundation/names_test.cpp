@@ -1,13 +1,9 @@
 #include "brenta/names.h"
 
-#include <gtest/gtest.h>
-
+#include <map>
 #include <random>
-#include <string>
 #include <thread>
-#include <tuple>
 #include <unordered_map>
-#include <vector>
 
 #include "foundation/intern.h"
 #include "foundation/name_index.h"
@@ -22,13 +18,13 @@ TEST(Names, EqualTextsHaveOneIdentifierThroughEveryEntry) {
         std::vector<char> counted(length);
         for (unsigned int i = 0; i < length; ++i)
             counted[i] = static_cast<char>(1 + (i * 7 + length) % 255);
-        std::vector<char> terminated(length + 1);
-        std::copy(counted.begin(), counted.end(), terminated.begin());
+        std::vector<char> terminated(counted);
+        terminated.push_back('\0');
+        terminated.shrink_to_fit();
+        const char* const text = terminated.data();
         const STRID name = StrId(counted.data(), length);
-        EXPECT_STREQ(StrPtr(name), terminated.data());
-        EXPECT_TRUE(StrPresent(terminated.data())) << length;
-        EXPECT_EQ(StrId(terminated.data()), name) << length;
-        EXPECT_EQ(StrId(terminated.data(), length + 100), name) << length;
+        EXPECT_STREQ(StrPtr(name), text);
+        EXPECT_TRUE(StrPresent(text) && StrId(text) == name && StrId(text, length + 100) == name) << length;
     }
     EXPECT_EQ(StrId("abcdef", 3), StrId("abc"));
     EXPECT_EQ(InternName({"abc\0never interned", 18}), StrId("abc"));
@@ -96,9 +92,9 @@ TEST(Names, ExhaustionLeavesTheTableIntact) {
     const auto nameOf = [](int i) {
         return table.StrId((std::to_string(i) + std::string(200, '.')).c_str());
     };
-    std::vector<STRID> names;
+    std::map<int, STRID> names;
     for (int i = 0; i < 1500; ++i)
-        names.push_back(nameOf(i));
+        names[i] = nameOf(i);
     const auto handler = [](const ForcedCrashRecord& crash, void*) {
         report = std::to_string(crash.SiteCode()) + " " + crash.File() + " " + crash.Message();
         // Another thread can use the table meanwhile: its lock is free.
@@ -110,16 +106,16 @@ TEST(Names, ExhaustionLeavesTheTableIntact) {
     EXPECT_EQ(report, std::to_string(0x0504C003) + " StringTable Forced crash! \"String space exhausted.\"");
     EXPECT_TRUE(table.IsId("meanwhile"));  // fits what the last page has left
     EXPECT_EQ(table.GetPageCount(), 1500);
-    for (int i = 0; i < 1500; ++i)
-        ASSERT_EQ(nameOf(i), names[static_cast<std::size_t>(i)]);
+    for (const auto& [i, name] : names)
+        ASSERT_EQ(nameOf(i), name);
 }
 
 TEST(Names, ThreadsAgreeOnEveryIdentifier) {
-    constexpr std::size_t kThreads = 4;
+    constexpr unsigned int kThreads = 4;
     constexpr std::size_t kNames = 5003;  // a prime: every stride visits all names
     CStringTable table("shared", 10000);
     std::vector<std::vector<STRID>> seen(kThreads, std::vector<STRID>(kNames));
-    const auto work = [&](std::size_t thread) {
+    test::OnThreads(kThreads, [&](std::size_t thread) {
         for (std::size_t step = 0; step < kNames; ++step) {
             const std::size_t i = (step * (2 * thread + 1) + thread * 1000) % kNames;
             const std::string text = std::to_string(i);
@@ -127,12 +123,7 @@ TEST(Names, ThreadsAgreeOnEveryIdentifier) {
             const STRID own = table.StrId((text + "." + std::to_string(thread)).c_str());
             EXPECT_TRUE(table.StrId(StrPtr(own)) == own && table.IsId(text.c_str()));
         }
-    };
-    std::vector<std::thread> threads;
-    for (std::size_t thread = 0; thread < kThreads; ++thread)
-        threads.emplace_back(work, thread);
-    for (std::thread& thread : threads)
-        thread.join();
+    });
     for (const auto& names : seen)
         EXPECT_TRUE(names == seen[0]);
     EXPECT_EQ(table.GetNameCount(), kNames * (kThreads + 1));

@@ -91,18 +91,14 @@ TEST(Os, KnowsItsProcess) {
 TEST(Os, LockExcludesAndReenters) {
     static constinit Lock lock;
     int count = 0;
-    const auto work = [&] {
+    test::OnThreads(4, [&](int thread) {
         for (int k = 0; k < 5000; ++k) {
             const LockGuard outer(lock), inner(lock);
             const int seen = count;
-            if (k % 1000 == 0) std::this_thread::sleep_for(std::chrono::microseconds(200));
+            if (k % 1000 == thread) std::this_thread::sleep_for(std::chrono::microseconds(200));
             count = seen + 1;
         }
-    };
-    std::thread first(work), second(work), third(work);
-    work();
-    for (std::thread* thread : {&first, &second, &third})
-        thread->join();
+    });
     EXPECT_EQ(count, 20000);
 }
 
