@@ -79,8 +79,8 @@ TEST(Assign, Chains) {
     // The inner assignment is carried out before the outer one finds no place.
     EXPECT_EQ(run.Execute("b = 1; a = b + 2 = 4"), "!Expression does not evaluate to an object. failed");
     EXPECT_EQ(run.Execute("a"), "=3");
-    EXPECT_EQ(run.Execute(TextTimes("a = ", 20) + "7; a"), "=7");
-    EXPECT_EQ(run.Execute(TextTimes("a = ", 21) + "8"), "!Expression nested too deeply. failed");
+    EXPECT_EQ(run.Execute(Repeat("a = ", 20) + "7; a"), "=7");
+    EXPECT_EQ(run.Execute(Repeat("a = ", 21) + "8"), "!Expression nested too deeply. failed");
 }
 
 TEST(Assign, Properties) {

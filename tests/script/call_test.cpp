@@ -66,7 +66,9 @@ TEST(Call, ObjectsMayComeBack) {
         "var o = Env.Probe; function f(v) { var t = v; o.Run(\"t = t + 1; 5\"); return t; }"
         "function g() { return o.Run(\"var q = 4; nobody\"); } function h() { g(); return 1; }"
         "function load() { var late = 1; o.Load(\"var global = 6; function late2() { return global; }\");"
-        " return late2() + late; }");
+        " return late2() + late; }"
+        "function below(v) { o.Load(\"class K { var m = 1; } function g2(a) { return a + v; } var v = 7;\");"
+        " return {g2(1), v}; }");
     EXPECT_EQ(run.Execute("f(1)"), "=2");
     // What a host binds ends with the block that called it, also when that block binds nothing itself.
     EXPECT_EQ(run.Execute("var n = 0; while (n < 2) { o.Run(\"var w = 1;\"); { n += w; } } n"), "=2");
@@ -77,6 +79,8 @@ TEST(Call, ObjectsMayComeBack) {
         "!Symbol 'nobody' not defined. !m(1): Function call 'Run' failed. !Function call failed. failed");
     EXPECT_EQ(run.Execute("load()"), "=7");
     EXPECT_EQ(run.Execute("late2()"), "=6");
+    EXPECT_EQ(run.Execute("below(20)"), "={21, 20}");
+    EXPECT_EQ(run.Execute("var k as K; g2(k.m)"), "=8");
     // A global is there though a local of its name stands in front of it.
     EXPECT_EQ(run.Execute("{ var global = 1; o.Load(\"var global = 7;\"); }"),
               "!loaded(1): Symbol 'global' already defined. !Function call 'Load' failed. failed");

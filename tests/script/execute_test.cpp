@@ -125,11 +125,11 @@ TEST(Execute, ExecutedTexts) {
 
 TEST(Execute, LongAndDeepTexts) {
     ScriptRun run;
-    EXPECT_EQ(run.Execute("0" + TextTimes(" + 1", 100'000)), "=100000");
-    EXPECT_EQ(run.Execute("var l = {" + TextTimes("1,", 50'000) + "}; l += {2}; l[50000]"), "=2");
-    EXPECT_EQ(run.Execute(TextTimes("!", 100'000) + "0"), "=true");
-    EXPECT_EQ(run.Execute(TextTimes("(", 200) + "7" + TextTimes(")", 200)), "=7");
-    EXPECT_EQ(run.Execute("if (0) { }" + TextTimes(" else if (0) { }", 20'000) + " else { 8; }"), "=8");
+    EXPECT_EQ(run.Execute("0" + Repeat(" + 1", 100'000)), "=100000");
+    EXPECT_EQ(run.Execute("var l = {" + Repeat("1,", 50'000) + "}; l += {2}; l[50000]"), "=2");
+    EXPECT_EQ(run.Execute(Repeat("!", 100'000) + "0"), "=true");
+    EXPECT_EQ(run.Execute(Repeat("(", 200) + "7" + Repeat(")", 200)), "=7");
+    EXPECT_EQ(run.Execute("if (0) { }" + Repeat(" else if (0) { }", 20'000) + " else { 8; }"), "=8");
 }
 
 TEST(Execute, LimitsOfValues) {

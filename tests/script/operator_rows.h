@@ -2,6 +2,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,14 +34,11 @@ inline Var Named(Var value, const char* name) {
 /// Kind and text form: "int 6", "string ab", "list {1, 2}\n".
 inline std::string Describe(const Var& value) {
     if (value.GetKind() == VarKind::Null) return "null";
-    const std::pair<VarKind, const char*> kinds[] = {
+    const std::map<VarKind, const char*> kinds = {
         {VarKind::Bool, "bool "},     {VarKind::Int, "int "},   {VarKind::Float, "float "},
         {VarKind::String, "string "}, {VarKind::List, "list "}, {VarKind::Reference, "reference "},
     };
-    std::string text = "? ";
-    for (const auto& [kind, name] : kinds)
-        if (value.GetKind() == kind) text = name;
-    return text + StrPtr(value.GetString());
+    return kinds.at(value.GetKind()) + std::string(StrPtr(value.GetString()));
 }
 
 struct OperatorRow {
@@ -50,181 +48,132 @@ struct OperatorRow {
     const char* expected;
 };
 
+inline std::string Describe(const OperatorRow& row) {
+    return Describe(row.left) + " op " + std::to_string(row.op) + " " + Describe(row.right);
+}
+
+/// What stands at a side of an operator, written as in C++.
+struct Operand {
+    template <typename T>
+    Operand(T plain) : value(plain, kNoName) {}
+    Operand(Var var) : value(std::move(var)) {}
+
+    Var value;
+};
+
+struct OperatorCases {
+    TokId op;
+    struct Case {
+        Operand left;
+        Operand right;
+        const char* expected;
+    };
+    std::vector<Case> cases;
+};
+
+inline std::vector<OperatorRow> Rows(std::initializer_list<OperatorCases> table) {
+    std::vector<OperatorRow> rows;
+    for (const auto& [op, cases] : table)
+        for (const auto& [left, right, expected] : cases)
+            rows.push_back({left.value, op, right.value, expected});
+    return rows;
+}
+
 constexpr double kNaN = __builtin_nan("");
 constexpr double kInf = __builtin_inf();
 constexpr int kMin = -2147483647 - 1;
 
 // clang-format off
 inline std::vector<OperatorRow> OperatorRows() {
+    const Var null = Null();
     const Var list = List({Int(1), Int(2)});
-    return {
+    return Rows({
         // Numbers: the kind follows the value.
-        {Int(2), TOK_MUL, Int(3), "int 6"},
-        {Float(2.5), TOK_MUL, Int(2), "int 5"},
-        {Float(2.5), TOK_MUL, Float(1.5), "float 3.75"},
-        {Int(46341), TOK_MUL, Int(46341), "float -2147483648"},     // 2147488281: the value survives, its text does not
-        {Int(1073741824), TOK_MUL, Int(1), "float 1073741824"},
-        {Int(1073741823), TOK_MUL, Int(1), "int 1073741823"},
-        {Float(1073741823.5), TOK_MUL, Int(1), "float 1073741823.5"},
-        {Float(-3000000000.0), TOK_MUL, Int(1), "int -2147483648"},
-        {Int(-65536), TOK_MUL, Int(65536), "int -2147483648"},
-        {Int(0), TOK_MUL, Int(-5), "int 0"},
-        {Float(kNaN), TOK_MUL, Int(2), "float nan"},
-        {Float(1e300), TOK_MUL, Float(-1e300), "int -2147483648"},
-        {Int(2147483647), TOK_ADD, Int(1), "int -2147483648"},
-        {Int(kMin), TOK_SUB, Int(1), "int -2147483648"},
-        {Int(5), TOK_ADD, Float(1.5), "float 6.5"},
-        {Float(0.5), TOK_ADD, Float(0.5), "int 1"},
-        {Float(2147483647.5), TOK_SUB, Int(0), "float 2147483647.5"},
-        {Int(5), TOK_SUB, Int(-3), "int 8"},
-        {Int(7), TOK_DIV, Int(2), "float 3.5"},
-        {Int(6), TOK_DIV, Int(2), "int 3"},
-        {Int(-7), TOK_DIV, Int(7), "int -1"},
-        {Int(1), TOK_DIV, Int(0), "int -2147483648"},
-        {Int(-1), TOK_DIV, Int(0), "int -2147483648"},
-        {Int(0), TOK_DIV, Int(0), "float nan"},
-        {Int(kMin), TOK_DIV, Int(-1), "int -2147483648"},
-        {Int(7), TOK_MOD, Int(3), "int 1"},
-        {Int(-7), TOK_MOD, Int(3), "int -1"},
-        {Int(7), TOK_MOD, Int(-3), "int 1"},
-        {Int(kMin), TOK_MOD, Int(-1), "int 0"},
-        {Int(7), TOK_MOD, Float(2.9), "int 1"},
-        {Float(7.5), TOK_MOD, Int(2), "float 1.5"},
-        {Float(6), TOK_MOD, Int(4), "float 2"},
-        {Float(1), TOK_MOD, Int(0), "float nan"},
-        {Text("7"), TOK_MOD, Int(4), "float 3"},
-        {Bool(true), TOK_MOD, Int(2), "float 1"},
-        {Null(), TOK_MOD, Int(2), "float 0"},
+        {TOK_MUL, {{2, 3, "int 6"}, {2.5, 2, "int 5"}, {2.5, 1.5, "float 3.75"}, {0, -5, "int 0"},
+                   {46341, 46341, "float -2147483648"},  // 2147488281: the value survives, its text does not
+                   {1073741823, 1, "int 1073741823"}, {1073741824, 1, "float 1073741824"},
+                   {1073741823.5, 1, "float 1073741823.5"}, {-65536, 65536, "int -2147483648"},
+                   {kNaN, 2, "float nan"}, {1e300, -1e300, "int -2147483648"}}},
+        {TOK_ADD, {{5, 1.5, "float 6.5"}, {0.5, 0.5, "int 1"}, {2147483647, 1, "int -2147483648"}}},
+        {TOK_SUB, {{5, -3, "int 8"}, {kMin, 1, "int -2147483648"},
+                   {2147483647.5, 0, "float 2147483647.5"}}},
+        {TOK_DIV, {{7, 2, "float 3.5"}, {6, 2, "int 3"}, {-7, 7, "int -1"}, {kMin, -1, "int -2147483648"},
+                   {1, 0, "int -2147483648"}, {-1, 0, "int -2147483648"}, {0, 0, "float nan"}}},
+        {TOK_MOD, {{7, 3, "int 1"}, {-7, 3, "int -1"}, {7, -3, "int 1"}, {kMin, -1, "int 0"},
+                   {7, 2.9, "int 1"}, {7.5, 2, "float 1.5"}, {6.0, 4, "float 2"}, {1.0, 0, "float nan"},
+                   {"7", 4, "float 3"}, {true, 2, "float 1"}, {null, 2, "float 0"}}},
         // Numbers with other kinds on the right.
-        {Bool(true), TOK_ADD, Bool(true), "int 2"},
-        {Int(1), TOK_ADD, Null(), "int 1"},
-        {Int(1), TOK_ADD, list, "int 1"},
-        {Int(5), TOK_SUB, Text("2.5x"), "float 2.5"},
-        {Int(5), TOK_SUB, Text("abc"), "int 5"},
-        {Int(3), TOK_MUL, Text(" 4"), "int 12"},
-        {Int(3), TOK_DIV, Null(), "int -2147483648"},
-        {Bool(true), TOK_MUL, Ref(9), "int 0"},
+        {TOK_ADD, {{true, true, "int 2"}, {1, null, "int 1"}, {1, list, "int 1"}}},
+        {TOK_SUB, {{5, "2.5x", "float 2.5"}, {5, "abc", "int 5"}}},
+        {TOK_MUL, {{3, " 4", "int 12"}, {true, Ref(9), "int 0"}}},
+        {TOK_DIV, {{3, null, "int -2147483648"}}},
         // Other kinds on the left.
-        {Null(), TOK_ADD, Int(5), "null"},
-        {Ref(16), TOK_ADD, Int(5), "null"},
-        {Null(), TOK_SUB, Int(5), "null"},
-        {list, TOK_SUB, Int(1), "null"},
-        {Text("6"), TOK_MUL, Int(2), "null"},
-        {Text("6"), TOK_DIV, Int(2), "null"},
-        {list, TOK_MUL, Int(2), "null"},
-        {Null(), TOK_SHL, Int(1), "null"},
-        {list, TOK_SHR, Int(1), "null"},
+        {TOK_ADD, {{null, 5, "null"}, {Ref(16), 5, "null"}}},
+        {TOK_SUB, {{null, 5, "null"}, {list, 1, "null"}}},
+        {TOK_MUL, {{"6", 2, "null"}, {list, 2, "null"}}},
+        {TOK_DIV, {{"6", 2, "null"}}},
+        {TOK_SHL, {{null, 1, "null"}}},
+        {TOK_SHR, {{list, 1, "null"}}},
         // Texts.
-        {Text("abc"), TOK_ADD, Int(5), "string abc5"},
-        {Int(5), TOK_ADD, Text("a"), "string 5a"},
-        {Text("a"), TOK_ADD, Text(""), "string a"},
-        {Text(""), TOK_ADD, Text(""), "string "},
-        {Text("a"), TOK_ADD, Bool(true), "string atrue"},
-        {Text("a"), TOK_ADD, Null(), "string a"},
-        {Null(), TOK_ADD, Text("a"), "string a"},
-        {Text("a"), TOK_ADD, Float(0.0000001), "string a0."},
-        {Text("a"), TOK_ADD, list, "string a{1, 2}\n"},
-        {Text("x"), TOK_ADD, Ref(0xABC), "string xabc"},
-        {Ref(0xABC), TOK_ADD, Text("x"), "string abcx"},
-        {Text("banana"), TOK_SUB, Text("an"), "string ba"},
-        {Text("aaa"), TOK_SUB, Text("aa"), "string a"},
-        {Text("a1b1"), TOK_SUB, Int(1), "string ab"},
-        {Text("abc"), TOK_SUB, Text(""), "string abc"},
-        {Text("abc"), TOK_SUB, Text("abcd"), "string abc"},
-        {Text("abc"), TOK_SUB, Null(), "string abc"},
-        {Text("abcdef"), TOK_SHL, Int(2), "string cdef"},
-        {Text("abcdef"), TOK_SHR, Int(2), "string abcd"},
-        {Text("abcdef"), TOK_SHL, Text("xyz"), "string def"},
-        {Text("abcdef"), TOK_SHR, Text("xyz"), "string abc"},
-        {Text("abc"), TOK_SHL, Int(-1), "string abc"},
-        {Text("abc"), TOK_SHL, Int(3), "string "},
-        {Text("abc"), TOK_SHR, Int(99), "string "},
-        {Text("abc"), TOK_SHL, list, "string abc"},
-        {Text("abc"), TOK_SHL, Null(), "string abc"},
+        {TOK_ADD, {{"abc", 5, "string abc5"}, {5, "a", "string 5a"}, {"a", "", "string a"},
+                   {"", "", "string "}, {"a", true, "string atrue"}, {"a", null, "string a"}, {null, "a", "string a"},
+                   {"a", 0.0000001, "string a0."}, {"a", list, "string a{1, 2}\n"},
+                   {"x", Ref(0xABC), "string xabc"}, {Ref(0xABC), "x", "string abcx"}}},
+        {TOK_SUB, {{"banana", "an", "string ba"}, {"aaa", "aa", "string a"}, {"a1b1", 1, "string ab"},
+                   {"abc", "", "string abc"}, {"abc", "abcd", "string abc"}, {"abc", null, "string abc"}}},
+        {TOK_SHL, {{"abcdef", 2, "string cdef"}, {"abcdef", "xyz", "string def"}, {"abc", -1, "string abc"},
+                   {"abc", 3, "string "}, {"abc", list, "string abc"}, {"abc", null, "string abc"}}},
+        {TOK_SHR, {{"abcdef", 2, "string abcd"}, {"abcdef", "xyz", "string abc"}, {"abc", 99, "string "}}},
         // Bits.
-        {Int(1), TOK_SHL, Int(33), "int 2"},
-        {Int(1), TOK_SHL, Int(-1), "int -2147483648"},
-        {Int(-8), TOK_SHR, Int(1), "int -4"},
-        {Int(-8), TOK_SHR, Int(32), "int -8"},
-        {Float(2.9), TOK_SHL, Text("1"), "int 4"},
-        {Int(6), TOK_AND, Int(3), "int 2"},
-        {Int(6), TOK_OR, Int(3), "int 7"},
-        {Int(6), TOK_XOR, Int(3), "int 5"},
-        {Text("6"), TOK_AND, list, "int 2"},
-        {Float(1e20), TOK_OR, Int(1), "int -2147483647"},
+        {TOK_SHL, {{1, 33, "int 2"}, {1, -1, "int -2147483648"}, {2.9, "1", "int 4"}}},
+        {TOK_SHR, {{-8, 1, "int -4"}, {-8, 32, "int -8"}}},
+        {TOK_AND, {{6, 3, "int 2"}, {"6", list, "int 2"}}},
+        {TOK_OR, {{6, 3, "int 7"}, {1e20, 1, "int -2147483647"}}},
+        {TOK_XOR, {{6, 3, "int 5"}}},
         // Lists.
-        {list, TOK_ADD, Int(3), "list {1, 2, 3}\n"},
-        {list, TOK_ADD, list, "list {1, 2, {1, 2}\n}\n"},
-        {list, TOK_ADD, Text("x"), "list {1, 2, x}\n"},
+        {TOK_ADD, {{list, 3, "list {1, 2, 3}\n"}, {list, list, "list {1, 2, {1, 2}\n}\n"},
+                   {list, "x", "list {1, 2, x}\n"}}},
         // Equality: the left operand decides.
-        {Int(2), TOK_EQ, Float(2), "bool true"},
-        {Int(2), TOK_EQ, Text("2x"), "bool true"},
-        {Int(0), TOK_EQ, list, "bool true"},
-        {Int(5), TOK_NOT_EQ, list, "bool true"},
-        {Int(0), TOK_EQ, Null(), "bool true"},
-        {Float(kNaN), TOK_EQ, Float(kNaN), "bool false"},
-        {Float(kNaN), TOK_NOT_EQ, Float(kNaN), "bool true"},
-        {Text("a"), TOK_EQ, Text("a"), "bool true"},
-        {Text("a"), TOK_EQ, Text("A"), "bool false"},
-        {Text("5"), TOK_EQ, Int(5), "bool true"},
-        {Text("true"), TOK_EQ, Bool(true), "bool true"},
-        {Text("1"), TOK_EQ, Bool(true), "bool false"},
-        {Text(""), TOK_EQ, Null(), "bool true"},
-        {Text("{1, 2}\n"), TOK_EQ, list, "bool true"},
-        {Text("a"), TOK_NOT_EQ, Text("b"), "bool true"},
-        {Null(), TOK_EQ, Null(), "bool false"},
-        {Null(), TOK_NOT_EQ, Null(), "bool false"},
-        {list, TOK_EQ, list, "bool false"},
-        {list, TOK_NOT_EQ, Int(0), "bool false"},
-        {Ref(16), TOK_EQ, Ref(16), "bool true"},
-        {Ref(16), TOK_EQ, Ref(32), "bool false"},
-        {Ref(16), TOK_NOT_EQ, Ref(32), "bool true"},
-        {Ref(0), TOK_EQ, Null(), "bool true"},
-        {Ref(16), TOK_EQ, Int(16), "bool false"},
-        {Ref(16), TOK_NOT_EQ, Null(), "bool true"},
+        {TOK_EQ, {{2, 2.0, "bool true"}, {2, "2x", "bool true"}, {0, list, "bool true"},
+                  {0, null, "bool true"}, {"a", "a", "bool true"}, {"a", "A", "bool false"}, {"5", 5, "bool true"},
+                  {"true", true, "bool true"}, {"1", true, "bool false"}, {"", null, "bool true"},
+                  {"{1, 2}\n", list, "bool true"}, {Ref(16), Ref(16), "bool true"},
+                  {Ref(16), Ref(32), "bool false"}, {Ref(0), null, "bool true"}, {Ref(16), 16, "bool false"},
+                  {kNaN, kNaN, "bool false"}, {null, null, "bool false"}, {list, list, "bool false"}}},
+        {TOK_NOT_EQ, {{5, list, "bool true"}, {"a", "b", "bool true"}, {Ref(16), Ref(32), "bool true"},
+                      {Ref(16), null, "bool true"}, {kNaN, kNaN, "bool true"},
+                      {null, null, "bool false"}, {list, 0, "bool false"}}},
         // Order.
-        {Int(1), TOK_LESS, Float(1.5), "bool true"},
-        {Int(2), TOK_GEQ, Int(2), "bool true"},
-        {Int(2), TOK_GREATER, Int(2), "bool false"},
-        {Float(kNaN), TOK_LEQ, Int(0), "bool false"},
-        {Float(kNaN), TOK_GREATER, Int(0), "bool false"},
-        {Int(-1), TOK_LESS, Null(), "bool true"},
-        {Text("item9"), TOK_LESS, Text("item10"), "bool true"},
-        {Text("item9"), TOK_GREATER, Text("item10"), "bool false"},
-        {Text("a"), TOK_LEQ, Text("a"), "bool true"},
-        {Text("a"), TOK_GEQ, Text("b"), "bool false"},
-        {Text("9"), TOK_LESS, Int(10), "bool true"},
-        {Text("b"), TOK_GREATER, Text("a"), "bool true"},
-        {Null(), TOK_LESS, Int(1), "bool false"},
-        {Null(), TOK_GEQ, Int(-1), "bool false"},
-        {list, TOK_LEQ, list, "bool false"},
-        {Ref(1), TOK_GREATER, Int(0), "bool false"},
+        {TOK_LESS, {{1, 1.5, "bool true"}, {-1, null, "bool true"}, {"item9", "item10", "bool true"},
+                    {"9", 10, "bool true"}, {null, 1, "bool false"}}},
+        {TOK_LEQ, {{kNaN, 0, "bool false"}, {"a", "a", "bool true"}, {list, list, "bool false"}}},
+        {TOK_GREATER, {{2, 2, "bool false"}, {kNaN, 0, "bool false"}, {"item9", "item10", "bool false"},
+                       {"b", "a", "bool true"}, {Ref(1), 0, "bool false"}}},
+        {TOK_GEQ, {{2, 2, "bool true"}, {"a", "b", "bool false"}, {null, -1, "bool false"}}},
         // Truth.
-        {Int(1), TOK_LOG_AND, Text("TRUE"), "bool true"},
-        {Int(1), TOK_LOG_AND, Text("yes"), "bool false"},
-        {Float(0.5), TOK_LOG_AND, Ref(8), "bool true"},
-        {Text("0"), TOK_LOG_OR, List({}), "bool false"},
-        {Text(""), TOK_LOG_OR, list, "bool true"},
-        {Text("-1"), TOK_LOG_AND, Float(kNaN), "bool true"},
-    };
+        {TOK_LOG_AND, {{1, "TRUE", "bool true"}, {1, "yes", "bool false"}, {0.5, Ref(8), "bool true"},
+                       {"-1", kNaN, "bool true"}}},
+        {TOK_LOG_OR, {{"0", List({}), "bool false"}, {"", list, "bool true"}}},
+    });
 }
-// clang-format on
 
 /// Operators that read null as something, and what they give if they may go on.
 inline std::vector<OperatorRow> NullReadRows() {
-    const Var list = List({Int(1), Null()});
-    return {
-        {Null(), TOK_OR, Int(5), "int 5"},
-        {Int(5), TOK_XOR, Null(), "int 5"},
-        {Int(5), TOK_SHL, Null(), "int 5"},
-        {Null(), TOK_LOG_OR, Int(1), "bool true"},
-        {Int(1), TOK_LOG_AND, Null(), "bool false"},
-        {Int(5), TOK_MOD, Null(), "int -2147483648"},
-        {Text("a"), TOK_ADD, list, "string a{1, }\n"},
-        {Text("a"), TOK_EQ, list, "bool false"},
-        {Text("a"), TOK_SUB, list, "string a"},
-        {Text("a"), TOK_LESS, list, "bool true"},
-    };
+    const Var null = Null();
+    const Var list = List({Int(1), null});
+    return Rows({
+        {TOK_OR, {{null, 5, "int 5"}}},
+        {TOK_XOR, {{5, null, "int 5"}}},
+        {TOK_SHL, {{5, null, "int 5"}}},
+        {TOK_LOG_OR, {{null, 1, "bool true"}}},
+        {TOK_LOG_AND, {{1, null, "bool false"}}},
+        {TOK_MOD, {{5, null, "int -2147483648"}}},
+        {TOK_ADD, {{"a", list, "string a{1, }\n"}}},
+        {TOK_EQ, {{"a", list, "bool false"}}},
+        {TOK_SUB, {{"a", list, "string a"}}},
+        {TOK_LESS, {{"a", list, "bool true"}}},
+    });
 }
+// clang-format on
 
 }  // namespace brenta::test::rows

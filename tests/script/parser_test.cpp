@@ -89,20 +89,16 @@ constexpr Row kStatements[] = {
     {"print(1) print(); execute(\"a\")",  "{ print 1 print () execute \"a\" }"},
     {"_halt a",                           "{ _halt a }"},
     {"return; return a + 1;",             "{ return () return (+ a 1) }"},
-    {"return",                            "{ return () }"},
     {"{ return 1 } { ; b; }",             "{ { return 1 } { b } }"},
     {"while () ; a = 1; b",               "{ while (()) (= a 1) b }"},
     {"for (i = 0; i < 3; i += 1) f(i);",  "{ for ((= i 0); (< i 3); (+= i 1)) (f() f i) }"},
-    {"foreach (x in {1, 2}) print(x);",   "{ foreach (x in ({} (, 1 2))) print x }"},
     {"foreach (x in a) {} {foreach (x in b) c}", "{ foreach (x in a) { } { foreach (x in b) c } }"},
     // if and else
     {"if (a) b; else c; d",               "{ if (a) b else c d }"},
     {"if (a) { b } else { c } d",         "{ if (a) { b } else { c } d }"},
-    {"if (a) print(1) else print(2);",    "{ if (a) print 1 else print 2 }"},
     {"if (a) print(1); else b;",          "{ if (a) print 1 (else _ b) }"},
     {"if (a) return; else break; b",      "{ if (a) return () else break b }"},
     {"if (a) if (b) c; else d; e",        "{ if (a) if (b) c else d e }"},
-    {"if (a) b; else if (c) d; else e;",  "{ if (a) b else if (c) d else e }"},
     {"if (a) {} else while (b) if (c) d; else e;", "{ if (a) { } else while (b) if (c) d else e }"},
     {"{ if (a) }",                        "{ { if (a) () } }"},
 };
@@ -110,7 +106,6 @@ constexpr Row kStatements[] = {
 constexpr Row kTextErrors[] = {
     {"a)",          "t(1): Syntax error: expecting ';', but found ')'\n"},
     {"a;\n }",      "t(2): Syntax error: expecting ';', but found '}'\n"},
-    {"{ a ) }",     "t(1): Syntax error: expecting ';', but found ')'\n"},
     {"if (a) b] else c", "t(1): Syntax error: expecting ';', but found ']'\n"},
     {"{ a;\n",      "t(1): Unexpected end-of-file.\n"},
     {"if (a)",      "t(1): Unexpected end-of-file.\n"},
@@ -118,11 +113,9 @@ constexpr Row kTextErrors[] = {
     {"print(",      "t(1): Unexpected end-of-file.\n"},
     {"print(1;",    "t(1): Syntax error: expecting ')', but found ';'\n"},
     {"break",       "t(1): Syntax error: expecting ';', but found 'unknown token id'\n"},
-    {"for (a; b) c","t(1): Syntax error: expecting ';', but found ')'\n"},
     {"for (; a; b) c", "t(1): Syntax error: expecting ';', but found ')'\n"},
     {"for (print(1); b; c) d", "t(1): Syntax error: expecting ';', but found ')'\n"},
     {"foreach (x of a) b",  "t(1): Syntax error: expecting 'in', but found 'identifier'\n"},
-    {"foreach (x in a) ;\nforeach (x in a) b;", "t(2): Symbol 'x' already defined.\n"},
     {"foreach (x in a) {} var x;", "t(1): Symbol 'x' already defined.\n"},
     // a failed expression reports first, then the construct around it, and nobody above
     {"{ if\n(3[1]) {} }",   "t(2): Illigal expression.\nt(1): Expection valid expression\n"},
@@ -134,10 +127,8 @@ constexpr Row kTextErrors[] = {
     {"{ 3[1] }",            "t(1): Illigal expression.\n"},
     {"var x = 3[1];",       "t(1): Illigal expression.\nt(1): Missing r-value.\n"},
     {"var x = 1, y = 2;",   "t(1): Missing r-value.\n"},
-    {"var x == 1;",         "t(1): Missing r-value.\n"},
     {"var x as 1;",         "t(1): Syntax error: expecting 'identifier', but found 'decimal constant'\n"},
     {"var x as Unknown;",   "t(1): Class 'Unknown' not defined.\n"},
-    {"var x as reflect;",   "t(1): Class 'reflect' not defined.\n"},
     {"var a[0];",           "t(1): Invalid subscript.\n"},
     {"var a[];",            "t(1): Invalid subscript.\n"},
     {"var a[2000000000];",  "t(1): List too large.\n"},
@@ -151,9 +142,7 @@ constexpr Row kModules[] = {
     {"function f() { var a; { var a; } foreach (a in b) {} }", ""},
     {"print(1);",                    "t(1): Syntax error.\n"},
     {"function f() {}\nf();",        "t(2): Syntax error.\n"},
-    {"var x; }",                     "t(1): Syntax error.\n"},
     {"var x }",                      "t(1): Syntax error: expecting ';', but found '}'\n"},
-    {"function f() {} function f() {}", "t(1): Symbol 'f' already defined.\n"},
     {"var f; function f() {}",       "t(1): Symbol 'f' already defined.\n"},
     {"function f(f2, f2) {}",        "t(1): Parameter 'f2' already defined.\n"},
     {"var a; function f(a) {}",      "t(1): Symbol 'a' already defined.\n"},
@@ -161,11 +150,8 @@ constexpr Row kModules[] = {
     {"function f(a,) {}",            "t(1): Syntax error: expecting 'identifier', but found ')'\n"},
     {"function f(a b) {}",           "t(1): Syntax error: expecting ')', but found 'identifier'\n"},
     {"function f() return 1;",       "t(1): Syntax error: expecting '{', but found 'return'\n"},
-    {"function f()",                 "t(1): Unexpected end-of-file.\n"},
     {"function f() {\n{\n}",         "t(3): Unexpected end-of-file.\n"},
-    {"class C",                      "t(1): Unexpected end-of-file.\n"},
     {"class C { var x;\n",           "t(1): Unexpected end-of-file.\n"},
-    {"class C inherits D {}",        "t(1): Symbol 'D' not defined.\n"},
     {"var D; class C inherits D {}", "t(1): Class 'D' not defined.\n"},
     {"class C { var x as C; }",      "t(1): Class 'C' not defined.\n"},
     {"class C { var x;\nvar x; }",   "t(2): Member 'x' already defined in class 'C'\n"},
@@ -190,8 +176,6 @@ TEST(Parser, ACommandSkipsStrayBrackets) {
     EXPECT_EQ(OutlineText(") a) ; b ) print(1)) c", StatementSequence::Command), "{ a b print 1 c }");
     EXPECT_EQ(OutlineText("5 ]", StatementSequence::Command),
               "t(1): Syntax error: expecting ';', but found ']'\n");
-    EXPECT_EQ(OutlineText("}", StatementSequence::Command),
-              "t(1): Syntax error: expecting ';', but found '}'\n");
 }
 
 TEST(Parser, Modules) {
@@ -206,15 +190,12 @@ TEST(Parser, Modules) {
 // The library's heap carves more only when freed blocks do not do: what a failure leaves behind would show.
 TEST(Parser, NothingIsLeftBehind) {
     const auto parseAll = [] {
-        for (const Row& row : kStatements) {
+        for (const Row& row : kStatements)
             OutlineText(row.text, StatementSequence::Text);
-        }
-        for (const Row& row : kTextErrors) {
+        for (const Row& row : kTextErrors)
             OutlineText(row.text, StatementSequence::Text);
-        }
-        for (const Row& row : kModules) {
+        for (const Row& row : kModules)
             ParserFixture().ParseModule(row.text);
-        }
         return CoreHeapUsed();
     };
     parseAll();
@@ -244,56 +225,6 @@ TEST(Parser, WhatStoodBeforeAnErrorStays) {
     EXPECT_EQ(fixture.ParseModule("function h() {}"), "");
 }
 
-/// A host object whose every method loads a module into the engine that calls it.
-class Loader : public CCoreScriptable {
- public:
-    bool ScriptAction(IOB& request) override {
-        return request.action == kCall && engine->InjectScript("module", text);
-    }
-    std::size_t SizeOf() const override { return sizeof(*this); }
-    const char* GetClassName() const override { return "Loader"; }
-    const char* GetBaseClassName() const override { return "CCoreScriptable"; }
-
-    CCoreScriptEngine* engine = nullptr;
-    const char* text = "";
-};
-
-TEST(Parser, AModuleLoadedByARunningScriptIsGlobal) {
-    RecordingStream messages;
-    Loader loader;
-    TOrderedList<Var> environment;
-    environment.Add(Var(&loader, StrId("loader")));
-    CCoreScriptEngine engine(environment, &messages);
-    loader.engine = &engine;
-    loader.text = "class K { var m = 1; } function g(a) { return a + v; } var v = 7;";
-    Var result;
-    ASSERT_TRUE(engine.InjectScript("t",
-                                    "var w = 1; function f(v) { Env.loader.go(); return {g(1), v}; }"
-                                    "function h(k) { Env.loader.go(); }"))
-        << messages.errors;
-    TOrderedList<Var> arguments;
-    arguments.Add(Var(20, kNoName));
-    EXPECT_TRUE(engine.RunScript("f", result, arguments, false)) << messages.errors;
-    CoreString list;
-    result.Print(list);
-    EXPECT_STREQ(list, "{21, 20}\n");
-    EXPECT_TRUE(engine.Execute("var k as K; g(k.m)", result, kUnitsNone)) << messages.errors;
-    EXPECT_EQ(result.GetInt(), 8);
-    EXPECT_FALSE(engine.RunScript("h", result, arguments, false));
-    EXPECT_EQ(messages.TakeErrors(),
-              "module(1): Symbol 'K' already defined.\nt(1): Function call 'go' failed.\n");
-}
-
-TEST(Parser, LoopVariablesOfATextAreGoneWithIt) {
-    ParserFixture fixture;
-    for (int i = 0; i < 2; ++i) {
-        TIter<ScriptToken*> iter = fixture.Scan("foreach (x in {1}) print(x);");
-        EXPECT_TRUE(ParsedText(fixture.engine).Parse(iter, StatementSequence::Command));
-    }
-    EXPECT_EQ(fixture.engine.GetSymbol(StrId("x"), false), nullptr);
-    EXPECT_EQ(fixture.messages.errors, "");
-}
-
 TEST(Parser, ACheckRunsNothing) {
     ParserFixture fixture;
     fixture.engine.State().checkOnly = true;
@@ -314,21 +245,21 @@ TEST(Parser, WrongKeywordsAreForcedCrashes) {
 }
 
 TEST(Parser, StatementsMayNestAThousandDeep) {
-    constexpr const char* kShapes[][2] = {{"{", "}"},
-                                          {"if (a) ", ""},
-                                          {"while (a) ", ""},
-                                          {"foreach (x in a) {", "}"},
-                                          {"if (a) {} else {", "}"}};
-    for (const auto& [open, close] : kShapes) {
-        const bool two = *close != 0 && *open != '{';
-        const int levels = two ? 499 : 999;
-        const std::string inner = Repeat("(", 200) + "1" + Repeat(")", 200) + ";";
-        EXPECT_NE(
-            OutlineText(Repeat(open, levels) + inner + Repeat(close, levels), StatementSequence::Text)[0],
-            't');
-        EXPECT_EQ(OutlineText("print(1);" + Repeat(open, 1001) + "1;" + Repeat(close, 1001),
-                              StatementSequence::Text),
-                  "t(1): Statement nested too deeply.\n");
+    const struct {
+        const char* open;
+        const char* close;
+        int levels;
+    } shapes[] = {{"{", "}", 999},
+                  {"if (a) ", "", 999},
+                  {"while (a) ", "", 999},
+                  {"foreach (x in a) {", "}", 499},
+                  {"if (a) {} else {", "}", 499}};
+    const std::string inner = Repeat("(", 200) + "1" + Repeat(")", 200) + ";";
+    for (const auto& [open, close, levels] : shapes) {
+        const std::string good = Repeat(open, levels) + inner + Repeat(close, levels);
+        EXPECT_NE(OutlineText(good, StatementSequence::Text)[0], 't');
+        const std::string bad = "print(1);" + Repeat(open, 1001) + "1;" + Repeat(close, 1001);
+        EXPECT_EQ(OutlineText(bad, StatementSequence::Text), "t(1): Statement nested too deeply.\n");
     }
 }
 

@@ -109,13 +109,6 @@ std::string ScriptRun::End(bool good, const Var& result) {
     return std::exchange(m_told, {}) + (good ? '=' + Describe(result) : "failed");
 }
 
-std::string TextTimes(const char* text, int count) {
-    std::string all;
-    for (int i = 0; i < count; ++i)
-        all += text;
-    return all;
-}
-
 void OnLargeStack(void (*work)()) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "brenta/script.h"
+#include "script/script_test_support.h"
 
 namespace brenta::test {
 
@@ -86,9 +87,6 @@ void CheckRequests(const RequestRow (&rows)[count]) {
         EXPECT_EQ(run.probe.requests, row.requests) << row.text;
     }
 }
-
-/// `count` times a text.
-std::string TextTimes(const char* text, int count);
 
 /// The thread sanitizer itself fails on a stack of more than 65,536 frames.
 #if defined(__SANITIZE_THREAD__)

