@@ -28,11 +28,10 @@ TEST(MessageStream, FormatsAndPutsThePlaceInFront) {
 }
 
 TEST(MessageStream, CutsAt60000Characters) {
-    const std::string exact(60000, 'x');
-    const std::string longer = exact + "y";
+    const std::string exact = Repeat("x", 60000);
     RecordingStream stream;
     stream.Print("%s", exact.c_str());
-    stream.Error("place:", "%s", longer.c_str());
+    stream.Error("place:", "%sy", exact.c_str());
     EXPECT_EQ(stream.prints, exact);
     EXPECT_EQ(stream.TakeErrors(), "place:" + exact + "\n");
 }

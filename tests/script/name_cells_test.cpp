@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <deque>
 #include <vector>
 
 #include "test_support.h"
@@ -26,14 +26,14 @@ struct NameCellScopes : ::testing::Test {
     NameCellScopes() { cells.PushScope(); }
 
     CCoreSymbol& Bind(const char* name, int value) {
-        symbols.push_back(std::make_unique<CCoreSymbol>(StrId(name)));
-        cells.Bind(cells.CellOf(StrId(name)), symbols.back().get(), Value::OfInt(value));
-        return *symbols.back();
+        CCoreSymbol& symbol = symbols.emplace_back(StrId(name));
+        cells.Bind(cells.CellOf(StrId(name)), &symbol, Value::OfInt(value));
+        return symbol;
     }
     CCoreSymbol& BindGlobal(const char* name, int value) {
-        symbols.push_back(std::make_unique<CCoreSymbol>(StrId(name)));
-        cells.BindGlobal(cells.CellOf(StrId(name)), symbols.back().get(), Value::OfInt(value));
-        return *symbols.back();
+        CCoreSymbol& symbol = symbols.emplace_back(StrId(name));
+        cells.BindGlobal(cells.CellOf(StrId(name)), &symbol, Value::OfInt(value));
+        return symbol;
     }
     std::string Top() const {
         TOrderedList<CCoreSymbol*> list;
@@ -44,7 +44,7 @@ struct NameCellScopes : ::testing::Test {
         return text;
     }
 
-    std::vector<std::unique_ptr<CCoreSymbol>> symbols;
+    std::deque<CCoreSymbol> symbols;
     NameCells cells;
 };
 
@@ -64,16 +64,12 @@ TEST_F(NameCellScopes, ScopesRollBack) {
     cells.PopScope();
     EXPECT_EQ(Show(cells, {"x", "y"}), "x=1@1 y=-");
     EXPECT_EQ(Top(), "x");
-    EXPECT_EQ(cells.Depth(), 1);
-}
-
-TEST_F(NameCellScopes, RollBackWithinAScopeKeepsTheScope) {
-    Bind("a", 1);
+    // Within a scope too.
     const std::size_t mark = cells.Mark();
-    Bind("b", 2);
-    Bind("a", 3);
+    Bind("y", 6);
+    Bind("x", 7);
     cells.RollBackTo(mark);
-    EXPECT_EQ(Show(cells, {"a", "b"}), "a=1@1 b=-");
+    EXPECT_EQ(Show(cells, {"x", "y"}), "x=1@1 y=-");
     EXPECT_EQ(cells.Depth(), 1);
 }
 
@@ -117,7 +113,6 @@ TEST_F(NameCellScopes, EachBindingHasItsOwnValue) {
         cells.PushScope();
         cells.Bind(cell, &n, Value::OfInt(i));
     }
-    EXPECT_EQ(cells.ValueOf(n)->Int(), 299);
     CCoreSymbol& hiding = Bind("n", 1000);
     EXPECT_EQ(cells.ValueOf(n)->Int(), 299);
     EXPECT_EQ(cells.ValueOf(hiding)->Int(), 1000);
@@ -131,15 +126,15 @@ TEST_F(NameCellScopes, EachBindingHasItsOwnValue) {
 TEST_F(NameCellScopes, HoldAnyNumberOfNamesAtFixedPlaces) {
     NameCell& first = cells.CellOf(StrId("first"));
     std::vector<NameCell*> places;
-    for (int i = 0; i < 5000; ++i)
-        places.push_back(&cells.CellOf(StrId(("name" + std::to_string(i)).c_str())));
-    for (int i = 0; i < 5000; ++i) {
-        const STRID name = StrId(("name" + std::to_string(i)).c_str());
-        ASSERT_EQ(cells.FindCell(name), places[static_cast<std::size_t>(i)]);
-        ASSERT_EQ(cells.NameOf(*places[static_cast<std::size_t>(i)]), name);
+    const auto name = [](std::size_t i) { return StrId(("name" + std::to_string(i)).c_str()); };
+    for (std::size_t i = 0; i < 5000; ++i)
+        places.push_back(&cells.CellOf(name(i)));
+    for (std::size_t i = 0; i < 5000; ++i) {
+        ASSERT_EQ(cells.FindCell(name(i)), places[i]);
+        ASSERT_EQ(cells.NameOf(*places[i]), name(i));
     }
     EXPECT_EQ(&cells.CellOf(StrId("first")), &first);
-    EXPECT_EQ(cells.FindCell(StrId("name5000")), nullptr);
+    EXPECT_EQ(cells.FindCell(name(5000)), nullptr);
     EXPECT_EQ(cells.FindCell(kNoName), nullptr);
     const NameCell& nameless = cells.CellOf(kNoName);
     EXPECT_EQ(cells.FindCell(kNoName), &nameless);
@@ -150,8 +145,7 @@ TEST_F(NameCellScopes, PoppingWithoutAScopeIsAForcedCrash) {
     cells.PopScope();
     EXPECT_TRUE(recorder.Messages().empty());
     cells.PopScope();
-    ASSERT_EQ(recorder.Messages().size(), 1u);
-    EXPECT_EQ(recorder.Messages()[0], "Assertion failed! m_pHead");
+    EXPECT_EQ(recorder.Messages(), std::vector<std::string>{"Assertion failed! m_pHead"});
     EXPECT_STREQ(recorder.Last().File(), "Templ");
     EXPECT_EQ(cells.Depth(), 0);
 }

@@ -24,7 +24,7 @@ struct Row {
 };
 
 // clang-format off
-constexpr Row kTrees[] = {
+constexpr Row kRows[] = {
     {"",                        ""},
     // one operator of each row against the next, then equal ones
     {"a = b || c",              "(= a (|| b c))"},
@@ -38,14 +38,11 @@ constexpr Row kTrees[] = {
     {"a >> b + c",              "(>> a (+ b c))"},
     {"a % ~b",                  "(% a (~ _ b))"},
     {"a + b * c",               "(+ a (* b c))"},
-    {"(a + b) * c",             "(* (+ a b) c)"},
-    {"a - b - c",               "(- (- a b) c)"},
     {"a = b = c",               "(= (= a b) c)"},
     {"a += b <<= c",            "(<<= (+= a b) c)"},
     {"a < b > c == d != e",     "(!= (== (> (< a b) c) d) e)"},
-    {"((a - (b - c)))",         "(- a (- b c))"},
+    {"((a - (b - c))) - d",     "(- (- a (- b c)) d)"},
     // signs and other operators without a left operand
-    {"-5",                      "(- _ 5)"},
     {"a = -1",                  "(= a (- _ 1))"},
     {"2 * -3",                  "(- (* 2) 3)"},
     {"2 * (-3)",                "(* 2 (- _ 3))"},
@@ -55,10 +52,8 @@ constexpr Row kTrees[] = {
     {"a else b",                "(else a b)"},
     // members, subscripts, calls
     {"a.b.c",                   "(. (. a b) c)"},
-    {"x[1]",                    "([] x 1)"},
     {"x[i + 1] = 2",            "(= ([] x (+ i 1)) 2)"},
     {"a.b[1].c[2]",             "([] (. ([] (. a b) 1) c) 2)"},
-    {"f(1, 2)",                 "(f() f (, 1 2))"},
     {"f(g(x), -1) + 1",         "(+ (f() f (, (f() g x) (- _ 1))) 1)"},
     {"a.f(1).g",                "(. (f() (. a f) 1) g)"},
     {"f(1)(2)",                 "(f() f (2 1))"},
@@ -68,7 +63,6 @@ constexpr Row kTrees[] = {
     // operands side by side: what is placed later takes the place
     {"1 zz",                    "(1 _ zz)"},
     {"zz 1",                    "(1 zz)"},
-    {"(1)(2)",                  "(2 1)"},
     {"(1 + 2) (10 + 4)",        "(+ (+ 1 2) 4)"},
     {"a {1}",                   "({} a)"},
     // a type says nothing here
@@ -78,39 +72,26 @@ constexpr Row kTrees[] = {
     // constants
     {"0x1F + 0b101",            "(+ 31 5)"},
     {"'A' - '\\n'",             "(- 65 10)"},
-    {"007",                     "7"},
     {"2147483648",              "2147483647"},
     {"1.0 + 2.5",               "(+ 1.0 2.5)"},
     {"5mil + 2.5mm",            "(+ 50000 984251.0)"},
     {"\"a \" + \"\"",           "(+ \"a \" \"\")"},
     {"true == false, null",     "(, (== true false) null)"},
-};
-
-constexpr Row kErrors[] = {
+    // errors
     {"(x)[1]",      "t(1): Illigal expression.\n"},
     {"a +\nx[1][2]", "t(2): Illigal expression.\n"},
     {"f(1)[0]",     "t(1): Illigal expression.\n"},
-    {"{1}[0]",      "t(1): Illigal expression.\n"},
     {"(a",          "t(1): Syntax error: expecting ')', but found 'unknown token id'\n"},
-    {"(a]",         "t(1): Syntax error: expecting ')', but found ']'\n"},
     {"f(1,\n2;3)",  "t(2): Syntax error: expecting ')', but found ';'\n"},
     {"x[1)",        "t(1): Syntax error: expecting ']', but found ')'\n"},
     {"{1, {2}",     "t(1): Syntax error: expecting '}', but found 'unknown token id'\n"},
 };
 // clang-format on
 
-TEST(ParseExpression, Trees) {
+TEST(ParseExpression, TreesAndErrors) {
     ParserFixture fixture;
-    for (const Row& row : kTrees) {
+    for (const Row& row : kRows)
         EXPECT_EQ(Tree(fixture, row.text), row.expected) << row.text;
-    }
-}
-
-TEST(ParseExpression, Errors) {
-    ParserFixture fixture;
-    for (const Row& row : kErrors) {
-        EXPECT_EQ(Tree(fixture, row.text), row.expected) << row.text;
-    }
 }
 
 TEST(ParseExpression, StopsOnItsTerminator) {

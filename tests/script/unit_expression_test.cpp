@@ -17,35 +17,19 @@ struct Row {
 };
 
 TEST(UnitExpression, Texts) {
+    // clang-format off
     static constexpr Row kRows[] = {
-        {"10", kMils, 100000, true},
-        {"20mil+5mil", kMils, 250000, true},
-        {"2.5mm", kMils, 984250, true},
-        {"3 mm", kMils, 0, false},
-        {"(1in+2mm)/2", kMils, 5393700, true},
-        {"1/8in", kMils, 0, true},
-        {"1/8", kInches, 1250000, true},
-        {"10mil+1", kMils, 100000, true},
-        {"5mil+", kMils, 50000, true},
-        {" -3.5mil\t", kInches, -35000, true},
-        {".5mil", kInches, 5000, true},
-        {"0x10", kMils, 160000, true},
-        {"15", kUnitsNone, 20, true},
-        {"-15", kUnitsNone, -20, true},
-        {"2147483647", kUnitsNone, 2147483640, true},
-        {"300in", kMils, -2147483640, true},
-        {"300", kInches, -2147483640, true},
-        {"10MIL", kInches, 100000, true},
-        {"0X10", kMils, 20, true},
-        {"", kMils, 0, true},
-        {"null", kUnitsNone, 0, true},
-        {"\"25\"", kUnitsNone, 30, true},
-        {"({1, 2, 3, 4, 5})", kUnitsNone, 10, true},
-        {"5@", kMils, 0, false},
-        {"5mils", kMils, 0, false},
-        {"1.2.3", kMils, 3000, true},
-        {"mm", kMils, 0, false},
+        {"10", kMils, 100000, true}, {"20mil+5mil", kMils, 250000, true}, {"2.5mm", kMils, 984250, true},
+        {"(1in+2mm)/2", kMils, 5393700, true}, {"1/8in", kMils, 0, true}, {"1/8", kInches, 1250000, true},
+        {"10mil+1", kMils, 100000, true}, {"5mil+", kMils, 50000, true}, {".5mil", kInches, 5000, true},
+        {" -3.5mil\t", kInches, -35000, true}, {"0x10", kMils, 160000, true}, {"0X10", kMils, 20, true},
+        {"15", kUnitsNone, 20, true}, {"-15", kUnitsNone, -20, true}, {"10MIL", kInches, 100000, true},
+        {"2147483647", kUnitsNone, 2147483640, true}, {"300", kInches, -2147483640, true},
+        {"", kMils, 0, true}, {"null", kUnitsNone, 0, true}, {"\"25\"", kUnitsNone, 30, true},
+        {"({1, 2, 3, 4, 5})", kUnitsNone, 10, true}, {"1.2.3", kMils, 3000, true},
+        {"3 mm", kMils, 0, false}, {"5@", kMils, 0, false}, {"5mils", kMils, 0, false}, {"mm", kMils, 0, false},
     };
+    // clang-format on
     for (const Row& row : kRows) {
         EXPECT_EQ(StringToUnit(row.text, row.units), row.length) << row.text;
         EXPECT_EQ(ValidateUnit(row.text), row.valid) << row.text;
