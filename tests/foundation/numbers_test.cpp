@@ -1,7 +1,5 @@
 #include "foundation/numbers.h"
 
-#include <gtest/gtest.h>
-
 #include <bit>
 #include <climits>
 #include <cmath>
@@ -10,13 +8,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <random>
-#include <string>
-#include <tuple>
-#include <utility>
 
 #include "brenta/string.h"
+#include "test_support.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 // clang-format off
@@ -64,9 +60,9 @@ TEST(Numbers, WritesWhatPrintfWritesAndReadsWhatStrtodReads) {
     const double kTies[] = {0.5,   1.5,    2.5,    0.125, 0.375, 1e22,     1e23,
                             1e308, -1e308, 5e-324, -0.0,  0.1,   9.9999995};
     for (std::size_t i = 0; i < 20000; ++i) {
-        double value =
-            i % 2 == 0 ? std::bit_cast<double>(random()) : static_cast<double>(random() % 1000007) / 3200;
-        if (i < std::size(kTies)) value = kTies[i];
+        const double value = i < std::size(kTies) ? kTies[i]
+                             : i % 2 == 0         ? std::bit_cast<double>(random())
+                                                  : static_cast<double>(random() % 1000007) / 3200;
         if (!std::isfinite(value)) continue;
         for (const int decimals : {0, 2, 6, 17}) {
             char text[kFixedTextSize];
@@ -98,4 +94,4 @@ TEST(Numbers, WritesIntoAnyBuffer) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

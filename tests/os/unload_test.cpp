@@ -1,33 +1,43 @@
 // The shared library comes and goes in a living process and leaves nothing behind; sanitizer builds prove the
 // latter.
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 
-#include <string>
-#include <thread>
+#include "brenta/failure.h"
+#include "brenta/heap.h"
+#include "brenta/names.h"
+#include "test_support.h"
 
+namespace brenta::test {
 namespace {
+
+void* Load() {
+    void* const library = dlopen(BRENTA_CORE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    EXPECT_NE(library, nullptr) << dlerror();
+    return library;
+}
+
+/// The loaded library's function of the same type as one that this program has linked.
+template <class Function>
+Function* Find(void* library, const char* name, Function*) {
+    const auto found = reinterpret_cast<Function*>(dlsym(library, name));
+    EXPECT_NE(found, nullptr) << dlerror();
+    return found;
+}
 
 /// Makes the library use what it builds on demand, on this thread and on one that has ended.
 void Use(void* library) {
-    using Init = bool (*)();
-    using Allocate = void* (*)(int);
-    using New = void* (*)(std::size_t);
-    using Release = void (*)(void*);
-    using Intern = std::uintptr_t (*)(const char*);
-    const auto init = reinterpret_cast<Init>(dlsym(library, "_ZN6brenta15InitCoreLibraryEv"));
-    const auto allocate = reinterpret_cast<Allocate>(dlsym(library, "_ZN6brenta12CoreAllocateEi"));
-    const auto create = reinterpret_cast<New>(dlsym(library, "_ZN6brenta7HeapNewEm"));
-    const auto release = reinterpret_cast<Release>(dlsym(library, "_ZN6brenta10HeapDeleteEPv"));
-    const auto intern = reinterpret_cast<Intern>(dlsym(library, "_ZN6brenta5StrIdEPKc"));
-    ASSERT_TRUE(init && allocate && create && release && intern);
+    const auto init = Find(library, "_ZN6brenta15InitCoreLibraryEv", InitCoreLibrary);
+    const auto allocate = Find(library, "_ZN6brenta12CoreAllocateEi", CoreAllocate);
+    const auto create = Find(library, "_ZN6brenta7HeapNewEm", HeapNew);
+    const auto release = Find(library, "_ZN6brenta10HeapDeleteEPv", HeapDelete);
+    const auto intern = Find<STRID(const char*)>(library, "_ZN6brenta5StrIdEPKc", StrId);
     EXPECT_TRUE(init());
     const auto work = [&] {
         release(allocate(2000000));
         for (std::size_t size = 1; size < 600; ++size)
             release(create(size));
         EXPECT_NE(create(100), nullptr);  // left to the library
-        EXPECT_NE(intern("name"), 0u);
+        EXPECT_NE(intern("name"), kNoName);
     };
     work();
     std::thread(work).join();
@@ -35,8 +45,7 @@ void Use(void* library) {
 
 TEST(Unload, TenTimes) {
     for (int i = 0; i < 10; ++i) {
-        void* const library = dlopen(BRENTA_CORE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(library, nullptr) << dlerror();
+        void* const library = Load();
         Use(library);
         EXPECT_EQ(dlclose(library), 0);
         EXPECT_EQ(dlopen(BRENTA_CORE_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
@@ -44,12 +53,11 @@ TEST(Unload, TenTimes) {
 }
 
 TEST(Unload, NotBeforeTheProcessEnds) {
-    void* const library = dlopen(BRENTA_CORE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(library, nullptr) << dlerror();
+    void* const library = Load();
     Use(library);
     // A thread that goes on while the process ends.
-    const auto create = reinterpret_cast<void* (*)(std::size_t)>(dlsym(library, "_ZN6brenta7HeapNewEm"));
-    const auto release = reinterpret_cast<void (*)(void*)>(dlsym(library, "_ZN6brenta10HeapDeleteEPv"));
+    const auto create = Find(library, "_ZN6brenta7HeapNewEm", HeapNew);
+    const auto release = Find(library, "_ZN6brenta10HeapDeleteEPv", HeapDelete);
     EXPECT_EXIT(
         {
             std::thread([=] {
@@ -63,3 +71,4 @@ TEST(Unload, NotBeforeTheProcessEnds) {
 }
 
 }  // namespace
+}  // namespace brenta::test

@@ -1,12 +1,10 @@
 #include "brenta/settings.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <tuple>
 
 #include "brenta/files.h"
 #include "brenta/host.h"
+#include "test_support.h"
 
 namespace brenta {
 namespace {
@@ -15,20 +13,20 @@ using Text = const char*;
 
 /// Answers for the platform while it lives; a data folder "unknown" is one.
 struct Places {
-    static inline Text s_executable;
-    static inline Text s_data;
-
-    Places(Text executable, Text data) {
-        s_executable = executable;
-        s_data = data;
+    Places(Text executable, Text data) : m_executable(executable), m_data(data) {
         HostServices services;
-        services.executablePath = [](void*, CoreString& path) { return !(path = s_executable).IsEmpty(); };
-        services.applicationDataFolder = [](void*, CoreString& folder) {
-            return (folder = s_data) != "unknown";
+        services.context = this;
+        services.executablePath = [](void* self, CoreString& path) {
+            return !(path = static_cast<Places*>(self)->m_executable).IsEmpty();
+        };
+        services.applicationDataFolder = [](void* self, CoreString& folder) {
+            return (folder = static_cast<Places*>(self)->m_data) != "unknown";
         };
         SetHostServices(services);
     }
     ~Places() { SetHostServices(HostServices{}); }
+
+    Text m_executable, m_data;
 };
 
 TEST(Settings, ApplicationName) {
