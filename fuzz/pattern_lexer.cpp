@@ -1,6 +1,5 @@
 // The pattern lexer against the rules followed word by word: the first lines of the input define token kinds
-// (a leading
-// '%' makes one that is skipped), up to an empty line; what follows is the text.
+// (a leading '%' makes one that is skipped), up to an empty line; what follows is the text.
 #include <cstdlib>
 #include <string>
 

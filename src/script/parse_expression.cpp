@@ -15,11 +15,9 @@
 //   - Equal priorities stop nothing, so operators of one row group from the left: `a - b - c` is (a - b) - c,
 //     and `a = b = c` is (a = b) = c.
 //   - A bracketed group is built as a tree of its own; its root then gets a boost of 50 (a subscript 40),
-//   more
-//     than any token has, and is placed like a single operand.
+//     more than any token has, and is placed like a single operand.
 //   - Each node that is climbed past leaves the right edge of the tree for good, so a whole expression is
-//   built
-//     in linear time, whatever its shape.
+//     built in linear time, whatever its shape.
 //
 // Placing a node can overwrite its left child: a group or list that directly follows an operand takes that
 // operand there and loses its own, `(1 + 2) (10 + 4)` is 3 + 4. The nodes lost stay in the arena.

@@ -29,8 +29,7 @@ std::unique_ptr<Statement> ParseBranch(CCoreScriptEngine& engine, TIter<ScriptTo
 }
 
 /// Steps to an `else` behind a branch, if there is one. It can only stand behind a closed branch or behind
-/// the
-/// `;` of an open one; an open branch that ended elsewhere is for the caller to judge.
+/// the `;` of an open one; an open branch that ended elsewhere is for the caller to judge.
 bool StepToElse(CCoreScriptEngine& engine, TIter<ScriptToken*>& iter) {
     const ScriptToken* const last = CurrentToken(iter);
     if (engine.State().openStatement && (last == nullptr || last->id != TOK_SEMI)) return false;

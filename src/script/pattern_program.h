@@ -19,11 +19,10 @@ namespace brenta {
 ///
 /// - where to go on after a step has matched, which for an alternative is behind the last one of its list;
 /// - whether the walk passes a step that has not matched, which is the same for an optional one and an
-/// alternative;
+///   alternative;
 /// - a group around a single set or text is that set or text;
 /// - a group knows the bytes that it can start with, if it cannot match without taking one, and is not
-/// entered for
-///   others. (Groups with tags are: what a failed try records stays recorded.)
+///   entered for others. (Groups with tags are: what a failed try records stays recorded.)
 /// - a kind that is just a text is not walked at all, and not even compared when it could not win.
 ///
 /// None of this changes an answer. A slow matcher that follows the rules word by word stands with the tests

@@ -18,6 +18,9 @@
 ///     while (iter.Get() && *iter.Get() != 12) iter.Next();
 ///     widths.Remove(iter);                                     // 8
 ///
+/// Null and size. A container holds any values, null pointers among them. Counts are ints; nothing checks for
+/// more values than an int counts.
+///
 /// Values are copied into nodes and destroyed with them; T needs a copy constructor, and its own `==` for
 /// Delete. Containers copy deeply, keeping the order. Nodes live on the aligned lane of the library's global
 /// heap (brenta/heap.h), and so does a container made with `new`. Without memory an addition adds nothing.
@@ -58,42 +61,50 @@ class TOrderedList;
 // ---------------------------------------------------------------------------------------------------------
 // Nodes
 
-/// The part of a node that holds the value.
+/// The part of a node that holds the value. Nodes are made and destroyed by their containers; one meets them
+/// through an iterator's members and through TMap::Add, and never owns one.
 template <class T>
 class TNodeBase {
  public:
+    /// Holds a copy of `value`.
     explicit TNodeBase(const T& value) : m_value(value) {}
     TNodeBase(const TNodeBase&) = delete;
     TNodeBase& operator=(const TNodeBase&) = delete;
 
-    /// The size of the object in bytes; so for every class here.
+    /// The size of the object in bytes, without what it points to; so for every class here.
     virtual std::size_t SizeOf() const { return sizeof(*this); }
+    /// The template's name, without its arguments; so for every class here.
     virtual const char* GetClassName() const { return "TNodeBase"; }
+    /// The name of the base class that a class gives for itself, "none" if it gives none; so for every class
+    /// here.
     virtual const char* GetBaseClassName() const { return "none"; }
     virtual ~TNodeBase() = default;
 
     BRENTA_HEAP_OPERATORS
 
-    T m_value;
+    T m_value;  ///< may be changed in place
 };
 
-/// A node of a chain.
+/// A node of a chain. It does not own its successor.
 template <class T>
 class TNode : public TNodeBase<T> {
  public:
+    /// Holds a copy of `value` and stands before `next`, null for the end of the chain.
     explicit TNode(const T& value, TNode* next = nullptr) : TNodeBase<T>(value), m_pNext(next) {}
 
     std::size_t SizeOf() const override { return sizeof(*this); }
     const char* GetClassName() const override { return "TNode"; }
     const char* GetBaseClassName() const override { return "TNodeBase<T>"; }
 
-    TNode* m_pNext;
+    TNode* m_pNext;  ///< null in the last node
 };
 
 // ---------------------------------------------------------------------------------------------------------
 // List iterator
 
-/// A position in a list: at a node, or at the end. The first value can be read before the first step:
+/// A position in a list: at a node, or at the end. It owns nothing, copies are positions of their own, and it
+/// must not outlive the list. Values can be changed through it even in a const list. The first value can be
+/// read before the first step:
 ///
 ///     TIter<int> iter(list);
 ///     for (; iter.Get(); iter.Next()) Use(*iter.Get());
@@ -132,16 +143,25 @@ class TIter {
 // Lists. Both have the same operations in the same virtual slots.
 
 /// A singly linked list that grows at its front: adding 1, 2, 3 gives 3, 2, 1.
+///
+/// It owns its nodes. Add, Insert, IsEmpty and GetHead take constant time, all else time in proportion to the
+/// values passed over. It is two words long.
 template <class T>
 class TSimpleList {
  public:
+    /// Empty; allocates nothing.
     TSimpleList() : m_pHead(nullptr) {}
+    /// Copies of the other's values in the same order; without memory the first ones only. The other list is
+    /// not touched.
     TSimpleList(const TSimpleList& other) : m_pHead(nullptr) { CopyFrom(other); }
+    /// Takes the other's nodes over, which keep their addresses, and leaves it empty.
     TSimpleList(TSimpleList&& other) noexcept : m_pHead(std::exchange(other.m_pHead, nullptr)) {}
+    /// Copies, then drops the own values; assigning a list to itself does nothing.
     TSimpleList& operator=(const TSimpleList& other) {
         if (this != &other) *this = TSimpleList(other);
         return *this;
     }
+    /// Takes the other's nodes over and drops the own values; the other list is empty after.
     TSimpleList& operator=(TSimpleList&& other) noexcept {
         TSimpleList taken(std::move(other));
         std::swap(m_pHead, taken.m_pHead);
@@ -164,7 +184,7 @@ class TSimpleList {
             Add(value);
     }
 
-    /// Adds a copy of `value` at the front.
+    /// Adds a copy of `value`, which may be one of the list's own, at the front.
     virtual void Add(const T& value) {
         if (auto* node = new TNode<T>(value, m_pHead)) m_pHead = node;
     }
@@ -193,17 +213,20 @@ class TSimpleList {
         delete detail::UnlinkAt(m_pHead, static_cast<TNode<T>**>(nullptr), iter, "Templ");
     }
 
-    /// Destroys every value.
+    /// Destroys every value, from the first on, and gives the nodes back. Iterators dangle after it.
     virtual void RemoveAll() {
         TNode<T>* node = std::exchange(m_pHead, nullptr);
         while (node)
             delete std::exchange(node, node->m_pNext);
     }
 
+    /// Whether there is no value. Constant time, other than GetCount.
     bool IsEmpty() const { return !m_pHead; }
-    /// The first value; null if the list is empty.
+    /// The first value, valid until it is removed; null if the list is empty.
     T* GetHead() const { return m_pHead ? &m_pHead->m_value : nullptr; }
 
+    /// For range-for loops, from the first value on. The value just visited must not be removed in the loop;
+    /// use a TIter for that.
     auto begin() { return detail::TCursor<T, TNode<T>>(m_pHead); }
     auto end() { return detail::TCursor<T, TNode<T>>(); }
     auto begin() const { return detail::TCursor<const T, const TNode<T>>(m_pHead); }
@@ -228,20 +251,28 @@ class TSimpleList {
 ///
 /// The tail marks where Add appends. Insert through an iterator behind the last value does not move it, so a
 /// later Add comes before what was inserted there: 1, 2, insert 9 at the end, add 3 gives 1, 2, 3, 9.
+///
+/// It owns its nodes. Add, Insert, IsEmpty, GetHead and a Splice without such values take constant time, all
+/// else time in proportion to the values passed over. It is three words long.
 template <class T>
 class TOrderedList {
  public:
+    /// Empty; allocates nothing.
     TOrderedList() : m_pHead(nullptr), m_pTail(nullptr) {}
+    /// Copies of the other's values in the same order; the tail is the last of them.
     TOrderedList(const TOrderedList& other) : TOrderedList() {
         for (const T& value : other)
             TOrderedList::Add(value);
     }
+    /// Takes the other's nodes and tail over; nodes keep their addresses, and the other list is empty after.
     TOrderedList(TOrderedList&& other) noexcept
         : m_pHead(std::exchange(other.m_pHead, nullptr)), m_pTail(std::exchange(other.m_pTail, nullptr)) {}
+    /// Copies, then drops the own values; assigning a list to itself does nothing.
     TOrderedList& operator=(const TOrderedList& other) {
         if (this != &other) *this = TOrderedList(other);
         return *this;
     }
+    /// Takes the other's nodes and tail over and drops the own values; the other list is empty after.
     TOrderedList& operator=(TOrderedList&& other) noexcept {
         TOrderedList taken(std::move(other));
         std::swap(m_pHead, taken.m_pHead);
@@ -305,7 +336,7 @@ class TOrderedList {
     /// is lost until the next Add.
     virtual void Remove(TIter<T>& iter) { delete detail::UnlinkAt(m_pHead, &m_pTail, iter, "Templ"); }
 
-    /// Destroys every value.
+    /// Destroys every value, from the first on, and gives the nodes back. Iterators dangle after it.
     virtual void RemoveAll() {
         TNode<T>* node = std::exchange(m_pHead, nullptr);
         m_pTail = nullptr;
@@ -313,11 +344,14 @@ class TOrderedList {
             delete std::exchange(node, node->m_pNext);
     }
 
+    /// Whether there is no value. Constant time, other than GetCount.
     bool IsEmpty() const { return !m_pHead; }
-    /// The first value; null if the list is empty.
+    /// The first value, valid until it is removed; null if the list is empty.
     T* GetHead() const { return m_pHead ? &m_pHead->m_value : nullptr; }
 
     /// Moves all values of `from` behind the tail without copying, in constant time; `from` is empty after.
+    /// The nodes keep their addresses. Moving a list into itself changes nothing. A lost tail is reported as
+    /// by Add, before anything is moved.
     void Splice(TOrderedList&& from) {
         if (this == &from || !from.m_pHead) return;
         detail::RequireTail(m_pHead, m_pTail, "Templ");
@@ -331,6 +365,8 @@ class TOrderedList {
         m_pTail = last;
     }
 
+    /// For range-for loops, from the first value on. The value just visited must not be removed in the loop;
+    /// use a TIter for that.
     auto begin() { return detail::TCursor<T, TNode<T>>(m_pHead); }
     auto end() { return detail::TCursor<T, TNode<T>>(); }
     auto begin() const { return detail::TCursor<const T, const TNode<T>>(m_pHead); }
@@ -346,7 +382,8 @@ class TOrderedList {
 // ---------------------------------------------------------------------------------------------------------
 // Stack
 
-/// Last in, first out.
+/// Last in, first out. It owns copies of what was pushed, is copied deeply, and takes constant time for all
+/// but GetCount, RemoveAll and copying.
 template <class T>
 class TStack {
  public:
@@ -371,6 +408,7 @@ class TStack {
 
     /// Number of values, by walking.
     int GetCount() const { return m_values.GetCount(); }
+    /// Whether there is nothing to pop. Constant time.
     bool IsEmpty() const { return m_values.IsEmpty(); }
 
     /// Puts a copy of `value` on top.
@@ -408,10 +446,11 @@ class TStack {
 // ---------------------------------------------------------------------------------------------------------
 // Maps
 
-/// A key with its value.
+/// A key with its value: what a map's nodes hold. Copied as its parts are.
 template <class K, class V>
 class TPair {
  public:
+    /// Both parts value-initialised: numbers 0, pointers null.
     TPair() : m_key(), m_value() {}
     TPair(const K& key, const V& value) : m_key(key), m_value(value) {}
     TPair(const TPair&) = default;
@@ -424,8 +463,8 @@ class TPair {
 
     BRENTA_HEAP_OPERATORS
 
-    K m_key;
-    V m_value;
+    K m_key;    ///< must not be changed while the pair is in a map
+    V m_value;  ///< may be
 };
 
 template <class K, class V>
@@ -433,6 +472,9 @@ class TMapIter;
 
 /// A hash map with chained buckets. Derive from it and supply Hash and KeysEqual; TIntMap does so for keys
 /// that are numbers. New keys stand at the front of their bucket's chain. V needs a default constructor.
+///
+/// The map owns its nodes, which keep their addresses until they are removed, and cannot be copied. Finding,
+/// adding and removing a key takes time in proportion to the keys in its bucket.
 template <class K, class V>
 class TMap {
  public:
@@ -447,6 +489,7 @@ class TMap {
     TMap(const TMap&) = delete;
     TMap& operator=(const TMap&) = delete;
 
+    /// Destroys every key and value.
     virtual ~TMap() {
         TMap::RemoveAll();
         delete[] m_ppBuckets;
@@ -454,6 +497,7 @@ class TMap {
 
     /// Any number; equal keys must have equal hashes. The bucket is its remainder by the bucket count.
     virtual std::uint32_t Hash(const K& key) const = 0;
+    /// Whether two keys are the same key.
     virtual bool KeysEqual(const K& a, const K& b) const = 0;
 
     /// Stores a copy of the key's value in `out` and returns true; false leaves `out` as it was.
@@ -464,7 +508,8 @@ class TMap {
         return true;
     }
 
-    /// Replaces the value of a present key, or adds the key. Returns the value as the map holds it.
+    /// Replaces the value of a present key, or adds the key. Returns the value as the map holds it, good
+    /// until the key is removed; without memory for a new key, the argument.
     virtual const V& SetAt(const K& key, const V& value) {
         Node* node = Find(key);
         if (node) {
@@ -511,7 +556,9 @@ class TMap {
         m_count = 0;
     }
 
+    /// Number of entries, each of several with one key counted. Constant time.
     int GetCount() const { return m_count; }
+    /// Number of buckets, 1 or more.
     int GetBucketCount() const { return m_bucketCount; }
 
  private:
@@ -542,7 +589,8 @@ class TIntMap : public TMap<K, V> {
     bool KeysEqual(const K& a, const K& b) const override { return a == b; }
 };
 
-/// Steps through a map: bucket by bucket from the first, each chain from its front.
+/// Steps through a map: bucket by bucket from the first, each chain from its front. It owns nothing and must
+/// not outlive the map. Removing the entry at which it stands leaves it dangling; step on before.
 ///
 ///     for (TMapIter<STRID, int> iter(map); !iter.AtEnd(); iter.Next()) Use(iter.Key(), iter.Value());
 template <class K, class V>
@@ -563,6 +611,7 @@ class TMapIter {
     TMapIter& operator=(const TMapIter&) = default;
     virtual ~TMapIter() = default;
 
+    /// Whether there is no entry to read.
     bool AtEnd() const { return !m_pPos; }
 
     /// Steps to the next entry; false if that is the end. A step at the end changes nothing.

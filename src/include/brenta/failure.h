@@ -14,8 +14,8 @@
 /// A host that writes crash reports and lives on:
 ///
 ///     void Report(const brenta::ForcedCrashRecord& crash, void* log) {
-///         std::fprintf(static_cast<FILE*>(log), "%s(%d): %s\n", crash.File(), crash.Line(),
-///         crash.Message());
+///         std::fprintf(static_cast<FILE*>(log), "%s(%d): ", crash.File(), crash.Line());
+///         std::fprintf(static_cast<FILE*>(log), "%s\n", crash.Message());
 ///     }
 ///     brenta::InitCoreLibrary();
 ///     brenta::SetForcedCrashHandler(&Report, stderr);

@@ -41,6 +41,8 @@ class HeapCore;
 // ---------------------------------------------------------------------------------------------------------
 // CHeap
 
+/// A heap of its own pages. Two heaps share nothing; each takes back only its own blocks. The object itself
+/// may stand anywhere; it cannot be copied.
 class BRENTA_API CHeap {
  public:
     /// Not for use: raises "Forced crash! \"Use initializing constructor\"". If the handler resumes, the heap
@@ -83,10 +85,11 @@ class BRENTA_API CHeap {
     /// a page does not count, nor does a block that was made from the unused rest of a page that was left.
     bool IsValidHeapPtr(const void* p) const;
 
-    /// The name given to the constructor.
+    /// The name given to the constructor, as far as it was kept; good as long as the heap.
     const char* GetName() const;
 
-    /// How often Allocate was called, and how often it was served by a freed block; modulo 2^32.
+    /// How many requests of valid size Allocate has had, and how many of them freed blocks have served;
+    /// modulo 2^32. For statistics: while other threads allocate, the two may not belong together.
     std::uint32_t GetAllocationCount() const;
     std::uint32_t GetReuseCount() const;
 
@@ -100,22 +103,24 @@ class BRENTA_API CHeap {
 // ---------------------------------------------------------------------------------------------------------
 // The global heap: the heap "global_heap" with pages of 1000000 bytes
 
-/// CHeap::Allocate on the global heap.
+/// CHeap::Allocate on the global heap: `size` bytes, not initialised and not aligned. Give the block back
+/// with CoreFree. Null for a negative size or without memory. Any thread, and so for all functions below.
 BRENTA_API void* CoreAllocate(int size);
-/// CHeap::Free on the global heap.
+/// CHeap::Free on the global heap. Takes blocks of `new` and HeapNew too, without running a destructor. Null
+/// is a forced crash.
 BRENTA_API void CoreFree(void* p);
-/// CHeap::ReAlloc on the global heap.
+/// CHeap::ReAlloc on the global heap: always another block, which replaces `p`; null leaves `p` in use.
 BRENTA_API void* CoreReAlloc(void* p, int size);
-/// CHeap::GetBytesUsed on the global heap.
+/// CHeap::GetBytesUsed on the global heap, in bytes: what was carved for both lanes, freed blocks included.
 BRENTA_API int CoreHeapUsed();
-/// CHeap::IsValidHeapPtr on the global heap.
+/// CHeap::IsValidHeapPtr on the global heap. False for null, and for everything that is not the heap's.
 BRENTA_API bool IsValidHeapPtr(const void* p);
 
 // ---------------------------------------------------------------------------------------------------------
 // Objects on the global heap
 
-/// A block of the aligned lane of the global heap, or null. The thread's own store of freed blocks serves it
-/// without a lock where it can.
+/// A block of the aligned lane of the global heap for `size` bytes (see CHeap::AllocateAligned), or null. The
+/// thread's own store of freed blocks serves it without a lock where it can. Any thread may give it back.
 BRENTA_API void* HeapNew(std::size_t size) noexcept;
 
 /// Gives back a block of the global heap. Null and pointers that are not in use are ignored.

@@ -10,8 +10,9 @@
 ///     lexer.DefineToken("SPACE", 2, "[ \t\r\n]+", true);                          // consumed silently
 ///     lexer.PushStream("input", 1, "12mil 7", false);
 ///     LexToken token;
-///     while (lexer.GetToken(token) && token.id != -1) Use(lexer.GetTag(1), lexer.GetTag(2));   // 12 mil, 7
-///     null
+///     while (lexer.GetToken(token) && token.id != -1) {
+///         Use(lexer.GetTag(1), lexer.GetTag(2));                                  // 12 mil, then 7 null
+///     }
 ///
 /// Patterns
 /// --------
@@ -84,20 +85,23 @@ struct REAtom {
         kAlternative = 2,  ///< "|" follows
         kRepeat = 4,       ///< "+" or "*" follows
         kOptional = 8,     ///< "?" or "*" follows
-        kCharClass = 16,
-        kOpenTag = 32,
-        kCloseTag = 64,
+        kCharClass = 16,   ///< a set; `data` points to it
+        kOpenTag = 32,     ///< "<n>"; `data` is n
+        kCloseTag = 64,    ///< "</n>"; `data` is n
     };
 
     REAtom* child = nullptr;  ///< null for everything but a group
-    REAtom* next = nullptr;
-    std::uint8_t flags = 0;
+    REAtom* next = nullptr;   ///< null at the end of the chain
+    std::uint8_t flags = 0;   ///< Flags, combined
     /// A tag: its number. A set: its RECharClass*, owned by the lexer. A literal run: its text as a STRID. 0
     /// for an empty atom, which matches without taking anything.
     std::uintptr_t data = 0;
 };
 
 /// A token kind: what DefineToken was told, and the captures of the match that was tried last.
+///
+/// The lexer owns its kinds; they stand here for classes derived from it. A kind owns its atoms, not the sets
+/// that they refer to, which are the lexer's.
 class BRENTA_API CREToken {
  public:
     /// A kind without a pattern; `name` and `id` are handed back with each token, kinds with `skip` set are
@@ -112,9 +116,9 @@ class BRENTA_API CREToken {
     virtual ~CREToken();                           ///< frees the atoms
 
     REAtom* pattern = nullptr;  ///< the first atom; owned
-    int id;
-    STRID name;
-    bool skip;
+    int id;                     ///< what LexToken::id says
+    STRID name;                 ///< what LexToken::name says; kNoName for none
+    bool skip;                  ///< GetToken passes over tokens of this kind
     /// Where each tag's capture starts and ends in the match tried last, null where the match did not come
     /// by.
     const char* tagStarts[5] = {};
@@ -127,21 +131,22 @@ class BRENTA_API CREToken {
 // ---------------------------------------------------------------------------------------------------------------------
 // Input and output of a scan
 
-/// A text on the lexer's stack of inputs.
+/// A text on the lexer's stack of inputs. Its record is the lexer's; the text is too, if `ownsText` says so,
+/// and otherwise has to stay until the stream has ended.
 struct LexStream {
-    bool ownsText;  ///< the text is given back, with delete[], when the stream ends
-    STRID name;     ///< a file name for files
-    int line;       ///< of the next character
-    const char* text;
+    bool ownsText;         ///< the text is given back, with delete[], when the stream ends
+    STRID name;            ///< a file name for files
+    int line;              ///< of the next character
+    const char* text;      ///< the first character; terminated
     const char* position;  ///< the next character
 };
 
 /// A token as GetToken fills it in.
 struct LexToken {
-    int id = 0;    ///< the kind's; -1 at the end of all input, 0 when no kind matches
-    int line = 0;  ///< of the first character
-    STRID file = kNoName;
-    const char* name = "";       ///< the kind's, "" if it has none
+    int id = 0;                  ///< the kind's; -1 at the end of all input, 0 when no kind matches
+    int line = 0;                ///< of the first character
+    STRID file = kNoName;        ///< the name of the stream, kNoName if it has none
+    const char* name = "";       ///< the kind's, "" if it has none; interned
     int length = 0;              ///< in bytes
     const char* text = nullptr;  ///< the first character inside the stream's text: not a copy, not terminated
 };
@@ -156,7 +161,7 @@ struct LexToken {
 /// script engine's); it uses none of it itself.
 class BRENTA_API CCoreLexer : public CCoreSymbolTable {
  public:
-    /// No kinds and no input.
+    /// No kinds and no input; the symbol table's global scope is open.
     CCoreLexer();
     /// Copies the kinds, the tag values and the counters. The copy has no input: streams stay where they are.
     CCoreLexer(const CCoreLexer& other);
@@ -164,9 +169,10 @@ class BRENTA_API CCoreLexer : public CCoreSymbolTable {
     /// nothing.
     CCoreLexer& operator=(const CCoreLexer& other);
 
-    std::size_t SizeOf() const override;
+    std::size_t SizeOf() const override;            ///< in bytes
     const char* GetClassName() const override;      ///< "CCoreLexer"
     const char* GetBaseClassName() const override;  ///< "CCoreSymbolTable"
+    /// Drops all input, as FlushInput does, and the kinds with their patterns.
     ~CCoreLexer() override;
 
     // --- token kinds
@@ -422,6 +428,7 @@ class BRENTA_API CCoreScriptLexer : public CCoreLexer {
     std::size_t SizeOf() const override;
     const char* GetClassName() const override;      ///< "CCoreScriptLexer"
     const char* GetBaseClassName() const override;  ///< "CCoreLexer"
+    /// Deletes the tokens, and the message stream if the lexer owns it.
     ~CCoreScriptLexer() override;
 
     // --- sources
@@ -439,7 +446,9 @@ class BRENTA_API CCoreScriptLexer : public CCoreLexer {
 
     // --- tokens
 
-    /// The scanned tokens, from the first one on.
+    /// The scanned tokens, from the first one on; at the end at once when nothing was scanned. The tokens
+    /// stay the lexer's: they, and the iterator, are good until FlushTokens, the lexer's end, or a call that
+    /// parses or runs something on an engine.
     TIter<Token*> GetFirstToken();
     /// Deletes all tokens, and with them their texts.
     void FlushTokens();

@@ -99,6 +99,7 @@ class BRENTA_API CStringTable {
     /// Whether the terminated text is interned already.
     bool IsId(const char* text) const;
 
+    /// The table's own name as it was kept, not an interned one; good as long as the table.
     const char* GetName() const { return m_name; }
     /// Pages allocated so far, 0 to 1500.
     int GetPageCount() const;

@@ -179,9 +179,8 @@ class BRENTA_API CCoreScriptEngine : public CCoreScriptLexer {
     ///                             function." for another symbol, "function '%s' has %d parameters, but %d
     ///                             were supplied.", "Misplaced 'break' statement." (or 'continue')
     ///     another reference       the object's method that has the Var's name; false when the object
-    ///     refuses.
-    ///                             Null: "Symbol '%s' is set to a valid object." (which says the contrary of
-    ///                             what it means)
+    ///                             refuses. Null: "Symbol '%s' is set to a valid object."
+    ///                             (which says the contrary of what it means)
     ///     any other value         IntrinsicFunction
     ///
     /// The messages begin with "RunScript:". `result` is set whatever the outcome; it may be `callee`.

@@ -73,6 +73,7 @@ enum ExecStatus : int {
 /// What all statements have in common.
 class BRENTA_API Statement {
  public:
+    /// `type` tells which derived class this is, for the life of the object.
     explicit Statement(StatementType type);
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
@@ -151,6 +152,7 @@ class BRENTA_API ExpressionStatement : public Statement {
     /// expression. For tests and debugging.
     void Describe(CoreString& out) const;
 
+    /// Whether there is no expression: none was parsed, or its text was empty, or it had an error.
     bool IsEmpty() const { return m_pRoot == nullptr; }
     /// The root of the tree, null for an empty expression; good for the life of the statement.
     SubExpr* GetRoot() const { return m_pRoot; }
@@ -228,6 +230,7 @@ class BRENTA_API DeclarationStatement : public Statement {
 /// indented.
 class BRENTA_API CompoundStatement : public Statement {
  public:
+    /// An empty block.
     CompoundStatement();
     std::size_t SizeOf() const override;
     const char* GetClassName() const override;
@@ -268,7 +271,9 @@ class BRENTA_API ConditionalStatement : public Statement {
     ExecStatus Execute(CCoreScriptEngine& engine, Var& result) override;
     void Dump(DumpFormatter& out) override;
 
+    /// The parts stay the statement's, here and in the classes below.
     ExpressionStatement* GetCondition() const { return m_pCondition; }
+    /// The branch for a true condition.
     Statement* GetThen() const { return m_pThen; }
     /// Null without an `else`.
     Statement* GetElse() const { return m_pElse; }
@@ -318,6 +323,7 @@ class BRENTA_API IterationStatement : public Statement {
     ExpressionStatement* GetCondition() const { return m_pCondition; }
     /// The step of a `for`, the collection of a `foreach`, null for a `while`.
     ExpressionStatement* GetStep() const { return m_pStep; }
+    /// The body, null before SetBody.
     Statement* GetBody() const { return m_pBody; }
     /// The variable of a `foreach`, null for the others.
     ScriptSymbol* GetVariable() const { return m_pVariable; }
@@ -401,11 +407,13 @@ class BRENTA_API ExecStatement : public Statement {
     const char* GetBaseClassName() const override;
     ~ExecStatement() override;
 
-    /// The status of the text's statements, so that a `return` in it leaves the function around; EXEC_FAILED
+    /// Parses the text anew each time. The symbols that it declares go when it has run. The result is the
+    /// status of the text's statements, so that a `return` in it leaves the function around; EXEC_FAILED
     /// when the text cannot be parsed.
     ExecStatus Execute(CCoreScriptEngine& engine, Var& result) override;
     void Dump(DumpFormatter& out) override;
 
+    /// What gives the text; null when made without.
     ExpressionStatement* GetExpression() const { return m_pExpression; }
 
  private:
@@ -420,6 +428,7 @@ class BRENTA_API HaltStatement : public Statement {
     const char* GetClassName() const override;
     const char* GetBaseClassName() const override;
     ~HaltStatement() override;
+    /// EXEC_OK, always.
     ExecStatus Execute(CCoreScriptEngine& engine, Var& result) override;
     void Dump(DumpFormatter& out) override;
 

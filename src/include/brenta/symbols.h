@@ -19,8 +19,11 @@
 /// what was bound before shows again. ScriptSymbol::GetValue and SetValue work on the innermost binding.
 ///
 /// Ownership. A table never owns the symbols that are added to it: popping a scope, or destroying the table,
-/// deletes none. The engine owns those that its parser makes and deletes them when it is destroyed; a symbol
-/// that a host adds stays the host's and must stay alive while it is bound. A symbol may outlive its table;
+/// deletes none. The engine owns those that its parser makes. What a module declares lives as long as the
+/// engine. What the text of a command or of `execute` declares goes when that text has run, unless it is
+/// still bound then: a command's global variables stay, as long as the engine, and the variables of blocks go
+/// - do not keep pointers to these. A symbol that a host adds stays the host's and must stay alive while it
+/// is bound. A symbol may outlive its table;
 /// it then has its initial value again. Functions own their parameters and body, classes their members'
 /// declarations and their functions.
 ///
@@ -80,12 +83,15 @@ class BRENTA_API CCoreSymbol {
     virtual std::size_t SizeOf() const;
     virtual const char* GetClassName() const;
     virtual const char* GetBaseClassName() const;
+    /// Only for symbols that are bound in no scope: a table would go on pointing to it.
     virtual ~CCoreSymbol();
     /// Adds a readable description of the symbol to `out`. The base adds nothing.
     virtual void Dump(DumpFormatter& out) const;
 
-    /// The symbol's own name, which need not be the one it was added to a scope under.
+    /// The symbol's own name (kNoName if it has none), which need not be the one it was added to a scope
+    /// under.
     STRID GetName() const { return m_name; }
+    /// Which class the symbol is of; fixed for its life.
     SymbolKind GetKind() const { return m_kind; }
 
     BRENTA_HEAP_OPERATORS
@@ -120,6 +126,8 @@ class BRENTA_API CCoreSymbolTable {
     /// The same after dropping all scopes of this table.
     CCoreSymbolTable& operator=(const CCoreSymbolTable& other);
 
+    /// The size of the object in bytes, its class "CCoreSymbolTable" and its base "none"; the classes derived
+    /// from it answer for themselves.
     virtual std::size_t SizeOf() const;
     virtual const char* GetClassName() const;
     virtual const char* GetBaseClassName() const;
@@ -196,7 +204,7 @@ class BRENTA_API ScriptSymbol : public CCoreSymbol {
     /// class object or an array is put together when this is first called.
     const Var& GetInitialValue() const;
 
-    /// The class of an `as` declaration, null for untyped variables.
+    /// The class of an `as` declaration, null for untyped variables. It stays its owner's.
     ClassSymbol* GetClass() const { return m_pClass; }
 
     /// Of an array the number of elements, otherwise 0.
@@ -253,10 +261,12 @@ class BRENTA_API FuncSymbol : public ScriptSymbol {
     /// refused: false, and the error "Parameter '%s' already defined." at the token's place. `at` may be null
     /// (no place), `messages` too (no message).
     bool AddParam(const ScriptToken* at, CScriptMsgStream* messages, STRID name);
+    /// The number of parameters, 0 or more; constant time.
     int GetParamCount() const { return m_paramCount; }
     /// The parameters in the order added; they stay the function's.
     TIter<ScriptSymbol*> GetFirstParam() const;
 
+    /// The body, which stays the function's; null if it has none.
     CompoundStatement* GetBody() const { return m_pBody; }
     /// Takes ownership of `body` (which may be null) and deletes the former one.
     void SetBody(CompoundStatement* body);
@@ -306,6 +316,7 @@ class BRENTA_API ClassSymbol : public ScriptSymbol {
     /// Members and functions in the order added; they stay the class's.
     TIter<DeclarationStatement*> GetFirstMember() const;
     TIter<FuncSymbol*> GetFirstFunction() const;
+    /// The class that this one inherits from; null if there is none. It stays its owner's.
     ClassSymbol* GetBase() const { return m_pBase; }
 
     /// How many values an object of this class would hold, nested ones included; stops counting at 2^62.

@@ -73,6 +73,7 @@ struct BRENTA_API Var {
 
     /// Null.
     explicit Var(STRID name = kNoName);
+    /// A bool, an int, a float. The kind is the argument's, whatever its value: 2.0 stays a float.
     Var(bool value, STRID name);
     Var(int value, STRID name);
     Var(double value, STRID name);
@@ -84,7 +85,7 @@ struct BRENTA_API Var {
     /// CCoreScriptable: convert to it before it becomes a void*.
     Var(void* object, STRID name);
     Var(CCoreScriptable* object, STRID name);
-    /// A list with copies of the elements.
+    /// A list with deep copies of the elements, in their order and with their names.
     Var(const TOrderedList<Var>& items, STRID name);
 
     /// A deep copy, with the name.
@@ -111,7 +112,9 @@ struct BRENTA_API Var {
     // ------------------------------------------------------------------------------------------------------
     // Reading
 
+    /// What the value is now; assignments and operators change it.
     VarKind GetKind() const { return m_kind; }
+    /// The name, kNoName for an anonymous value. Naming a value changes neither its kind nor its payload.
     STRID GetName() const { return m_name; }
     void SetName(STRID name) { m_name = name; }
     /// Whether the kind is bool, int or float.
@@ -139,7 +142,8 @@ struct BRENTA_API Var {
     /// items' printed forms separated by ", ", and "}\n". Null: see the head of this file.
     void Print(CoreString& out) const;
 
-    /// The pointer of a reference; null for every other kind.
+    /// The pointer of a reference; null for every other kind. The Var has never owned the object: whether it
+    /// still exists is for the caller to know.
     void* GetRef() const;
 
     // ------------------------------------------------------------------------------------------------------
@@ -149,10 +153,11 @@ struct BRENTA_API Var {
     /// the list's, and may be changed in place.
     Var* GetMember(STRID name) const;
 
-    /// Iterates over a list's items, which may be changed in place; at the end at once for other kinds.
+    /// Iterates over a list's items, which may be changed in place; at the end at once for other kinds. Good
+    /// until this Var is assigned to, moved from or destroyed.
     TIter<Var> GetListIter() const;
 
-    /// The items; empty for other kinds.
+    /// The items; empty for other kinds. The reference is good as long as this Var, and follows its changes.
     const TOrderedList<Var>& GetList() const { return m_items; }
 
     /// Appends a deep copy of `element`, which may be this Var or a part of it. A null Var becomes a list;
@@ -173,8 +178,8 @@ struct BRENTA_API Var {
     //                                       of the text form           the start, the end     natural
     //     list     copy with right appended null                       null                   false
     //     null,    text form joined with a  null                       null                   false;
-    //     references ref      string, else null                                                          ==
-    //     != by object
+    //     references ref      string, else null                                                          by
+    //     object
     //
     // A string on the right of `+` makes any left operand but a list a text. `*` and `/` give null for a left
     // operand that is no number. `%` of an int is the integer remainder, with the sign of the left operand
@@ -199,6 +204,8 @@ struct BRENTA_API Var {
     bool operator||(const Var& right) const;
     bool operator!() const;
 
+    /// By the last columns of the table. A value on the left that cannot be compared gives false for `!=`
+    /// too.
     bool operator==(const Var& right) const;
     bool operator!=(const Var& right) const;
     bool operator<(const Var& right) const;

@@ -19,10 +19,9 @@ namespace {
 // - Unloading runs the functions of the library's own list, NoticeUnloading among them, and then the
 //   destructors of the library's static objects.
 // - The end of the process first runs what was registered to be called at exit, the latest first, and the
-// lists
-//   of the libraries are one such registration, made when the program starts. A ProcessEndNote that is built
-//   after that is therefore destroyed before. (For one built while the library is loaded together with the
-//   program it would be too late.)
+//   lists of the libraries are one such registration, made when the program starts. A ProcessEndNote that is
+//   built after that is therefore destroyed before. (For one built while the library is loaded together with
+//   the program it would be too late.)
 constinit std::atomic<bool> g_processEnds{false};
 constinit std::atomic<bool> g_unloading{false};
 

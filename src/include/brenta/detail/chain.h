@@ -3,6 +3,8 @@
 /// use; include brenta/containers.h.
 ///
 /// A node is any record with a member `m_pNext`; a chain is the pointer to its first node, null when empty.
+/// The functions allocate and free nothing, own nothing, and take no lock. `source` is what a forced crash
+/// names as its source, "Templ" or "Heap".
 #pragma once
 
 #include <concepts>
@@ -15,7 +17,7 @@
 
 namespace brenta::detail {
 
-/// Counts by walking.
+/// Counts by walking; 0 for null.
 template <class Node>
 int CountNodes(const Node* head) {
     int count = 0;
@@ -32,7 +34,8 @@ Node* LastNode(Node* node) {
     return node;
 }
 
-/// The node whose successor is `node`; null if there is none.
+/// The node whose successor is `node`, found by walking from `head` (which may be null); null if there is
+/// none.
 template <class Node>
 Node* FindBefore(Node* head, const Node* node) {
     while (head && head->m_pNext != node)
@@ -98,7 +101,8 @@ bool ValuesEqual(const T& a, const T& b) {
     }
 }
 
-/// The hash of a number, enumeration or pointer: its low 31 bits.
+/// The hash of a number, enumeration or pointer: its low 31 bits. Negative numbers count as their two's
+/// complement.
 template <class K>
 std::uint32_t HashKey(const K& key) {
     std::uintptr_t bits;
@@ -110,7 +114,8 @@ std::uint32_t HashKey(const K& key) {
     return static_cast<std::uint32_t>(bits & 0x7FFFFFFFu);
 }
 
-/// Walks the values of a chain in a range-for loop. T carries the constness.
+/// Walks the values of a chain in a range-for loop: a forward iterator that owns nothing. T carries the
+/// constness. The node on which it stands must not go before it has stepped on.
 template <class T, class Node>
 class TCursor {
  public:
@@ -120,7 +125,9 @@ class TCursor {
     using pointer = T*;
     using reference = T&;
 
+    /// Stands at `node`; null is the end of every chain.
     explicit TCursor(Node* node = nullptr) : m_pNode(node) {}
+    /// The value, and the steps: not at the end, which nothing checks.
     T& operator*() const { return m_pNode->m_value; }
     T* operator->() const { return &m_pNode->m_value; }
     TCursor& operator++() {
@@ -132,6 +139,7 @@ class TCursor {
         ++*this;
         return before;
     }
+    /// Whether both stand at the same node, or both at an end.
     bool operator==(const TCursor& other) const = default;
 
  private:

@@ -14,6 +14,9 @@
 ///     freed.Push(block);
 ///     void* again = freed.Top();
 ///     freed.Pop();
+///
+/// Containers own their nodes and are copied deeply; iterators own nothing. Threads: one container must not
+/// be used by two at once.
 #pragma once
 
 #include <cstddef>
@@ -34,11 +37,11 @@ namespace brenta {
 /// A node: two words when T is one.
 template <class T>
 struct THeapNode {
-    THeapNode* m_pNext;
+    THeapNode* m_pNext;  ///< null in the last node
     T m_value;
 };
 
-/// A position in a list of this family.
+/// A position in a list of this family; see TIter.
 template <class T>
 class THeapIter {
  public:
@@ -49,7 +52,7 @@ class THeapIter {
     THeapIter& operator=(const THeapIter&) = default;
     virtual ~THeapIter() = default;
 
-    /// The current value; null at the end.
+    /// The current value, valid as long as its node; null at the end.
     T* Get() const { return m_pPos ? &m_pPos->m_value : nullptr; }
 
     /// Steps on; false if that is the end. A step at the end changes nothing.
@@ -67,16 +70,19 @@ class THeapIter {
 // ---------------------------------------------------------------------------------------------------------
 // Lists
 
-/// Grows at its front.
+/// Grows at its front; see TSimpleList. Each value has a node from the general allocator.
 template <class T>
 class THeapSimpleList {
  public:
+    /// Empty; allocates nothing.
     THeapSimpleList() : m_pHead(nullptr) {}
+    /// Copies of the other's values in the same order.
     THeapSimpleList(const THeapSimpleList& other) : THeapSimpleList() {
         THeapNode<T>* tail = nullptr;
         for (const T& value : other)
             detail::AppendNode(m_pHead, tail, new THeapNode<T>{nullptr, value});
     }
+    /// Copies, then drops the own values.
     THeapSimpleList& operator=(const THeapSimpleList& other) {
         THeapSimpleList copy(other);
         std::swap(m_pHead, copy.m_pHead);
@@ -84,23 +90,31 @@ class THeapSimpleList {
     }
     virtual ~THeapSimpleList() { THeapSimpleList::RemoveAll(); }
 
+    /// Number of values, by walking.
     virtual int GetCount() const { return detail::CountNodes(m_pHead); }
+    /// Adds a copy of each value of the other list, in its order, with Add.
     virtual void AddList(const THeapSimpleList& list) {
         for (const T& value : list)
             Add(value);
     }
+    /// Adds a copy of `value` at the front.
     virtual void Add(const T& value) { m_pHead = new THeapNode<T>{m_pHead, value}; }
+    /// Destroys every value and gives the nodes back.
     virtual void RemoveAll() {
         THeapNode<T>* node = std::exchange(m_pHead, nullptr);
         while (node)
             delete std::exchange(node, node->m_pNext);
     }
+    /// As TSimpleList::Remove.
     virtual void Remove(THeapIter<T>& iter) {
         delete detail::UnlinkAt(m_pHead, static_cast<THeapNode<T>**>(nullptr), iter, "Heap");
     }
 
+    /// Whether there is no value. Constant time.
     bool IsEmpty() const { return !m_pHead; }
+    /// The first node, which stays the list's; null if the list is empty.
     THeapNode<T>* HeadNode() const { return m_pHead; }
+    /// For range-for loops; the values can be read only.
     auto begin() const { return detail::TCursor<const T, const THeapNode<T>>(m_pHead); }
     auto end() const { return detail::TCursor<const T, const THeapNode<T>>(); }
 
@@ -108,15 +122,18 @@ class THeapSimpleList {
     THeapNode<T>* m_pHead;
 };
 
-/// Grows at its tail.
+/// Grows at its tail; see TOrderedList. Each value has a node from the general allocator.
 template <class T>
 class THeapOrderedList {
  public:
+    /// Empty; allocates nothing.
     THeapOrderedList() : m_pHead(nullptr), m_pTail(nullptr) {}
+    /// Copies of the other's values in the same order.
     THeapOrderedList(const THeapOrderedList& other) : THeapOrderedList() {
         for (const T& value : other)
             THeapOrderedList::Add(value);
     }
+    /// Copies, then drops the own values.
     THeapOrderedList& operator=(const THeapOrderedList& other) {
         THeapOrderedList copy(other);
         std::swap(m_pHead, copy.m_pHead);
@@ -125,27 +142,36 @@ class THeapOrderedList {
     }
     virtual ~THeapOrderedList() { THeapOrderedList::RemoveAll(); }
 
+    /// Number of values, by walking.
     virtual int GetCount() const { return detail::CountNodes(m_pHead); }
+    /// Adds a copy of each value of the other list, in its order, with Add. Of the list itself: the values
+    /// present at the call.
     virtual void AddList(const THeapOrderedList& list) {
         // Counted, since the list may be this one.
         int count = list.GetCount();
         for (THeapIter<T> iter(list); count-- > 0; iter.Next())
             Add(*iter.Get());
     }
+    /// Adds a copy of `value` at the tail.
     virtual void Add(const T& value) {
         detail::RequireTail(m_pHead, m_pTail, "Heap");
         detail::AppendNode(m_pHead, m_pTail, new THeapNode<T>{nullptr, value});
     }
+    /// Destroys every value and gives the nodes back.
     virtual void RemoveAll() {
         THeapNode<T>* node = std::exchange(m_pHead, nullptr);
         m_pTail = nullptr;
         while (node)
             delete std::exchange(node, node->m_pNext);
     }
+    /// As TOrderedList::Remove; since nothing can be inserted, the tail is never lost.
     virtual void Remove(THeapIter<T>& iter) { delete detail::UnlinkAt(m_pHead, &m_pTail, iter, "Heap"); }
 
+    /// Whether there is no value. Constant time.
     bool IsEmpty() const { return !m_pHead; }
+    /// The first node, which stays the list's; null if the list is empty.
     THeapNode<T>* HeadNode() const { return m_pHead; }
+    /// For range-for loops; the values can be read only.
     auto begin() const { return detail::TCursor<const T, const THeapNode<T>>(m_pHead); }
     auto end() const { return detail::TCursor<const T, const THeapNode<T>>(); }
 
@@ -163,6 +189,7 @@ class THeapFastFreeSimpleList {
     static constexpr int kNodesPerBlock = 1000;
 
     THeapFastFreeSimpleList() : m_pHead(nullptr), m_pFree(nullptr), m_pBlocks(nullptr), m_fresh(0) {}
+    /// Copies of the other's values in the same order, in blocks of its own.
     THeapFastFreeSimpleList(const THeapFastFreeSimpleList& other) : THeapFastFreeSimpleList() {
         CopyFrom(other);
     }
@@ -174,16 +201,20 @@ class THeapFastFreeSimpleList {
     }
     virtual ~THeapFastFreeSimpleList() { THeapFastFreeSimpleList::RemoveAll(); }
 
+    /// Number of values, by walking.
     virtual int GetCount() const { return detail::CountNodes(m_pHead); }
+    /// Adds a copy of each value of the other list, in its order, with Add.
     virtual void AddList(const THeapFastFreeSimpleList& list) {
         for (const T& value : list)
             Add(value);
     }
+    /// Adds a copy of `value` at the front, in a node from NewNode.
     virtual void Add(const T& value) {
         THeapNode<T>* const node = NewNode(value);
         node->m_pNext = m_pHead;
         m_pHead = node;
     }
+    /// Destroys every value and gives all blocks of nodes back, the released nodes included.
     virtual void RemoveAll() {
         for (; m_pHead; m_pHead = m_pHead->m_pNext)
             std::destroy_at(&m_pHead->m_value);
@@ -195,14 +226,18 @@ class THeapFastFreeSimpleList {
             delete block;
         }
     }
+    /// As TSimpleList::Remove; the node goes to FreeNode.
     virtual void Remove(THeapIter<T>& iter) {
         THeapNode<T>* const node =
             detail::UnlinkAt(m_pHead, static_cast<THeapNode<T>**>(nullptr), iter, "Heap");
         if (node) FreeNode(node);
     }
 
+    /// Whether there is no value. Constant time.
     bool IsEmpty() const { return !m_pHead; }
+    /// The first node, which stays the list's; null if the list is empty.
     THeapNode<T>* HeadNode() const { return m_pHead; }
+    /// For range-for loops; the values can be read only.
     auto begin() const { return detail::TCursor<const T, const THeapNode<T>>(m_pHead); }
     auto end() const { return detail::TCursor<const T, const THeapNode<T>>(); }
 
@@ -265,6 +300,7 @@ class THeapStack : public THeapFastFreeSimpleList<T> {
     }
     ~THeapStack() override = default;
 
+    /// Puts a copy of `value` on top.
     void Push(const T& value) { this->Add(value); }
 
     /// As TStack::Pop.
@@ -295,9 +331,10 @@ class THeapMapIter;
 template <class K, class V>
 class THeapMap {
  public:
+    /// What a node holds.
     struct Entry {
-        K m_key;
-        V m_value;
+        K m_key;    ///< must not be changed
+        V m_value;  ///< may be changed in place
     };
     using Node = THeapNode<Entry>;
 
@@ -310,24 +347,30 @@ class THeapMap {
     THeapMap(const THeapMap&) = delete;
     THeapMap& operator=(const THeapMap&) = delete;
 
+    /// Destroys every key and value.
     virtual ~THeapMap() {
         THeapMap::RemoveAll();
         delete[] m_ppBuckets;
     }
 
+    /// Any number; equal keys must have equal hashes.
     virtual std::uint32_t Hash(const K& key) const = 0;
+    /// Whether two keys are the same key.
     virtual bool KeysEqual(const K& a, const K& b) const = 0;
+    /// Stores a copy of the key's value in `out` and returns true; false leaves `out` as it was.
     virtual bool Lookup(const K& key, V& out) const {
         const Node* node = Find(key);
         if (!node) return false;
         out = node->m_value.m_value;
         return true;
     }
+    /// Replaces the value of a present key, or adds the key. Returns the value as the map holds it.
     virtual const V& SetAt(const K& key, const V& value) {
         Node* node = Find(key);
         if (!node) return Add(key, value)->m_value.m_value;
         return node->m_value.m_value = value;
     }
+    /// As TMap::Add, and never null.
     virtual Node* Add(const K& key, const V& value) {
         if (Find(key)) ForcedCrash(0, "Heap", __LINE__, "Forced crash! \"key already exists in map.\"");
         Node*& bucket = BucketOf(key);
@@ -335,6 +378,7 @@ class THeapMap {
         ++m_count;
         return bucket;
     }
+    /// As TMap::Remove.
     virtual V Remove(const K& key) {
         for (Node** link = &BucketOf(key); *link; link = &(*link)->m_pNext) {
             if (!KeysEqual((*link)->m_value.m_key, key)) continue;
@@ -346,6 +390,7 @@ class THeapMap {
         ForcedCrash(0, "Heap", __LINE__, "Forced crash! \"Item not in map.\"");
         return V();
     }
+    /// Destroys every key and value; the buckets stay.
     virtual void RemoveAll() {
         for (int i = 0; i < m_bucketCount; ++i) {
             Node* node = std::exchange(m_ppBuckets[i], nullptr);
@@ -355,7 +400,9 @@ class THeapMap {
         m_count = 0;
     }
 
+    /// Number of entries, each of several with one key counted. Constant time.
     int GetCount() const { return m_count; }
+    /// Number of buckets, 1 to 1000000.
     int GetBucketCount() const { return m_bucketCount; }
 
  private:
@@ -396,7 +443,9 @@ class THeapIntMap : public THeapMap<K, V> {
 template <class K, class V>
 class THeapMapIter {
  public:
+    /// Stands at the map's first entry, or at the end if it is empty.
     explicit THeapMapIter(const THeapMap<K, V>& source) : THeapMapIter(&source) {}
+    /// The same; null: "Assertion failed! pSrc", and resumed, the iterator stands at the end.
     explicit THeapMapIter(const THeapMap<K, V>* pSrc) : m_pSource(pSrc), m_bucket(-1), m_pPos(nullptr) {
         if (pSrc) {
             SeekBucket();
@@ -408,13 +457,16 @@ class THeapMapIter {
     THeapMapIter& operator=(const THeapMapIter&) = default;
     virtual ~THeapMapIter() = default;
 
+    /// Whether there is no entry to read.
     bool AtEnd() const { return !m_pPos; }
+    /// Steps to the next entry; false if that is the end. A step at the end changes nothing.
     bool Next() {
         if (!m_pPos) return false;
         m_pPos = m_pPos->m_pNext;
         if (!m_pPos) SeekBucket();
         return m_pPos != nullptr;
     }
+    /// As TMapIter::Key and TMapIter::Value.
     const K& Key() { return CurrentEntry().m_key; }
     V& Value() { return CurrentEntry().m_value; }
 
