@@ -49,4 +49,11 @@ Scratch::~Scratch() {
     std::filesystem::remove_all(m_path);
 }
 
+std::string RandomText(std::mt19937& random, const std::string& alphabet, std::size_t longest) {
+    std::string text(random() % (longest + 1), ' ');
+    for (char& c : text)
+        c = alphabet[random() % alphabet.size()];
+    return text;
+}
+
 }  // namespace brenta::test

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -63,6 +64,9 @@ class Scratch {
  private:
     std::string m_path;
 };
+
+/// A text of at most `longest` characters, each any of the alphabet's.
+std::string RandomText(std::mt19937& random, const std::string& alphabet, std::size_t longest);
 
 /// Runs work(0) to work(count - 1), each on a thread of its own, and waits for all.
 template <class Count, class Work>

@@ -45,6 +45,13 @@ struct Counted {
     static inline int living = 0;
 };
 
+TEST(Containers, KeepTheSizesAndNamesThatCallersKnow) {
+    const TOrderedList<int> list;
+    EXPECT_EQ(list.SizeOf(), 3 * sizeof(void*));
+    EXPECT_EQ(TIter<int>(list).SizeOf(), 3 * sizeof(void*));
+    EXPECT_STREQ(list.GetBaseClassName(), "TFastFreeSimpleList<T>");
+}
+
 enum Operation { kNothing, kAddItself, kAddCopy, kAssignItself, kInsert9, kDelete1, kRemove, kClear };
 
 /// Does one thing to a list of either kind, with an iterator that has taken so many steps.

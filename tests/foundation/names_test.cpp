@@ -1,7 +1,6 @@
 #include "brenta/names.h"
 
 #include <map>
-#include <random>
 #include <thread>
 #include <unordered_map>
 
@@ -41,9 +40,7 @@ TEST(Names, TableAgreesWithAMapWhileItGrows) {
     std::unordered_map<std::string, STRID> known;
     std::mt19937 random(1);
     for (int step = 0; step < 60000; ++step) {
-        std::string text(1 + random() % 20, 'a');
-        for (char& c : text)
-            c = "ab01\xE9"[random() % 5];
+        const std::string text = test::RandomText(random, "ab01\xE9", 19) + "ab01\xE9"[random() % 5];
         ASSERT_EQ(table.IsId(text.c_str()), known.contains(text)) << text;
         const STRID name = table.StrId(text.c_str());
         ASSERT_EQ(known.emplace(text, name).first->second, name) << text;

@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <random>
-
 #include "brenta/string.h"
 #include "test_support.h"
 
@@ -101,11 +98,7 @@ TEST(CoreStringSplit, CutsAtCharacters) {
 // Random texts over few letters against the plainest code that can do it.
 TEST(CoreStringSearch, AgreesWithNaiveSearch) {
     std::mt19937 random(11);
-    const auto make = [&](unsigned int longest) {
-        std::string text(random() % (longest + 1), 'a');
-        std::generate(text.begin(), text.end(), [&] { return "abB"[random() % 3]; });
-        return text;
-    };
+    const auto make = [&](std::size_t longest) { return RandomText(random, "abB", longest); };
     for (int round = 0; round < 10000; ++round) {
         const std::string text = make(40), from = make(3), to = make(5);
         const std::size_t start = random() % (text.size() + 1);

@@ -1,7 +1,3 @@
-#include <algorithm>
-#include <cstring>
-#include <random>
-
 #include "brenta/framework.h"
 #include "brenta/names.h"
 #include "test_support.h"
@@ -53,15 +49,9 @@ bool MatchesAnywhere(const char* pattern, const char* text) {
 
 TEST(TextHelpers, SearchAgreesWithTheDefinition) {
     std::mt19937 random(7);
-    const auto any = [&](const char* alphabet, std::size_t longest) {
-        std::string text(random() % (longest + 1), ' ');
-        for (char& c : text)
-            c = alphabet[random() % std::strlen(alphabet)];
-        return text;
-    };
     for (int round = 0; round < 20000; ++round) {
-        const std::string pattern = any("aB?*\xE9", 6);
-        const std::string text = any("Ab?\xE9\xC9", 9);
+        const std::string pattern = RandomText(random, "aB?*\xE9", 6);
+        const std::string text = RandomText(random, "Ab?\xE9\xC9", 9);
         ASSERT_EQ(SearchStringForMatch(pattern.c_str(), text.c_str()),
                   MatchesAnywhere(pattern.c_str(), text.c_str()))
             << pattern << " in " << text;
