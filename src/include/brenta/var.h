@@ -177,9 +177,8 @@ struct BRENTA_API Var {
     //     string   joined with text form    without every occurrence   n characters cut at    by text; order
     //                                       of the text form           the start, the end     natural
     //     list     copy with right appended null                       null                   false
-    //     null,    text form joined with a  null                       null                   false;
-    //     references ref      string, else null                                                          by
-    //     object
+    //     null,    text form joined with a  null                       null                   false, but
+    //     ref.     string, else null                                                          ref. by object
     //
     // A string on the right of `+` makes any left operand but a list a text. `*` and `/` give null for a left
     // operand that is no number. `%` of an int is the integer remainder, with the sign of the left operand
