@@ -21,12 +21,9 @@ std::string Quoted(const std::string& word) {
 /// A folder of this test program's own, removed at its end.
 const fs::path& ScratchFolder() {
     struct Scratch {
-        fs::path path;
-        Scratch() {
-            std::random_device random;
-            path = fs::temp_directory_path() / ("brenta_host_tests_" + std::to_string(random()));
-            fs::create_directories(path);
-        }
+        const fs::path path =
+            fs::temp_directory_path() / ("brenta_host_tests_" + std::to_string(std::random_device()()));
+        Scratch() { fs::create_directories(path); }
         ~Scratch() {
             std::error_code ignored;
             fs::remove_all(path, ignored);

@@ -3,10 +3,8 @@
 //
 //     print(x);        // expect: 5            the next line of standard output
 //     y = 1;           // error: text          the next message, "<file>(<this line>): text"
-//     // message: text                         the next message, exactly this text; {folder} is the script's
-//     folder
-//     // warning: text                         the next line of standard error is "<file>(<this line>):
-//     warning: text"
+//     // message: text                         the next message, exactly this text; {folder}: the script's
+//     // warning: text                         as for an error, "<file>(<this line>): warning: text"
 //     // command: check                        the host's command and options (default: run)
 //     // arguments: Main a b                   words behind the file name
 //
@@ -17,6 +15,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "host_process.h"
@@ -36,10 +35,7 @@ struct Expectations {
 
 std::vector<std::string> SplitWords(const std::string& text) {
     std::istringstream stream(text);
-    std::vector<std::string> words;
-    for (std::string word; stream >> word;)
-        words.push_back(word);
-    return words;
+    return {std::istream_iterator<std::string>(stream), {}};
 }
 
 void ReadLine(const std::string& file, std::size_t number, const std::string& line, Expectations& expected) {
@@ -68,16 +64,11 @@ void ReadLine(const std::string& file, std::size_t number, const std::string& li
     if (const std::string text = after("arguments"); text != "\n") expected.arguments = SplitWords(text);
 }
 
-Expectations ReadExpectations(const std::string& file) {
+void CheckScript(const std::string& file) {
     Expectations expected;
     const std::vector<std::string> lines = SplitLines(ReadText(file));
     for (std::size_t i = 0; i < lines.size(); ++i)
         ReadLine(file, i + 1, lines[i], expected);
-    return expected;
-}
-
-void CheckScript(const std::string& file) {
-    const Expectations expected = ReadExpectations(file);
     std::vector<std::string> words = expected.command;
     words.push_back(file);
     words.insert(words.end(), expected.arguments.begin(), expected.arguments.end());

@@ -16,7 +16,6 @@ constexpr char kModule[] =
 
 TEST(Assign, Targets) {
     static constexpr ScriptRow kRows[] = {
-        {"a = 5", "=5"},
         {"(a) = 5; l[1] = 9; p.x = 9; p.l[1] = 9; p[\"x\"] += 1; Env.Version = 5; ({a, l, p, Env.Version})",
          "={5, {1, 9, 3}, {x = 10, l = {1, 9}}, 5}"},
         {"l[0] = l; p.l = {3}; ({l, p})", "={{{1, 2, 3}, 2, 3}, {x = 1, l = {3}}}"},
@@ -29,13 +28,11 @@ TEST(Assign, Targets) {
         {"a = say; a(\"called\")", ">called =\"called\""},
         {"= 5", "!Missing l-value. failed"},
         {"a =", "!Missing r-value. failed"},
-        {"y = 5", "!Symbol 'y' not defined. failed"},
         {"y = z", "!Symbol 'z' not defined. failed"},
         {"5 = a", "!Expression does not evaluate to an object. failed"},
         {"a + 1 = 6", "!Expression does not evaluate to an object. failed"},
         {"say = 6", "!Expression does not evaluate to an object. failed"},
         {"swap().x = 6", "!Expression does not evaluate to an object. failed"},
-        {"a.x = 6", "!Expression does not evaluate to an object. failed"},
         {"p.z = 6", "!Expression does not evaluate to an object. failed"},
         {"Env.Nothing.x = 1", "!Expression does not evaluate to an object. failed"},
         {"p.(1 + 1) = 6", "!Missing right member. failed"},
@@ -43,7 +40,6 @@ TEST(Assign, Targets) {
         {"l[] = 6", "!Missing subscript 'l' failed"},
         {"s[0] = 6", "!Subscript on non-array 's' failed"},
         {"l = 5", "!Assigning a scalar to a structure or list. failed"},
-        {"n[0] = null", "!Assigning a scalar to a structure or list. failed"},
         {"p.l = {}", "!Assigning a scalar to a structure or list. failed"},
         {"l += 4", "!Assigning a scalar to a structure or list. failed"},
         {"a = 5; a %= 0", "!Division by zero. failed"},
@@ -66,7 +62,6 @@ TEST(Assign, Chains) {
     static constexpr ScriptRow kRows[] = {
         {"var c = 1; a = b = c = 2; ({a, b, c})", "={2, 2, 2}"},
         {"b = a = l[0] = 5; ({a, b, l})", "={5, 5, {5, 2, 3}}"},
-        {"a = p.x = 4; ({a, p.x})", "={4, 4}"},
         {"a = 1; b = 2; a += b = 5; ({a, b})", "={8, 5}"},
         {"a = (b = 3) + 1; ({a, b, (a = 2) + a})", "={4, 3, 4}"},
         // The first pass assigns for real, and its type errors are real.

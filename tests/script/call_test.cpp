@@ -29,7 +29,6 @@ TEST(Call, Functions) {
         {"var f = fib; var s = {five}; ({f(10), fib, s[0]})", "={55, function fib, function five}"},
         {"left(1) || right(2)", ">1 >2 =true"},
         {"five(1)", "!RunScript:function 'five' has 0 parameters, but 1 were supplied. !Function call failed. failed"},
-        {"fib()", "!RunScript:function 'fib' has 1 parameters, but 0 were supplied. !Function call failed. failed"},
         {"fib(1,)", "!Missing right argument. failed"},
         {"fib(nobody)", "!Symbol 'nobody' not defined. failed"},
         {"bad()", "!m(1): Symbol 'nobody' not defined. !Function call failed. failed"},
@@ -39,7 +38,6 @@ TEST(Call, Functions) {
         {"nobody()", "!Symbol 'nobody' not defined. failed"},
         {"x(1)", "!IntrinsicFunction:Unrecognized intrinsic function. !Function call 'x' failed. failed"},
         {"1 five()", "!IntrinsicFunction:Unrecognized intrinsic function. !Function call failed. failed"},
-        {"five.x()", "!IntrinsicFunction:Unrecognized intrinsic function. !Function call 'x' failed. failed"},
     };
     CheckRows(kRows, kModule);
 }
@@ -108,15 +106,9 @@ TEST(Call, Round) {
 
 // clang-format on
 
-int createdObjects = 0;
-
-CCoreScriptable* CreateProbe() {
-    ++createdObjects;
-    return new Probe;
-}
-
 TEST(Call, Classes) {
-    RegisterScriptableClass("TestProbe", &CreateProbe);
+    static int created = 0;
+    RegisterScriptableClass("TestProbe", []() -> CCoreScriptable* { return ++created, new Probe; });
     static constexpr char kModule[] =
         "class A { var a = 1; var b = a + 1; }"
         "class B inherits A { var c = b * 10; var n as A; var l[2]; }"
@@ -134,9 +126,9 @@ TEST(Call, Classes) {
     };
     CheckRows(kRows, kModule);
     ScriptRun run;
-    createdObjects = 0;
+    created = 0;
     run.Execute("for (var i = 0; i < 5; i += 1) { var p as TestProbe; }");
-    EXPECT_EQ(createdObjects, 6);  // one for the declaration, one for each execution
+    EXPECT_EQ(created, 6);  // one for the declaration, one for each execution
 }
 
 TEST(Call, Depth) {
@@ -149,7 +141,6 @@ TEST(Call, Depth) {
             "function again(t) { execute(t); } function back() { o.Run(\"back()\"); }");
         EXPECT_EQ(run.Execute("down(5000)"), "=5000");
         EXPECT_EQ(run.Execute("forever(0)"), "!m(1): Call stack overflow. failed");
-        EXPECT_EQ(run.Execute("1 + 1"), "=2");
         EXPECT_EQ(run.Execute("var t = \"again(t);\"; again(t)"), "!m(1): Call stack overflow. failed");
         EXPECT_EQ(run.Execute("back()"), "!RunScript:Call stack overflow. failed");
         EXPECT_EQ(run.Execute("down(5000)"), "=5000");

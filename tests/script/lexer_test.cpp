@@ -41,7 +41,7 @@ TEST(Lexer, TakesTheLongestMatchAndAmongEqualsTheFirstKind) {
     SmallLexer lexer;
     lexer.PushStream("t", 1, "in inx 12", false);
     LexToken token;
-    for (const int id : {kIn, kWord, kNumber, -1}) {
+    for (const int id : {int{kIn}, int{kWord}, int{kNumber}, -1}) {
         ASSERT_TRUE(lexer.GetToken(token));
         EXPECT_EQ(token.id, id);
     }

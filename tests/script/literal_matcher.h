@@ -57,6 +57,10 @@ class LiteralMatcher {
  private:
     static bool Has(const REAtom* atom, unsigned int flags) { return (atom->flags & flags) != 0; }
 
+    static bool IsInSet(const REAtom* atom, unsigned char byte) {
+        return reinterpret_cast<const RECharClass*>(atom->data)->entries[byte] != 0;
+    }
+
     static bool StartsWith(const REAtom* atom, unsigned char byte) {
         if (byte == 0 || byte >= 128) return false;
         for (; atom != nullptr; atom = atom->next) {
@@ -64,7 +68,7 @@ class LiteralMatcher {
             if (atom->child != nullptr) {
                 if (StartsWith(atom->child, byte)) return true;
             } else if (Has(atom, REAtom::kCharClass)) {
-                if (reinterpret_cast<const RECharClass*>(atom->data)->entries[byte] != 0) return true;
+                if (IsInSet(atom, byte)) return true;
             } else if (atom->data != 0) {
                 if (static_cast<unsigned char>(*StrPtr(static_cast<STRID>(atom->data))) == byte) return true;
             }
@@ -113,13 +117,7 @@ class LiteralMatcher {
             p = m_stop;
             return true;
         }
-        if (Has(atom, REAtom::kCharClass)) {
-            if (reinterpret_cast<const RECharClass*>(atom->data)->entries[static_cast<unsigned char>(*p)] ==
-                0)
-                return false;
-            ++p;
-            return true;
-        }
+        if (Has(atom, REAtom::kCharClass)) return IsInSet(atom, static_cast<unsigned char>(*p)) && ++p;
         const char* text = StrPtr(static_cast<STRID>(atom->data));
         if (std::strncmp(p, text, std::strlen(text)) != 0) return false;
         p += std::strlen(text);

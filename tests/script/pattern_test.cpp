@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "brenta/lexer.h"
 #include "script/literal_matcher.h"
@@ -53,24 +54,19 @@ const MatchRow kMatchRows[] = {
     {"x(a*)*", "xaab", 3}, {"x(()*)+y", "xy", 2}, {"x(a?)+b", "xaab", 4}, {"x(a?)b", "xb", 2}, {"x*+", "x", 1}, {"(x)<1>*", "x", 1},
 };
 
-struct ErrorRow {
-    const char* pattern;
+const struct {
     const char* message;
-};
-
-const ErrorRow kErrorRows[] = {
-    {"<5>", "Tag specifier out of range. Use 1 to 8."}, {"<0>", "Tag specifier out of range. Use 1 to 8."},
-    {"</x>", "Tag specifier out of range. Use 1 to 8."}, {"<", "Tag specifier out of range. Use 1 to 8."},
-    {"</ 1>", "Tag specifier out of range. Use 1 to 8."}, {"a</", "Tag specifier out of range. Use 1 to 8."},
-    {"<1", "Missing closing '>' in tag."}, {"<1 >", "Missing closing '>' in tag."}, {"<12>", "Missing closing '>' in tag."},
-    {"(a", "Missing closing ')'."}, {"(", "Missing closing ')'."}, {"((a)", "Missing closing ')'."},
-    {"[a--b]", "Already in a range specification."}, {"[-a]", "Missing start character in range."},
-    {"[!-a]", "Missing start character in range."}, {"[a-\\c-e]", "Missing start character in range."},
-    {"[a-]", "Missing closing ']'."}, {"[", "Missing closing ']'."}, {"[abc", "Missing closing ']'."},
-    {"[a-", "Missing closing ']'."}, {"[a\\", "Missing closing ']'."}, {"[!", "Missing closing ']'."},
-    {"a)", "Unexpected ')'."}, {")", "Unexpected ')'."}, {"(a))b", "Unexpected ')'."},
-    {">", "Unexpected '>'."}, {"a>b", "Unexpected '>'."}, {"(a>)", "Unexpected '>'."},
-    {"a\\", "Missing character after '\\'."},
+    std::vector<const char*> patterns;
+} kErrorRows[] = {
+    {"Tag specifier out of range. Use 1 to 8.", {"<5>", "<0>", "</x>", "<", "</ 1>", "a</"}},
+    {"Missing closing '>' in tag.", {"<1", "<1 >", "<12>"}},
+    {"Missing closing ')'.", {"(a", "(", "((a)"}},
+    {"Already in a range specification.", {"[a--b]"}},
+    {"Missing start character in range.", {"[-a]", "[!-a]", "[a-\\c-e]"}},
+    {"Missing closing ']'.", {"[a-]", "[", "[abc", "[a-", "[a\\", "[!"}},
+    {"Unexpected ')'.", {"a)", ")", "(a))b"}},
+    {"Unexpected '>'.", {">", "a>b", "(a>)"}},
+    {"Missing character after '\\'.", {"a\\"}},
 };
 // clang-format on
 
@@ -89,10 +85,12 @@ TEST(Pattern, MatchesByTheRules) {
 }
 
 TEST(Pattern, SaysWhatIsWrongWithOne) {
-    for (const ErrorRow& row : kErrorRows) {
-        CCoreLexer lexer;
-        EXPECT_FALSE(lexer.DefineToken("kind", 7, row.pattern, false)) << row.pattern;
-        EXPECT_STREQ(lexer.GetPatternError(), row.message) << row.pattern;
+    for (const auto& [message, patterns] : kErrorRows) {
+        for (const char* pattern : patterns) {
+            CCoreLexer lexer;
+            EXPECT_FALSE(lexer.DefineToken("kind", 7, pattern, false)) << pattern;
+            EXPECT_STREQ(lexer.GetPatternError(), message) << pattern;
+        }
     }
     const std::string deepest = std::string(100, '(') + "a" + std::string(100, ')');
     CCoreLexer lexer;
@@ -127,24 +125,11 @@ class PatternMaker {
 
  private:
     std::string Atom(int depth) {
-        switch (Pick(depth > 0 ? 10 : 5)) {
-            case 0:
-                return "a";
-            case 1:
-                return "b";
-            case 2:
-                return "ab";
-            case 3:
-                return "[!a]";
-            case 4:
-                return "[a-b]";
-            case 5:
-                return "<1>" + Chain(depth - 1) + "</1>";
-            case 6:
-                return "(" + Chain(depth - 1) + "|)";
-            default:
-                return "(" + Chain(depth - 1) + ")";
-        }
+        static constexpr const char* kPlain[] = {"a", "b", "ab", "[!a]", "[a-b]"};
+        const unsigned int choice = Pick(depth > 0 ? 10 : 5);
+        if (choice < 5) return kPlain[choice];
+        if (choice == 5) return "<1>" + Chain(depth - 1) + "</1>";
+        return "(" + Chain(depth - 1) + (choice == 6 ? "|)" : ")");
     }
 
     std::mt19937 m_random;
