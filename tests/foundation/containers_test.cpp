@@ -185,33 +185,35 @@ TEST(Containers, SpliceMovesWithoutCopying) {
     from.Insert(fromEnd, 9);
     into.Splice(std::move(from));
     EXPECT_EQ(ValuesOf(into), (Ints{1, 2, 3, 9, 8}));
+    EXPECT_TRUE(IsValidHeapPtr(into.GetHead()));
+}
+
+template <class List>
+void ExpectDeepCopies(int first) {
+    List list, assigned;
+    for (int i = 0; i < 3; ++i)
+        list.Add(Counted(i));
+    List copy(list), taken(std::move(list));
+    assigned = taken;
+    taken.RemoveAll();
+    list = List();
+    EXPECT_EQ(Counted::living, 6);
+    EXPECT_TRUE(copy.begin()->value == first && assigned.begin()->value == first);
 }
 
 TEST(Containers, CopiesAreDeepAndValuesAreDestroyedOnce) {
+    ExpectDeepCopies<TSimpleList<Counted>>(2);
+    ExpectDeepCopies<TOrderedList<Counted>>(0);
+    ExpectDeepCopies<THeapSimpleList<Counted>>(2);
+    ExpectDeepCopies<THeapOrderedList<Counted>>(0);
+    ExpectDeepCopies<THeapFastFreeSimpleList<Counted>>(2);
     {
-        TSimpleList<Counted> simple;
-        TOrderedList<Counted> ordered;
-        THeapFastFreeSimpleList<Counted> pooled;
-        for (int i = 0; i < 3; ++i) {
-            simple.Add(Counted(i));
-            ordered.Add(Counted(i));
-            pooled.Add(Counted(i));
-        }
-        TSimpleList<Counted> simpleCopy(simple);
-        TOrderedList<Counted> orderedCopy, moved(std::move(ordered));
-        THeapFastFreeSimpleList<Counted> pooledCopy(pooled);
-        orderedCopy = moved;
-        simple.RemoveAll();
-        moved = TOrderedList<Counted>();
-        pooled.RemoveAll();
-        EXPECT_EQ(Counted::living, 9);
-        EXPECT_TRUE(simpleCopy.begin()->value == 2 && pooledCopy.begin()->value == 2);
-        EXPECT_TRUE(orderedCopy.begin()->value == 0 && IsValidHeapPtr(orderedCopy.GetHead()));
         TIntMap<int, Counted> map(3);
         map.Add(1, Counted(1));
         map.SetAt(1, Counted(2));
         EXPECT_EQ(map.Remove(1).value, 2);
-        EXPECT_EQ(Counted::living, 9);
+        EXPECT_EQ(Counted::living, 0);
+        map.Add(3, Counted());
     }
     EXPECT_EQ(Counted::living, 0);
 }

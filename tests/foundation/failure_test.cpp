@@ -72,11 +72,10 @@ TEST(CoreException, CopiesKeepTheCodeAlone) {
     CoreException original(x, 3), assigned(y, 1);
     CoreException copy(original);
     assigned = original;
-    char buffer[64];
-    copy.GetErrorMessage(buffer, sizeof buffer);
-    EXPECT_STREQ(buffer, ": Internal error - unexpected NULL pointer");
-    assigned.GetErrorMessage(buffer, sizeof buffer);
-    EXPECT_STREQ(buffer, "Y: Internal error - unexpected NULL pointer");
+    char texts[2][64];
+    EXPECT_TRUE(copy.GetErrorMessage(texts[0], 64) && assigned.GetErrorMessage(texts[1], 64));
+    EXPECT_STREQ(texts[0], ": Internal error - unexpected NULL pointer");
+    EXPECT_STREQ(texts[1], "Y: Internal error - unexpected NULL pointer");
 }
 
 TEST(CoreException, ReportsThroughTheMessageBox) {

@@ -163,9 +163,8 @@ TEST(Heap, AgreesWithTheModel) {
             std::memset(p, size, static_cast<std::size_t>(size));
             ASSERT_NO_FATAL_FAILURE(model.Allocated(size, p)) << i;
         } else {
-            const auto victim =
-                std::next(model.live.begin(),
-                          static_cast<int>(random() % std::min<std::size_t>(model.live.size(), 50)));
+            const int among = std::min(static_cast<int>(model.live.size()), 50);
+            const auto victim = std::next(model.live.begin(), static_cast<int>(random()) % among);
             ASSERT_EQ(victim->first[victim->second - 1], static_cast<char>(victim->second));
             heap.Free(victim->first);
             model.freed[victim->second].push_back(victim->first);
