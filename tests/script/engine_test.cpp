@@ -7,6 +7,7 @@
 
 #include "brenta/names.h"
 #include "script/engine_state.h"
+#include "script/operator_rows.h"
 #include "script/run_script.h"
 #include "test_support.h"
 
@@ -14,10 +15,7 @@ namespace brenta::test {
 namespace {
 
 TOrderedList<Var> Arguments(std::initializer_list<Var> values) {
-    TOrderedList<Var> arguments;
-    for (const Var& value : values)
-        arguments.Add(value);
-    return arguments;
+    return rows::List(values).GetList();
 }
 
 TEST(Engine, Environment) {

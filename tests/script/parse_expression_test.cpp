@@ -94,17 +94,6 @@ TEST(ParseExpression, TreesAndErrors) {
         EXPECT_EQ(Tree(fixture, row.text), row.expected) << row.text;
 }
 
-TEST(ParseExpression, StopsOnItsTerminator) {
-    ParserFixture fixture;
-    for (const TokId terminator : {TOK_SEMI, TOK_RPAREN, TOK_RBRACKET, TOK_RCURLY}) {
-        const std::string text =
-            std::string("a + 1 ") + CCoreScriptLexer::GetTokenErrorText(terminator) + " b";
-        TIter<ScriptToken*> iter = fixture.Scan(text);
-        delete fixture.engine.ParseExpression(iter);
-        EXPECT_EQ((*iter.Get())->id, terminator);
-    }
-}
-
 TEST(ParseExpression, NodesKnowTheirPlaceAndTheirName) {
     ParserFixture fixture;
     TIter<ScriptToken*> iter = fixture.Scan("a\n+ 1");

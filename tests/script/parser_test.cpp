@@ -214,15 +214,6 @@ TEST(Parser, NothingIsLeftBehind) {
     EXPECT_EQ(runTexts(), usedByTexts);
 }
 
-TEST(Parser, WhatStoodBeforeAnErrorStays) {
-    ParserFixture fixture;
-    EXPECT_NE(fixture.ParseModule("function f() {} var x = 1; function g() { return } print"), "");
-    EXPECT_NE(fixture.engine.GetSymbol(StrId("f"), true), nullptr);
-    EXPECT_NE(fixture.engine.GetSymbol(StrId("x"), true), nullptr);
-    EXPECT_EQ(fixture.engine.GetSymbol(StrId("h"), true), nullptr);
-    EXPECT_EQ(fixture.ParseModule("function h() {}"), "");
-}
-
 TEST(Parser, ACheckRunsNothing) {
     ParserFixture fixture;
     fixture.engine.State().checkOnly = true;
