@@ -3,9 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "brenta/dump.h"
-#include "brenta/framework.h"
-#include "brenta/host.h"
 #include "script/script_test_support.h"
+#include "test_support.h"
 
 namespace brenta::test {
 namespace {
@@ -49,19 +48,11 @@ TEST(MessageStream, MayPrintWhileItPrints) {
 }
 
 TEST(MessageStream, MessageBoxesShowEveryText) {
-    std::string shown;
-    HostServices services;
-    services.context = &shown;
-    services.showMessage = [](void* context, const char* text, unsigned int type) {
-        *static_cast<std::string*>(context) += text + std::string(type == MB_OK ? ";" : "?");
-        return IDOK;
-    };
-    SetHostServices(services);
+    const RecordingHost host;
     CScriptMsgBoxStream stream;
     stream.Print("%s", "100%s");
     stream.Error("f(1): ", "bad");
-    SetHostServices(HostServices{});
-    EXPECT_EQ(shown, "100%s;f(1): bad;");
+    EXPECT_EQ(host.shown, (Texts{"100%s|0", "f(1): bad|0"}));
 }
 
 TEST(DumpFormatter, BuildsIndentedText) {

@@ -5,8 +5,6 @@
 #include <deque>
 #include <vector>
 
-#include "test_support.h"
-
 namespace brenta::test {
 namespace {
 
@@ -138,16 +136,6 @@ TEST_F(NameCellScopes, HoldAnyNumberOfNamesAtFixedPlaces) {
     EXPECT_EQ(cells.FindCell(kNoName), nullptr);
     const NameCell& nameless = cells.CellOf(kNoName);
     EXPECT_EQ(cells.FindCell(kNoName), &nameless);
-}
-
-TEST_F(NameCellScopes, PoppingWithoutAScopeIsAForcedCrash) {
-    CrashRecorder recorder;
-    cells.PopScope();
-    EXPECT_TRUE(recorder.Messages().empty());
-    cells.PopScope();
-    EXPECT_EQ(recorder.Messages(), std::vector<std::string>{"Assertion failed! m_pHead"});
-    EXPECT_STREQ(recorder.Last().File(), "Templ");
-    EXPECT_EQ(cells.Depth(), 0);
 }
 
 }  // namespace
