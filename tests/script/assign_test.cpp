@@ -28,6 +28,7 @@ TEST(Assign, Targets) {
         {"a = say; a(\"called\")", ">called =\"called\""},
         {"= 5", "!Missing l-value. failed"},
         {"a =", "!Missing r-value. failed"},
+        {"y = 5", "!Symbol 'y' not defined. failed"},
         {"y = z", "!Symbol 'z' not defined. failed"},
         {"5 = a", "!Expression does not evaluate to an object. failed"},
         {"a + 1 = 6", "!Expression does not evaluate to an object. failed"},
