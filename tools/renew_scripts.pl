@@ -1,7 +1,7 @@
 #!/usr/bin/env perl
 # Renews the expectations in the comments of test scripts from what the console host prints now:
 #
-#   renew_scripts.pl HOST SCRIPT...
+#   renew_scripts.pl HOST SCRIPT...      (both as absolute paths)
 #
 # Output line n takes the place of the n-th "// expect:", message n that of the n-th "// error:", "// warning:" or
 # "// message:"; where that says {folder} for the script's own, it still does. A script that prints more or fewer lines
@@ -23,7 +23,7 @@ sub read_lines {
 # The lines that the host prints, and its messages. Words of a script's own command line hold no quotes.
 sub run_host {
     my ($script, $command, $arguments) = @_;
-    system("'$host' $command '$script' $arguments >$SCRATCH.out 2>$SCRATCH.err </dev/null");
+    system("cd $SCRATCH && '$host' $command '$script' $arguments >../renew.out 2>../renew.err </dev/null");
     my @output = read_lines("$SCRATCH.out");
     pop @output if $command =~ /^check/;    # the summary
     return (\@output, [read_lines("$SCRATCH.err")]);

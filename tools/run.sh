@@ -60,8 +60,9 @@ command_goldens() {
 
 # Files whose names begin with an underscore are parts that other scripts include.
 renew_scripts() {
-    find tests/scripts -name '*.scr' ! -name '_*' | LC_ALL=C sort |
-        xargs perl tools/renew_scripts.pl build/release/host/brenta
+    mkdir -p "$LOG_DIR/renew" # where they run, and may leave files
+    find "$PWD/tests/scripts" -name '*.scr' ! -name '_*' | LC_ALL=C sort |
+        xargs perl tools/renew_scripts.pl "$PWD/build/release/host/brenta"
 }
 
 renew_examples() {

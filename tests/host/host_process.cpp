@@ -18,7 +18,8 @@ std::string Quoted(const std::string& word) {
     return quoted + "'";
 }
 
-/// A folder of this test program's own, removed at its end.
+}  // namespace
+
 const fs::path& ScratchFolder() {
     struct Scratch {
         const fs::path path =
@@ -32,8 +33,6 @@ const fs::path& ScratchFolder() {
     static const Scratch scratch;
     return scratch.path;
 }
-
-}  // namespace
 
 std::vector<std::string> SplitLines(const std::string& text) {
     std::vector<std::string> lines;
@@ -56,7 +55,7 @@ HostResult RunHost(const std::vector<std::string>& words, const std::string& inp
     const std::string err = (ScratchFolder() / "err").string();
     std::ofstream(in, std::ios::binary) << input;
 
-    std::string command = Quoted(BRENTA_HOST_PROGRAM);
+    std::string command = "cd " + Quoted(ScratchFolder().string()) + " && " + Quoted(BRENTA_HOST_PROGRAM);
     for (const std::string& word : words)
         command += " " + Quoted(word);
     command += " <" + Quoted(in) + " >" + Quoted(out) + " 2>" + Quoted(err);

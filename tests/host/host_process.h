@@ -1,6 +1,7 @@
 // Runs the console host as a user would and returns what it printed.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,10 @@ struct HostResult {
     std::vector<std::string> errors;  // lines of standard error
 };
 
-/// Runs `brenta` with these words. `input` is its standard input.
+/// A folder of this test program's own, removed at its end.
+const std::filesystem::path& ScratchFolder();
+
+/// Runs `brenta` with these words in the scratch folder. `input` is its standard input.
 HostResult RunHost(const std::vector<std::string>& words, const std::string& input = "");
 
 std::vector<std::string> SplitLines(const std::string& text);

@@ -8,8 +8,8 @@
 //     // command: check                        the host's command and options (default: run)
 //     // arguments: Main a b                   words behind the file name
 //
-// The exit status must be 1 if errors or messages are expected, else 0. Code blocks of the documents marked
-// as scripts are run in the same way.
+// Scripts run in a folder of their own, where they may leave files. The exit status must be 1 if errors or
+// messages are expected, else 0. Code blocks of the documents marked as scripts are run in the same way.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -108,15 +108,15 @@ void RegisterScriptFolder() {
 }
 
 /// Writes each block between "```brenta" and "```" of a document to a file of its own.
-void RegisterDocument(const fs::path& document, const fs::path& scratch) {
+void RegisterDocument(const fs::path& document) {
     std::istringstream lines(ReadText(document.string()));
     std::ofstream block;
     int count = 0;
     for (std::string line; std::getline(lines, line);) {
         if (!block.is_open() && line == "```brenta") {
             const std::string name = document.stem().string() + "_" + std::to_string(++count) + ".scr";
-            block.open(scratch / name);
-            RegisterScript("Documents", name, (scratch / name).string());
+            block.open(ScratchFolder() / name);
+            RegisterScript("Documents", name, (ScratchFolder() / name).string());
         } else if (block.is_open() && line == "```") {
             block.close();
         } else if (block.is_open()) {
@@ -130,11 +130,9 @@ void RegisterDocument(const fs::path& document, const fs::path& scratch) {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    const std::filesystem::path scratch = std::filesystem::temp_directory_path() / "brenta_document_scripts";
-    std::filesystem::create_directories(scratch);
     brenta::test::RegisterScriptFolder();
     for (const auto& entry : std::filesystem::directory_iterator(BRENTA_DOCS_FOLDER)) {
-        if (entry.path().extension() == ".md") brenta::test::RegisterDocument(entry.path(), scratch);
+        if (entry.path().extension() == ".md") brenta::test::RegisterDocument(entry.path());
     }
     return RUN_ALL_TESTS();
 }
