@@ -30,6 +30,7 @@
 #include "script/created_objects.h"
 #include "script/library_engine.h"
 #include "script/std_lib.h"
+#include "xml/dom_factories.h"
 
 namespace brenta {
 
@@ -120,6 +121,9 @@ class EntryPoint {
 
 [[gnu::init_priority(101)]] const FoundationKeeper g_foundationKeeper;
 // The factories of the scriptable classes; the class registered last is found first.
+const CCoreXmlDomAttributeFactoryClass g_attributeFactory;
+const CCoreXmlDomElementFactoryClass g_elementFactory;
+const CCoreXmlDomFactoryClass g_documentFactory;
 const CStdScriptLibFactoryClass g_stdScriptLibFactory;
 const EntryPoint g_entryPoint;
 

@@ -365,6 +365,13 @@ class TOrderedList {
         m_pTail = last;
     }
 
+    /// Turns the order round without copying; the tail is the last value again, also if it was lost.
+    void Reverse() {
+        m_pTail = m_pHead;
+        for (TNode<T>* node = std::exchange(m_pHead, nullptr); node;)
+            m_pHead = std::exchange(node, std::exchange(node->m_pNext, m_pHead));
+    }
+
     /// For range-for loops, from the first value on. The value just visited must not be removed in the loop;
     /// use a TIter for that.
     auto begin() { return detail::TCursor<T, TNode<T>>(m_pHead); }

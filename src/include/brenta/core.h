@@ -20,3 +20,5 @@
 #include "brenta/symbols.h"
 #include "brenta/units.h"
 #include "brenta/var.h"
+#include "brenta/xml.h"
+#include "brenta/xml_readers.h"

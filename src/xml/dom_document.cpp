@@ -1,0 +1,213 @@
+// The document: its tree, and what passes between the tree and the platform document.
+#include <new>
+#include <utility>
+
+#include "brenta/xml.h"
+#include "brenta/xml_readers.h"
+#include "xml/platform_document.h"
+
+namespace brenta {
+
+PlatformDocumentMaker g_platformDocumentMaker = &MakePlatformDocument;
+
+namespace {
+
+/// `work`, which answers success, with a lack of memory as its failure.
+template <class Work>
+bool Attempt(Work work) {
+    try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+PlatformDocument* NewPlatformDocument() {
+    PlatformDocument* document = nullptr;
+    Attempt([&] { return (document = g_platformDocumentMaker().release()) != nullptr; });
+    return document;
+}
+
+bool IsGiven(const char* name) {
+    return name != nullptr && *name != '\0';
+}
+
+}  // namespace
+
+CCoreXmlDom::CCoreXmlDom() : m_pDocument(NewPlatformDocument()), m_parseErrorOffset(0), m_loaded(false) {}
+
+CCoreXmlDom::CCoreXmlDom(const CCoreXmlDom& other) : CCoreXmlDom() {
+    CopyElements(other);
+}
+
+CCoreXmlDom& CCoreXmlDom::operator=(const CCoreXmlDom& other) {
+    if (this == &other) return *this;
+    DeleteElements();
+    CopyElements(other);
+    return *this;
+}
+
+std::size_t CCoreXmlDom::SizeOf() const {
+    return sizeof(*this);
+}
+
+const char* CCoreXmlDom::GetClassName() const {
+    return "CCoreXmlDom";
+}
+
+const char* CCoreXmlDom::GetBaseClassName() const {
+    return "CCoreScriptable";
+}
+
+CCoreXmlDom::~CCoreXmlDom() {
+    delete m_pDocument;
+    DeleteElements();
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// The tree
+
+void CCoreXmlDom::AddElement(CCoreXmlDomElement* element) {
+    if (element == nullptr) return;
+    AdoptScriptable(element);
+    m_elements.Add(element);
+}
+
+void CCoreXmlDom::RemoveDom() {
+    m_elements.RemoveAll();
+}
+
+CCoreXmlDomElement* CCoreXmlDom::CreateElement(STRID tag) {
+    auto* element = new CCoreXmlDomElement(tag);
+    AddElement(element);
+    return element;
+}
+
+CCoreXmlDomElement* CCoreXmlDom::CreateElement(const char* tag) {
+    return CreateElement(StrId(tag));
+}
+
+void CCoreXmlDom::CopyElements(const CCoreXmlDom& other) {
+    for (const CCoreXmlDomElement* element : other.m_elements)
+        AddElement(new CCoreXmlDomElement(*element));
+}
+
+void CCoreXmlDom::DeleteElements() {
+    for (CCoreXmlDomElement* element : m_elements)
+        delete element;
+    m_elements.RemoveAll();
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Loading
+
+template <class Load>
+bool CCoreXmlDom::ReadPlatform(Load load) {
+    return Attempt([&] {
+        ParseFault fault;
+        if (!load(fault)) {
+            m_parseError = fault.reason;
+            m_parseErrorOffset = fault.offset;
+            return false;
+        }
+        TOrderedList<CCoreXmlDomElement*> elements;
+        if (!m_pDocument->ReadElements(elements)) return false;
+        m_elements.Splice(std::move(elements));
+        m_loaded = true;
+        return true;
+    });
+}
+
+bool CCoreXmlDom::LoadDocument(const char* path, bool quickLoad) {
+    if (m_pDocument == nullptr) return false;
+    if (!quickLoad) {
+        return ReadPlatform([&](ParseFault& fault) { return m_pDocument->Load(path, fault); });
+    }
+    CCoreXMLQuickReader reader;
+    if (!reader.LoadDocument(path)) return false;
+    m_elements.Splice(reader.TakeElements());
+    return true;
+}
+
+bool CCoreXmlDom::LoadString(const char* text) {
+    if (m_pDocument == nullptr) return false;
+    return ReadPlatform([&](ParseFault& fault) { return m_pDocument->LoadXml(text, fault); });
+}
+
+const char* CCoreXmlDom::GetParseError(int& offset) const {
+    offset = m_parseErrorOffset;
+    return m_parseError();
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Saving
+
+/// Adds the tree to the platform document, behind what that holds already.
+bool CCoreXmlDom::Build(const char* schemaName, const char* xslName) {
+    if (m_pDocument == nullptr) return false;
+    if (!m_loaded) {
+        m_pDocument->AppendInstruction("xml", "version='1.0'");
+        if (IsGiven(xslName)) {
+            CoreString data("type=\"text/xsl\" href=\"");
+            data += xslName;
+            data += "\"";
+            m_pDocument->AppendInstruction("xml-stylesheet", data());
+        }
+        m_pDocument->AppendComment("xml file created by Orvane Works.");
+    }
+    if (CCoreXmlDomElement* const* root = m_elements.GetHead()) {
+        (*root)->AddAttribute("xmlns:xsi", "http://www.w3.org/2001/XMLSchema-instance");
+        if (IsGiven(schemaName)) (*root)->AddAttribute("xsi:noNamespaceSchemaLocation", schemaName);
+    }
+    for (const CCoreXmlDomElement* element : m_elements)
+        m_pDocument->AppendElement(*element);
+    return true;
+}
+
+bool CCoreXmlDom::SaveDocument(const char* path, const char* schemaName, const char* xslName) {
+    return Attempt([&] {
+        if (!Build(schemaName, xslName)) return false;
+        m_pDocument->Save(path);
+        return true;
+    });
+}
+
+bool CCoreXmlDom::GetString(CoreString& out) {
+    return Attempt([&] {
+        if (!Build(nullptr, nullptr)) return false;
+        out = m_pDocument->GetXml();
+        return true;
+    });
+}
+
+bool CCoreXmlDom::TransformDocument(const char* xslName, CoreString& out) {
+    return Attempt([&] {
+        if (!Build(nullptr, nullptr)) return false;
+        const std::unique_ptr<PlatformDocument> stylesheet = g_platformDocumentMaker();
+        ParseFault fault;
+        if (stylesheet == nullptr || !stylesheet->Load(xslName, fault)) return false;
+        out = m_pDocument->Transform(*stylesheet);
+        return true;
+    });
+}
+
+void CCoreXmlDom::ResetCOMState() {
+    delete std::exchange(m_pDocument, nullptr);
+    m_parseError.SetEmpty();
+    m_parseErrorOffset = 0;
+    m_pDocument = NewPlatformDocument();
+}
+
+CCoreScriptable* CreateCCoreXmlDomObject() {
+    return new CCoreXmlDom;
+}
+
+CCoreScriptable* CreateCCoreXmlDomElementObject() {
+    return new CCoreXmlDomElement;
+}
+
+CCoreScriptable* CreateCCoreXmlDomAttributeObject() {
+    return new CCoreXmlDomAttribute;
+}
+
+}  // namespace brenta

@@ -1,0 +1,204 @@
+#include <cstdio>
+#include <utility>
+#include <vector>
+
+#include "brenta/xml.h"
+
+namespace brenta {
+
+// ---------------------------------------------------------------------------------------------------------
+// Attributes
+
+CCoreXmlDomAttribute::CCoreXmlDomAttribute() : CCoreXmlDomAttribute(kNoName, kNoName) {}
+
+CCoreXmlDomAttribute::CCoreXmlDomAttribute(STRID name, STRID value) : m_name(name), m_value(value) {}
+
+CCoreXmlDomAttribute::CCoreXmlDomAttribute(const char* name, const char* value)
+    : CCoreXmlDomAttribute(StrId(name), StrId(value)) {}
+
+CCoreXmlDomAttribute::CCoreXmlDomAttribute(const CCoreXmlDomAttribute& other) = default;
+
+CCoreXmlDomAttribute& CCoreXmlDomAttribute::operator=(const CCoreXmlDomAttribute& other) = default;
+
+std::size_t CCoreXmlDomAttribute::SizeOf() const {
+    return sizeof(*this);
+}
+
+const char* CCoreXmlDomAttribute::GetClassName() const {
+    return "CCoreXmlDomAttribute";
+}
+
+const char* CCoreXmlDomAttribute::GetBaseClassName() const {
+    return "CCoreScriptable";
+}
+
+CCoreXmlDomAttribute::~CCoreXmlDomAttribute() = default;
+
+// ---------------------------------------------------------------------------------------------------------
+// Elements
+
+CCoreXmlDomElement::CCoreXmlDomElement() : CCoreXmlDomElement(kNoName) {}
+
+CCoreXmlDomElement::CCoreXmlDomElement(STRID tag)
+    : m_tag(tag), m_innerText(kNoName), m_pParent(nullptr), m_flag(false) {}
+
+CCoreXmlDomElement::CCoreXmlDomElement(const char* tag) : CCoreXmlDomElement(StrId(tag)) {}
+
+// Delegating, so that what was copied is deleted if memory runs out on the way.
+CCoreXmlDomElement::CCoreXmlDomElement(const CCoreXmlDomElement& other) : CCoreXmlDomElement() {
+    CopyContent(other);
+}
+
+// The copy comes first: the other element may be one of those that are deleted.
+CCoreXmlDomElement& CCoreXmlDomElement::operator=(const CCoreXmlDomElement& other) {
+    if (this == &other) return *this;
+    CCoreXmlDomElement copy(other);
+    DeleteAttributes();
+    DeleteChildren();
+    m_tag = copy.m_tag;
+    m_innerText = copy.m_innerText;
+    m_flag = copy.m_flag;
+    m_attributes = std::move(copy.m_attributes);
+    m_children = std::move(copy.m_children);
+    for (CCoreXmlDomElement* child : m_children)
+        child->m_pParent = this;
+    return *this;
+}
+
+void CCoreXmlDomElement::CopyContent(const CCoreXmlDomElement& other) {
+    struct Pair {
+        const CCoreXmlDomElement* from;
+        CCoreXmlDomElement* to;
+    };
+    std::vector<Pair> open{{&other, this}};
+    while (!open.empty()) {
+        const auto [from, to] = open.back();
+        open.pop_back();
+        to->m_tag = from->m_tag;
+        to->m_innerText = from->m_innerText;
+        to->m_flag = from->m_flag;
+        for (const CCoreXmlDomAttribute* attribute : from->m_attributes)
+            to->AddAttribute(new CCoreXmlDomAttribute(*attribute));
+        for (const CCoreXmlDomElement* child : from->m_children)
+            if (CCoreXmlDomElement* copy = to->CreateChildElement(kNoName)) open.push_back({child, copy});
+    }
+}
+
+std::size_t CCoreXmlDomElement::SizeOf() const {
+    return sizeof(*this);
+}
+
+const char* CCoreXmlDomElement::GetClassName() const {
+    return "CCoreXmlDomElement";
+}
+
+const char* CCoreXmlDomElement::GetBaseClassName() const {
+    return "CCoreScriptable";
+}
+
+CCoreXmlDomElement::~CCoreXmlDomElement() {
+    DeleteChildren();
+    DeleteAttributes();
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Children
+
+void CCoreXmlDomElement::AddChildElement(CCoreXmlDomElement* child) {
+    if (child == nullptr || child == this) return;
+    AdoptScriptable(child);
+    m_children.Add(child);
+    child->m_pParent = this;
+}
+
+CCoreXmlDomElement* CCoreXmlDomElement::CreateChildElement(STRID tag) {
+    auto* child = new CCoreXmlDomElement(tag);
+    AddChildElement(child);
+    return child;
+}
+
+CCoreXmlDomElement* CCoreXmlDomElement::CreateChildElement(const char* tag) {
+    return CreateChildElement(StrId(tag));
+}
+
+void CCoreXmlDomElement::RemoveChildElement(CCoreXmlDomElement* child) {
+    m_children.Delete(child);
+}
+
+void CCoreXmlDomElement::DeleteChildElement(CCoreXmlDomElement* child) {
+    for (TIter<CCoreXmlDomElement*> iter(m_children); iter.Get(); iter.Next()) {
+        if (*iter.Get() != child) continue;
+        m_children.Remove(iter);
+        delete child;
+        return;
+    }
+}
+
+// Bottom up, without recursion and without memory: the way back up stands in the parents, which are set anew
+// on the way down. Each list is reversed once, so that its last child is taken first at no cost.
+void CCoreXmlDomElement::DeleteChildren() {
+    m_children.Reverse();
+    CCoreXmlDomElement* current = this;
+    while (true) {
+        if (CCoreXmlDomElement* const* first = current->m_children.GetHead()) {
+            CCoreXmlDomElement* const child = *first;
+            TIter<CCoreXmlDomElement*> head(current->m_children);
+            current->m_children.Remove(head);
+            child->m_pParent = current;
+            child->m_children.Reverse();
+            current = child;
+        } else if (current == this) {
+            return;
+        } else {
+            delete std::exchange(current, current->m_pParent);
+        }
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Attributes
+
+void CCoreXmlDomElement::AddAttribute(STRID name, STRID value) {
+    for (CCoreXmlDomAttribute* attribute : m_attributes)
+        if (attribute->GetNameId() == name) return attribute->SetValue(value);
+    AddAttribute(new CCoreXmlDomAttribute(name, value));
+}
+
+void CCoreXmlDomElement::AddAttribute(const char* name, const char* value) {
+    AddAttribute(StrId(name), StrId(value));
+}
+
+void CCoreXmlDomElement::AddAttribute(const char* name, int value) {
+    char digits[16];
+    std::snprintf(digits, sizeof(digits), "%d", value);
+    AddAttribute(name, digits);
+}
+
+void CCoreXmlDomElement::AddAttribute(CCoreXmlDomAttribute* attribute) {
+    if (attribute == nullptr) return;
+    AdoptScriptable(attribute);
+    m_attributes.Add(attribute);
+}
+
+void CCoreXmlDomElement::DeleteAttribute(CCoreXmlDomAttribute* attribute) {
+    m_attributes.Delete(attribute);
+}
+
+void CCoreXmlDomElement::DeleteAttribute(STRID name) {
+    TIter<CCoreXmlDomAttribute*> iter(m_attributes);
+    while (iter.Get() && (*iter.Get())->GetNameId() != name)
+        iter.Next();
+    if (iter.Get()) m_attributes.Remove(iter);
+}
+
+void CCoreXmlDomElement::DeleteAttribute(const char* name) {
+    DeleteAttribute(StrId(name));
+}
+
+void CCoreXmlDomElement::DeleteAttributes() {
+    for (CCoreXmlDomAttribute* attribute : m_attributes)
+        delete attribute;
+    m_attributes.RemoveAll();
+}
+
+}  // namespace brenta
