@@ -1,5 +1,7 @@
 #include "test_support.h"
 
+#include <pthread.h>
+
 #include <cstdlib>
 #include <filesystem>
 
@@ -54,6 +56,21 @@ std::string RandomText(std::mt19937& random, const std::string& alphabet, std::s
     for (char& c : text)
         c = alphabet[random() % alphabet.size()];
     return text;
+}
+
+void OnStackOf(std::size_t megabytes, const std::function<void()>& work) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, megabytes << 20);
+    const auto run = [](void* argument) -> void* {
+        (*static_cast<const std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    std::function<void()> argument = work;
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &argument), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
 }
 
 }  // namespace brenta::test

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <functional>
 #include <random>
 #include <string>
 #include <thread>
@@ -67,6 +69,9 @@ class Scratch {
 
 /// A text of at most `longest` characters, each any of the alphabet's.
 std::string RandomText(std::mt19937& random, const std::string& alphabet, std::size_t longest);
+
+/// Runs work on a thread with a stack of that many megabytes and waits for it.
+void OnStackOf(std::size_t megabytes, const std::function<void()>& work);
 
 /// Runs work(0) to work(count - 1), each on a thread of its own, and waits for all.
 template <class Count, class Work>
