@@ -1,0 +1,128 @@
+#include "xml/scanner.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "foundation/intern.h"
+#include "os/os.h"
+
+namespace brenta {
+
+const char* FindFar(const char* p, const char* end, char wanted) {
+    const void* found = std::memchr(p, wanted, static_cast<std::size_t>(end - p));
+    return found != nullptr ? static_cast<const char*>(found) : end;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Entities
+
+namespace {
+
+struct Entity {
+    std::string_view name;  ///< without the "&"
+    std::string_view text;
+};
+
+constexpr Entity kXmlEntities[] = {
+    {"lt;", "<"}, {"gt;", ">"}, {"quot;", "\""}, {"apos;", "'"}, {"amp;", "&"}};
+constexpr Entity kHtmlEntities[] = {{"nbsp;", " "}, {"reg;", "(R)"}, {"trade;", "(TM)"}, {"copy;", "(C)"}};
+
+template <std::size_t count>
+const Entity* FindEntity(const Entity (&entities)[count], std::string_view text) {
+    for (const Entity& entity : entities)
+        if (text.starts_with(entity.name)) return &entity;
+    return nullptr;
+}
+
+/// The entity with whose name, without the "&", a text starts.
+const Entity* FindEntity(Entities entities, std::string_view text) {
+    const Entity* found = FindEntity(kXmlEntities, text);
+    if (found == nullptr && entities == Entities::Html) found = FindEntity(kHtmlEntities, text);
+    return found;
+}
+
+}  // namespace
+
+// One pass does what replacing one entity after the other in the order of the tables does: no replacement
+// holds a part of an entity's name but the "&" of "&amp;", and after that only HTML's four are left to do.
+void DecodeEntities(std::string_view text, Entities entities, std::string& out) {
+    out.clear();
+    while (!text.empty()) {
+        const std::size_t plain = std::min(text.find('&'), text.size());
+        out.append(text.substr(0, plain));
+        text.remove_prefix(plain);
+        if (text.empty()) return;
+        text.remove_prefix(1);
+        const Entity* entity = FindEntity(entities, text);
+        if (entity != nullptr) text.remove_prefix(entity->name.size());
+        if (entity != nullptr && entity->text == "&" && entities == Entities::Html) {
+            if (const Entity* hidden = FindEntity(kHtmlEntities, text)) {
+                text.remove_prefix(hidden->name.size());
+                entity = hidden;
+            }
+        }
+        out.append(entity != nullptr ? entity->text : "&");
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Identifiers
+
+namespace {
+
+/// The first eight bytes of a name as a number; a shorter one is filled up with zeros.
+std::uint64_t StartOf(std::string_view text) {
+    std::uint64_t start = 0;
+    if (text.size() >= sizeof start) {
+        std::memcpy(&start, text.data(), sizeof start);
+    } else {
+        for (const char c : text)
+            start = start << 8 | static_cast<unsigned char>(c);
+    }
+    return start;
+}
+
+bool HasEntity(std::string_view text) {
+    return Find(text.data(), text.data() + text.size(), '&') != text.data() + text.size();
+}
+
+STRID Intern(std::string_view text) {
+    const STRID id = InternName(text);
+    if (id == kNoName && !text.empty()) throw std::bad_alloc();
+    return id;
+}
+
+}  // namespace
+
+STRID PieceInterner::Name(std::string_view text) {
+    const std::uint64_t start = StartOf(text);
+    Entry& entry = m_cache[((start ^ text.size()) * 0x9E3779B97F4A7C15ull) >> (64 - kCacheBits)];
+    const bool known =
+        entry.start == start && entry.length == text.size() &&
+        (text.size() <= sizeof start || std::memcmp(StrPtr(entry.id), text.data(), text.size()) == 0);
+    if (!known) entry = {start, text.size(), Intern(text)};
+    return entry.id;
+}
+
+STRID PieceInterner::DecodedName(std::string_view text) {
+    return HasEntity(text) ? Decoded(text) : Name(text);
+}
+
+STRID PieceInterner::Value(std::string_view text) {
+    return HasEntity(text) ? Decoded(text) : Intern(text);
+}
+
+STRID PieceInterner::Decoded(std::string_view text) {
+    DecodeEntities(text, m_entities, m_decoded);
+    return Intern(m_decoded);
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Files
+
+bool ReadText(const char* path, std::string& text) {
+    return path != nullptr && os::ReadWholeFile(path, text) == os::FileStatus::Ok;
+}
+
+}  // namespace brenta

@@ -1,0 +1,138 @@
+// What the library's own readers share: classes of bytes, the way from a piece of the input to its
+// identifier, and the reading of a file.
+//
+// A text is scanned where it lies, from begin to the NUL at end, and never changed: pieces are interned from
+// their address and length. Every class that ends a piece holds the NUL and no class that is skipped does, so
+// no loop needs to ask for the end of the text.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "brenta/names.h"
+
+namespace brenta {
+
+// ---------------------------------------------------------------------------------------------------------
+// Classes of bytes. "Low" are the bytes below 33 when read as signed: white space, control characters, and
+// everything from 0x80 up.
+
+enum ByteClass : std::uint8_t {
+    kBlank = 1,              ///< 1 to 32
+    kLow = 2,                ///< low, but not the NUL
+    kSpace = 4,              ///< 9 to 13 and 32
+    kTagEnd = 8,             ///< / > low
+    kAttributeEnd = 16,      ///< = low
+    kHtmlTagEnd = 32,        ///< > NUL space
+    kHtmlAttributeEnd = 64,  ///< = > low
+    kHtmlValueEnd = 128,     ///< / > NUL space
+};
+
+namespace detail {
+
+constexpr std::array<std::uint8_t, 256> MakeByteClasses() {
+    std::array<std::uint8_t, 256> table{};
+    for (unsigned int c = 0; c < table.size(); ++c) {
+        const bool low = c < 33 || c >= 0x80;
+        const bool space = c == ' ' || (c >= '\t' && c <= '\r');
+        unsigned int bits = 0;
+        if (c >= 1 && c <= 32) bits |= kBlank;
+        if (low && c != 0) bits |= kLow;
+        if (space) bits |= kSpace;
+        if (c == '/' || c == '>' || low) bits |= kTagEnd;
+        if (c == '=' || low) bits |= kAttributeEnd;
+        if (c == '>' || c == 0 || space) bits |= kHtmlTagEnd;
+        if (c == '=' || c == '>' || low) bits |= kHtmlAttributeEnd;
+        if (c == '/' || c == '>' || c == 0 || space) bits |= kHtmlValueEnd;
+        table[c] = static_cast<std::uint8_t>(bits);
+    }
+    return table;
+}
+
+inline constexpr std::array<std::uint8_t, 256> kByteClasses = MakeByteClasses();
+
+}  // namespace detail
+
+inline bool IsByte(char c, ByteClass wanted) {
+    return (detail::kByteClasses[static_cast<unsigned char>(c)] & wanted) != 0;
+}
+
+/// The first byte of the class; only for one that holds the NUL.
+inline const char* SkipTo(const char* p, ByteClass stop) {
+    while (!IsByte(*p, stop))
+        ++p;
+    return p;
+}
+
+/// The first byte outside the class; only for one without the NUL.
+inline const char* SkipOver(const char* p, ByteClass skipped) {
+    while (IsByte(*p, skipped))
+        ++p;
+    return p;
+}
+
+/// The first `wanted` from `p` on, or `end`, which holds the NUL.
+const char* FindFar(const char* p, const char* end, char wanted);
+
+/// The same, faster where it is near: most values are a few bytes long.
+inline const char* Find(const char* p, const char* end, char wanted) {
+    for (const char* const far = p + (end - p < 16 ? end - p : 16); p != far; ++p)
+        if (*p == wanted) return p;
+    return p == end ? end : FindFar(p, end, wanted);
+}
+
+/// The piece from `start` to `end`.
+inline std::string_view Piece(const char* start, const char* end) {
+    return {start, static_cast<std::size_t>(end - start)};
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Identifiers
+
+/// The entities that a reader knows.
+enum class Entities {
+    Xml,   ///< lt gt quot apos amp
+    Html,  ///< these, nbsp, reg, trade and copy; the last four also with "&amp;" for their "&"
+};
+
+/// `out` becomes `text` with its entities decoded, each once.
+void DecodeEntities(std::string_view text, Entities entities, std::string& out);
+
+/// Interns the pieces of one text. Names come again and again, so a small cache spares most of them the way
+/// through the string table. Every operation throws std::bad_alloc when the table takes no more names.
+class PieceInterner {
+ public:
+    explicit PieceInterner(Entities entities) : m_entities(entities) {}
+
+    /// A name as it stands.
+    STRID Name(std::string_view text);
+    /// A name with its entities decoded.
+    STRID DecodedName(std::string_view text);
+    /// A value or a run of data, with its entities decoded.
+    STRID Value(std::string_view text);
+
+ private:
+    struct Entry {
+        std::uint64_t start = 0;
+        std::size_t length = 0;
+        STRID id = kNoName;
+    };
+    static constexpr unsigned int kCacheBits = 8;
+
+    STRID Decoded(std::string_view text);
+
+    const Entities m_entities;
+    std::string m_decoded;
+    std::array<Entry, std::size_t{1} << kCacheBits> m_cache;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Files
+
+/// Reads a whole file for a reader; false if it cannot be read. A null path is no file.
+bool ReadText(const char* path, std::string& text);
+
+}  // namespace brenta
