@@ -120,6 +120,7 @@ class BRENTA_API CCoreXmlDomElement : public CCoreScriptable {
     const char* GetInnerText() const { return StrPtr(m_innerText); }
     STRID GetInnerTextId() const { return m_innerText; }
     void SetInnerText(const char* text) { m_innerText = StrId(text); }
+    void SetInnerText(STRID text) { m_innerText = text; }
     /// The element that this one was last added to, also after RemoveChildElement; null at the top level.
     CCoreXmlDomElement* GetParent() const { return m_pParent; }
     /// A mark for the caller's use: false at first, and the library never looks at it.
