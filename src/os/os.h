@@ -40,6 +40,47 @@ enum class PathKind { Absent, File, Directory };
 /// file marked offline counts as absent.
 PathKind KindOfPath(const char* path);
 
+/// A regular file that is read from its start to its end. What is open is closed by the destructor.
+class FileReader {
+ public:
+    FileReader() = default;
+    ~FileReader();
+    FileReader(const FileReader&) = delete;
+    FileReader& operator=(const FileReader&) = delete;
+
+    /// Once per object. False if there is no such file, or it is a pipe, a device or a folder.
+    bool Open(const char* path);
+    /// The size in bytes that the open file had at first.
+    std::uint64_t Size() const { return m_size; }
+    /// Reads up to `size` bytes and returns how many these were: 0 at the end, -1 after an error.
+    std::ptrdiff_t Read(char* buffer, std::size_t size);
+
+ private:
+    std::intptr_t m_handle = -1;
+    std::uint64_t m_size = 0;
+};
+
+/// A text file that is written from its start to its end, with the platform's line ends for its line feeds.
+/// What is open is closed by the destructor. There is no buffer: write large pieces.
+class TextFileWriter {
+ public:
+    TextFileWriter() = default;
+    ~TextFileWriter() { Close(); }
+    TextFileWriter(const TextFileWriter&) = delete;
+    TextFileWriter& operator=(const TextFileWriter&) = delete;
+
+    /// Creates the file or empties it, letting others read and write it meanwhile; not while one is open.
+    bool Open(const char* path);
+    bool IsOpen() const { return m_handle != -1; }
+    /// False if the piece could not be written in full; a part of it may be in the file.
+    bool Write(std::string_view text);
+    /// False if the system reports an earlier error only now.
+    bool Close();
+
+ private:
+    std::intptr_t m_handle = -1;
+};
+
 /// The path in the platform's form: on Linux with "/" for every "\", on Windows unchanged.
 std::string NativePath(const char* path);
 

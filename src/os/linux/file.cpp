@@ -26,7 +26,9 @@ class Descriptor {
 
     int Get() const { return m_number; }
     /// Closes now; false if the system reports a late write error.
-    bool Close() { return close(std::exchange(m_number, -1)) == 0; }
+    bool Close() { return close(Release()) == 0; }
+    /// Hands the descriptor over to the caller.
+    int Release() { return std::exchange(m_number, -1); }
 
  private:
     int m_number;
@@ -39,6 +41,27 @@ ssize_t ReadSome(int file, char* buffer, std::size_t size) {
         count = read(file, buffer, size);
     while (count < 0 && errno == EINTR);
     return count;
+}
+
+/// -1 for whatever is no regular file. Without O_NONBLOCK opening a pipe that nobody writes to would wait for
+/// ever.
+int OpenToRead(const char* path, struct stat& info) {
+    Descriptor file(open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const bool regular = file.Get() >= 0 && fstat(file.Get(), &info) == 0 && S_ISREG(info.st_mode);
+    return regular ? file.Release() : -1;
+}
+
+int OpenToWrite(const char* path) {
+    return open(NativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0666);
+}
+
+bool WriteAll(int file, std::string_view content) {
+    while (!content.empty()) {
+        const ssize_t count = write(file, content.data(), content.size());
+        if (count < 0 && errno != EINTR) return false;
+        if (count > 0) content.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
 }
 
 /// The file may be shorter or longer by now than its size said, as files under /proc always are.
@@ -63,12 +86,9 @@ FileStatus ReadToEnd(int file, std::size_t expected, std::string& content, std::
 }  // namespace
 
 FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t limit) try {
-    // Without O_NONBLOCK opening a pipe that nobody writes to would wait for ever.
-    const Descriptor file(open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat info;
-    if (file.Get() < 0 || fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode)) {
-        return FileStatus::CannotOpen;
-    }
+    const Descriptor file(OpenToRead(path, info));
+    if (file.Get() < 0) return FileStatus::CannotOpen;
     const auto size = static_cast<std::size_t>(info.st_size);
     if (size > limit) return FileStatus::CannotRead;
     return ReadToEnd(file.Get(), size, content, limit);
@@ -77,15 +97,37 @@ FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t lim
 }
 
 bool WriteWholeFile(const char* path, std::string_view content) {
-    Descriptor file(
-        open(NativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0666));
-    if (file.Get() < 0) return false;
-    while (!content.empty()) {
-        const ssize_t count = write(file.Get(), content.data(), content.size());
-        if (count < 0 && errno != EINTR) return false;
-        if (count > 0) content.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return file.Close();
+    Descriptor file(OpenToWrite(path));
+    return file.Get() >= 0 && WriteAll(file.Get(), content) && file.Close();
+}
+
+FileReader::~FileReader() {
+    const Descriptor closing(static_cast<int>(m_handle));
+}
+
+bool FileReader::Open(const char* path) {
+    struct stat info;
+    m_handle = OpenToRead(path, info);
+    if (m_handle == -1) return false;
+    m_size = static_cast<std::uint64_t>(info.st_size);
+    return true;
+}
+
+std::ptrdiff_t FileReader::Read(char* buffer, std::size_t size) {
+    return ReadSome(static_cast<int>(m_handle), buffer, size);
+}
+
+bool TextFileWriter::Open(const char* path) {
+    m_handle = OpenToWrite(path);
+    return IsOpen();
+}
+
+bool TextFileWriter::Write(std::string_view text) {
+    return WriteAll(static_cast<int>(m_handle), text);
+}
+
+bool TextFileWriter::Close() {
+    return !IsOpen() || close(static_cast<int>(std::exchange(m_handle, -1))) == 0;
 }
 
 PathKind KindOfPath(const char* path) {

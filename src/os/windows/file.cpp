@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <utility>
 
 #include "os/os.h"
 
@@ -43,6 +44,16 @@ bool ReadExactly(HANDLE file, char* buffer, std::size_t size) {
     return true;
 }
 
+bool WriteAll(HANDLE file, std::string_view content) {
+    while (!content.empty()) {
+        DWORD count = 0;
+        const auto piece = static_cast<DWORD>(std::min(content.size(), kLargestPiece));
+        if (!WriteFile(file, content.data(), piece, &count, nullptr) || count == 0) return false;
+        content.remove_prefix(count);
+    }
+    return true;
+}
+
 }  // namespace
 
 FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t limit) try {
@@ -63,14 +74,50 @@ FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t lim
 bool WriteWholeFile(const char* path, std::string_view content) {
     const File file(CreateFileA(NativePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                 CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.IsOpen()) return false;
-    while (!content.empty()) {
-        DWORD count = 0;
-        const auto piece = static_cast<DWORD>(std::min(content.size(), kLargestPiece));
-        if (!WriteFile(file.Get(), content.data(), piece, &count, nullptr) || count == 0) return false;
-        content.remove_prefix(count);
-    }
+    return file.IsOpen() && WriteAll(file.Get(), content);
+}
+
+FileReader::~FileReader() {
+    const File closing(reinterpret_cast<HANDLE>(m_handle));
+}
+
+bool FileReader::Open(const char* path) {
+    const HANDLE handle =
+        CreateFileA(NativePath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    m_handle = reinterpret_cast<std::intptr_t>(handle);
+    LARGE_INTEGER size;
+    if (m_handle == -1 || GetFileType(handle) != FILE_TYPE_DISK || !GetFileSizeEx(handle, &size))
+        return false;
+    m_size = static_cast<std::uint64_t>(size.QuadPart);
     return true;
+}
+
+std::ptrdiff_t FileReader::Read(char* buffer, std::size_t size) {
+    DWORD count = 0;
+    const auto piece = static_cast<DWORD>(std::min(size, kLargestPiece));
+    if (!ReadFile(reinterpret_cast<HANDLE>(m_handle), buffer, piece, &count, nullptr)) return -1;
+    return static_cast<std::ptrdiff_t>(count);
+}
+
+bool TextFileWriter::Open(const char* path) {
+    m_handle = reinterpret_cast<std::intptr_t>(CreateFileA(NativePath(path).c_str(), GENERIC_WRITE,
+                                                           FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                                           CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return IsOpen();
+}
+
+bool TextFileWriter::Write(std::string_view text) {
+    std::string lines;
+    for (const char c : text) {
+        if (c == '\n') lines += '\r';
+        lines += c;
+    }
+    return WriteAll(reinterpret_cast<HANDLE>(m_handle), lines);
+}
+
+bool TextFileWriter::Close() {
+    return !IsOpen() || CloseHandle(reinterpret_cast<HANDLE>(std::exchange(m_handle, -1)));
 }
 
 PathKind KindOfPath(const char* path) {
