@@ -109,6 +109,25 @@ bool CString::operator==(const char* text) const {
 }
 
 // ---------------------------------------------------------------------------------------------------------
+// Messages and commands
+
+CMessageWindow::~CMessageWindow() = default;
+
+std::intptr_t SendMessageA(HWND window, unsigned int message, std::uintptr_t wParam, std::intptr_t lParam) {
+    return window ? window->OnMessage(message, wParam, lParam) : 0;
+}
+
+const CRuntimeClass CCmdTarget::kRuntimeClass = {"CCmdTarget", sizeof(CCmdTarget), &CObject::kRuntimeClass};
+
+const CRuntimeClass* CCmdTarget::GetRuntimeClass() const {
+    return &kRuntimeClass;
+}
+
+bool CCmdTarget::OnCmdMsg(unsigned int, int, void*, AFX_CMDHANDLERINFO*) {
+    return false;
+}
+
+// ---------------------------------------------------------------------------------------------------------
 // CObject and CException
 
 const CRuntimeClass CObject::kRuntimeClass = {"CObject", sizeof(CObject), nullptr};

@@ -1,6 +1,7 @@
 /// @file
 /// The few types of the application framework that the library's interfaces name, with just the operations
-/// that are used: texts, objects with run-time class, exceptions, the chain of loaded modules, message boxes.
+/// that are used: texts, objects with run-time class, exceptions, the chain of loaded modules, message boxes,
+/// windows that take messages, targets of commands.
 /// They are the same on every platform.
 ///
 /// Use them where an interface asks for them; for everything else CoreString (brenta/string.h) and the
@@ -16,6 +17,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "brenta/export.h"
@@ -120,6 +122,44 @@ class BRENTA_API CException : public CObject {
 
     /// Shows the error message, or the string resource `messageId` if there is none, and returns the answer.
     virtual int ReportError(unsigned int type = MB_OK, unsigned int messageId = 0);
+
+    static const CRuntimeClass kRuntimeClass;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Messages and commands
+
+/// What takes messages. The library sends some, progress for one, to a window that the application hands it:
+/// derive from this, and pass the address.
+class BRENTA_API CMessageWindow {
+ public:
+    CMessageWindow() = default;
+    CMessageWindow(const CMessageWindow&) = default;
+    CMessageWindow& operator=(const CMessageWindow&) = default;
+    virtual ~CMessageWindow();
+
+    /// Handles a message on the thread that sends it; what the parameters and the result mean is the
+    /// message's affair. A message that means nothing to the window is answered with 0.
+    virtual std::intptr_t OnMessage(unsigned int message, std::uintptr_t wParam, std::intptr_t lParam) = 0;
+};
+
+/// A window, or null for none. Whoever holds one owns nothing.
+using HWND = CMessageWindow*;
+
+/// Sends a message and waits for the answer; 0 from a null window.
+BRENTA_API std::intptr_t SendMessageA(HWND window, unsigned int message, std::uintptr_t wParam,
+                                      std::intptr_t lParam);
+
+struct AFX_CMDHANDLERINFO;  // stands in the signature of OnCmdMsg only; the library passes null
+
+/// What takes commands. Its virtual slot follows CObject's.
+class BRENTA_API CCmdTarget : public CObject {
+ public:
+    const CRuntimeClass* GetRuntimeClass() const override;
+
+    /// Takes command `id` with a notification code, and what belongs to the command; returns whether it was
+    /// handled. The base handles none.
+    virtual bool OnCmdMsg(unsigned int id, int code, void* extra, AFX_CMDHANDLERINFO* handlerInfo);
 
     static const CRuntimeClass kRuntimeClass;
 };
