@@ -21,4 +21,6 @@
 #include "brenta/units.h"
 #include "brenta/var.h"
 #include "brenta/xml.h"
+#include "brenta/xml_emitter.h"
 #include "brenta/xml_readers.h"
+#include "brenta/xml_stream.h"
