@@ -14,6 +14,8 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/include/brenta DESTINATION ${CMAKE_I
         COMPONENT Development FILES_MATCHING PATTERN "*.h")
 if(TARGET brenta_host)
     install(TARGETS brenta_host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime)
+    install(FILES ${PROJECT_SOURCE_DIR}/examples/part_report.scr DESTINATION ${CMAKE_INSTALL_DATADIR}/brenta
+            COMPONENT Runtime)
 endif()
 
 install(EXPORT BrentaCoreTargets NAMESPACE Brenta:: DESTINATION ${BRENTA_PACKAGE_DIR} COMPONENT Development)

@@ -1,7 +1,6 @@
 // brenta check: errors and likely mistakes of modules, without running them.
 #include <cstdio>
 
-#include "brenta/files.h"
 #include "brenta/script.h"
 #include "commands.h"
 #include "console.h"
@@ -16,10 +15,7 @@ void PrintWarning(const ScriptWarning& warning) {
 }
 
 bool CheckOne(const std::string& file) {
-    if (!FileExists(file.c_str())) {
-        Complain("'" + file + "' " + (DirectoryExists(file.c_str()) ? "is a folder" : "does not exist"));
-        return false;
-    }
+    if (!CheckFile(file)) return false;
     ConsoleStream messages;
     TOrderedList<ScriptWarning> warnings;
     const bool good = CheckScriptModule(file.c_str(), messages, warnings);

@@ -30,4 +30,16 @@ int CheckCommand(const std::vector<std::string>& files);
 /// The interactive prompt.
 int ReplCommand();
 
+/// Prints the tree that a reader makes of an XML file, one element a line: the platform's, or the quick one.
+int XmlCommand(const std::string& file, bool quick);
+
+/// The same for an HTML file.
+int HtmlCommand(const std::string& file);
+
+/// Lists and counts the records of an XML file of any size.
+int RecordsCommand(const std::string& file);
+
+/// Lists the packages of a part library.
+int ReportCommand(const std::string& file);
+
 }  // namespace brenta::host

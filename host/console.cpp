@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <string_view>
 
+#include "brenta/files.h"
+
 namespace brenta::host {
 namespace {
 
@@ -42,6 +44,21 @@ void AppendText(const Var& value, int depth, std::string& out) {
     }
 }
 
+/// A text between quotes, on one line.
+void AppendQuoted(std::string& line, std::string_view text) {
+    line += '"';
+    for (const char c : text) {
+        if (c == '"') {
+            line += "&quot;";
+        } else if (c == '\n') {
+            line += "&#10;";
+        } else {
+            line += c;
+        }
+    }
+    line += '"';
+}
+
 void WriteLine(std::FILE* file, std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), file);
     if (text.empty() || text.back() != '\n') std::fputc('\n', file);
@@ -63,6 +80,12 @@ void Complain(const std::string& text) {
     WriteLine(stderr, "brenta: " + text);
 }
 
+bool CheckFile(const std::string& file) {
+    if (FileExists(file.c_str())) return true;
+    Complain("'" + file + "' " + (DirectoryExists(file.c_str()) ? "is a folder" : "does not exist"));
+    return false;
+}
+
 void PrintLine(const std::string& text) {
     WriteLine(stdout, text);
 }
@@ -70,6 +93,21 @@ void PrintLine(const std::string& text) {
 std::string TextOf(const Var& value) {
     std::string text;
     AppendText(value, 0, text);
+    return text;
+}
+
+std::string ElementText(const CCoreXmlDomElement& element) {
+    std::string text = element.GetTagName();
+    for (auto attribute = element.GetFirstAttribute(); attribute.Get() != nullptr; attribute.Next()) {
+        text += ' ';
+        text += (*attribute.Get())->GetName();
+        text += '=';
+        AppendQuoted(text, (*attribute.Get())->GetValue());
+    }
+    if (element.GetInnerTextId() != kNoName) {
+        text += ' ';
+        AppendQuoted(text, element.GetInnerText());
+    }
     return text;
 }
 

@@ -6,6 +6,7 @@
 
 #include "brenta/message_stream.h"
 #include "brenta/var.h"
+#include "brenta/xml.h"
 
 namespace brenta::host {
 
@@ -19,12 +20,18 @@ class ConsoleStream : public CScriptMsgStream {
 /// One line on standard error: "brenta: text".
 void Complain(const std::string& text);
 
+/// Whether there is such a file; complains if not.
+bool CheckFile(const std::string& file);
+
 /// Writes `text` to standard output and ends the line unless the text already does.
 void PrintLine(const std::string& text);
 
 /// A value for a person: scalars in their text form, lists as "{1, 2}", structures as "{x = 1, y = 2}", null
 /// as "null".
 std::string TextOf(const Var& value);
+
+/// An element without its children, on one line: tag a="1" b="2" "inner text".
+std::string ElementText(const CCoreXmlDomElement& element);
 
 /// Joins lines of script messages into one, without the "cmd:(1): " that says nothing to somebody who typed
 /// one line.

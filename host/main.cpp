@@ -25,7 +25,7 @@ void AddUnitsOption(CLI::App& command, CoreUnits& units) {
 /// status.
 class CommandLine {
  public:
-    CommandLine() : m_app("Brenta Core console host: dimensions and scripts.", "brenta") {
+    CommandLine() : m_app("Brenta Core console host: dimensions, scripts and documents.", "brenta") {
         m_app.require_subcommand(1);
         m_app.set_version_flag("--version", "brenta " BRENTA_VERSION);
         m_app.footer(
@@ -36,6 +36,10 @@ class CommandLine {
         AddRun();
         AddCheck();
         AddRepl();
+        AddXml();
+        AddHtml();
+        AddRecords();
+        AddReport();
     }
 
     int Run(std::vector<std::string> arguments) {
@@ -97,7 +101,37 @@ class CommandLine {
         command->callback([this] { m_status = brenta::host::ReplCommand(); });
     }
 
+    void AddXml() {
+        CLI::App* command = m_app.add_subcommand("xml", "Print the elements of an XML file, one a line");
+        command->add_option("FILE", m_file, "The file")->required();
+        command->add_flag("-q,--quick,!-p,!--platform", m_quick,
+                          "Read with the quick reader, or with the platform's (default)");
+        command->callback([this] { m_status = brenta::host::XmlCommand(m_file, m_quick); });
+    }
+
+    void AddHtml() {
+        CLI::App* command = m_app.add_subcommand("html", "Print the elements of an HTML file, one a line");
+        command->add_option("FILE", m_file, "The file")->required();
+        command->callback([this] { m_status = brenta::host::HtmlCommand(m_file); });
+    }
+
+    void AddRecords() {
+        CLI::App* command =
+            m_app.add_subcommand("records", "List and count the records of an XML file of any size");
+        command->add_option("FILE", m_file, "The file; the children of its root are the records")->required();
+        command->callback([this] { m_status = brenta::host::RecordsCommand(m_file); });
+    }
+
+    void AddReport() {
+        CLI::App* command = m_app.add_subcommand("report", "List the packages of a part library");
+        command->add_option("LIBRARY", m_file, "The library")->required();
+        command->footer("Example: brenta report examples/small_parts.lbr");
+        command->callback([this] { m_status = brenta::host::ReportCommand(m_file); });
+    }
+
     CLI::App m_app;
+    std::string m_file;
+    bool m_quick = false;
     std::vector<std::string> m_texts;
     std::string m_text;
     std::vector<std::string> m_files;

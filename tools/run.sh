@@ -44,6 +44,8 @@ command_demo() {
         awk -F '\t' '{ printf "%-12s %10s  %-12s %-12s %-12s %s\n", $1, $2, $3, $4, $5, $6 }'
     headline "A script at work on a board panel  (brenta run examples/board_panel.scr)"
     "$brenta" run examples/board_panel.scr
+    headline "A script walks a part library  (brenta report examples/small_parts.lbr)"
+    "$brenta" report examples/small_parts.lbr
 }
 
 # Unit tests keep their expectations; those of scripts follow what the host prints, and the diff is what gets reviewed.
@@ -67,7 +69,8 @@ renew_scripts() {
 
 renew_examples() {
     build/release/host/brenta eval - <examples/dimensions.txt >examples/dimensions.expected &&
-        build/release/host/brenta run examples/board_panel.scr >examples/board_panel.expected
+        build/release/host/brenta run examples/board_panel.scr >examples/board_panel.expected &&
+        build/release/host/brenta report examples/small_parts.lbr >examples/part_report.expected
 }
 
 command_fuzz() {

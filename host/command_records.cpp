@@ -1,0 +1,84 @@
+// brenta records: the records of an XML file of any size, read as a stream.
+#include <algorithm>
+#include <cstdio>
+
+#include "brenta/xml_stream.h"
+#include "commands.h"
+#include "console.h"
+#include "terminal.h"
+
+namespace brenta::host {
+namespace {
+
+/// A bar on standard error, if that is a terminal.
+class ProgressBar : public CMessageWindow {
+ public:
+    ~ProgressBar() override { Clear(); }
+
+    std::intptr_t OnMessage(unsigned int message, std::uintptr_t wParam, std::intptr_t) override {
+        if (message == kXmlProgressMessage) Draw(static_cast<int>(std::min<std::uintptr_t>(wParam, 100)));
+        return 0;
+    }
+
+    /// Makes room for a line of output.
+    void Clear() {
+        if (m_visible) std::fputs("\r\033[K", stderr);
+        m_visible = false;
+    }
+
+ private:
+    void Draw(int percent) {
+        if (!m_isShown) return;
+        constexpr int kWidth = 40;
+        const std::string bar(static_cast<std::size_t>(percent * kWidth / 100), '#');
+        std::fflush(stdout);
+        std::fprintf(stderr, "\r[%-*s] %3d %%", kWidth, bar.c_str(), percent);
+        m_visible = true;
+    }
+
+    const bool m_isShown = ErrorsGoToTerminal();
+    bool m_visible = false;
+};
+
+/// Prints each record on a line: its tag, its attributes, and how many elements it has.
+class RecordList : public CCmdTarget {
+ public:
+    explicit RecordList(ProgressBar& progress) : m_progress(progress) {}
+
+    bool OnCmdMsg(unsigned int id, int, void* extra, AFX_CMDHANDLERINFO*) override {
+        if (id != kXmlRecordCommand) return false;
+        const auto& record = *static_cast<const CCoreXmlDomElement*>(extra);
+        std::string line = std::to_string(++m_count) + '\t' + ElementText(record);
+        if (const int children = record.GetChildElementCount(); children > 0)
+            line += "  (" + std::to_string(children) + (children == 1 ? " child)" : " children)");
+        m_progress.Clear();
+        PrintLine(line);
+        return true;
+    }
+
+    int Count() const { return m_count; }
+
+ private:
+    ProgressBar& m_progress;
+    int m_count = 0;
+};
+
+}  // namespace
+
+int RecordsCommand(const std::string& file) {
+    if (!CheckFile(file)) return 1;
+    ProgressBar progress;
+    RecordList records(progress);
+    CXMLReader reader(&progress, &records);
+    CString path(file.c_str());
+    CString error;
+    const bool good = reader.ParseDocument(path, error);
+    progress.Clear();
+    PrintLine(std::to_string(records.Count()) + (records.Count() == 1 ? " record" : " records"));
+    if (good) return 0;
+    Complain(error.IsEmpty() ? "'" + file + "' is malformed behind these records"
+                             : std::string(static_cast<const char*>(error)));
+    return 1;
+}
+
+}  // namespace brenta::host

@@ -1,0 +1,11 @@
+#include <unistd.h>
+
+#include "terminal.h"
+
+namespace brenta::host {
+
+bool ErrorsGoToTerminal() {
+    return isatty(STDERR_FILENO) != 0;
+}
+
+}  // namespace brenta::host
