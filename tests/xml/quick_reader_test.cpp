@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <memory>
+#include <random>
+#include <string>
+
+#include "brenta/xml_readers.h"
+#include "test_support.h"
+#include "xml/reader_models.h"
+#include "xml/tree_text.h"
+
+namespace brenta::test {
+namespace {
+
+constexpr char kInner[] = "Inner text not valid in this reader.\n";
+constexpr char kEnd[] = "Unexpected end-of-file.\n";
+constexpr char kSyntax[] = "Syntax error.\n";
+
+void DeleteAll(const TOrderedList<CCoreXmlDomElement*>& elements) {
+    for (CCoreXmlDomElement* element : elements)
+        delete element;
+}
+
+/// The messages, one per line.
+std::string Shown(const RecordingHost& host) {
+    std::string lines;
+    for (const std::string& message : host.shown) {
+        EXPECT_TRUE(message.ends_with("|0")) << message;
+        lines += message.substr(0, message.size() - 2) + "\n";
+    }
+    return lines;
+}
+
+/// The tree, or the messages of a text that is not read.
+std::string Read(const std::string& text) {
+    // A block of exactly its size shows a sanitizer what is read behind it.
+    const auto block = std::make_unique<char[]>(text.size() + 1);
+    text.copy(block.get(), text.size());
+    const RecordingHost host;
+    CCoreXMLQuickReader reader;
+    const bool read = reader.ParseStream(block.get());
+    std::string tree = TreeText(reader.GetFirstElement());
+    DeleteAll(reader.TakeElements());
+    EXPECT_EQ(read ? Shown(host) : tree, "") << text;
+    return read ? tree : Shown(host);
+}
+
+std::string ReadModel(const std::string& text) {
+    QuickModel model(text);
+    if (model.Read()) return model.tree;
+    std::string lines;
+    for (const std::string& message : model.messages)
+        lines += message + "\n";
+    return lines;
+}
+
+std::string Times(int count, const std::string& text) {
+    std::string times;
+    for (int i = 0; i < count; ++i)
+        times += text;
+    return times;
+}
+
+TEST(QuickReader, ReadsItsDialectOrShowsTheFault) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"", ""},
+        {" \t\r\n", ""},
+        {"<?xml version=\"1.0\"?>\n<!-- note -->", ""},
+        {"<? never ends", ""},
+        {"\xEF\xBB\xBF<a/>", "a\n"},
+        {"<a/> <b></b>", "a\nb\n"},
+        {"<a><b><c/></b><!x><d/></a>", "a\n  b\n    c\n  d\n"},
+        {"< a x = \"1\"y=\"<>\n\xE9'\" ></a>", "a x=\"1\" y=\"<>\n\xE9'\"\n"},
+        {"<a x=\"1\" y=\"\" x=\"2\"/>", "a x=\"2\" y=\"\"\n"},
+        {"<a /x=\"1\" /=\"2\"/>", "a /x=\"1\" /=\"2\"\n"},
+        {"<a x=\"1 &lt; 2 &amp;amp; 3 &amp;lt; &quot;&apos;&gt;&nbsp;&#10;&lt\"/>",
+         "a x=\"1 < 2 &amp; 3 &lt; \"'>&nbsp;&#10;&lt\"\n"},
+        {"<a&amp;b &amp;=\"\"></a&b>", "a&b &amp;=\"\"\n"},
+        {"<></><\xE9/>", "\n\n"},
+        {"<a\x80/>", "a\n"},
+        {"x", "Bad XML format.\n"},
+        {"<!-- a > b -->", "Bad XML format.\n"},
+        {"<!DOCTYPE a [<!ENTITY b \"\">]><a/>", "Bad XML format.\n"},
+        {"<a/>x", "Bad XML format.\n"},
+        {"</a>", "Expecting '>' after empty element '/'\n"},
+        {"<a/ >", "Expecting '>' after empty element '/'\n"},
+        {"<a b/>", kEnd},
+        {"<a b >", "Not a valid attribute.\n"},
+        {"<a b ", "Not a valid attribute.\n"},
+        {"<a b\x80\xFF", "Not a valid attribute.\n"},
+        {"<a \xE9=\"1\"/>", "a =\"1\"\n"},
+        {"<a b='1'/>", "Missing quote for attribute value.\n"},
+        {"<a b=", "Missing quote for attribute value.\n"},
+        {"<a b=\"1", kEnd},
+        {"<a></a >", "Mismatched end tag.\n"},
+        {"<a></A>", "Mismatched end tag.\n"},
+        {"<a></a", kEnd},
+        {"<a>text</a>", kInner},
+        {"<a>\xEF\xBB\xBF</a>", kInner},
+        {"<a>&amp;</a>", kInner},
+        {"<a>", kSyntax},
+        {"<a> ", kInner},
+        {"<a><b/>", kSyntax},
+        {"<a><!x>", kSyntax},
+        {"<a><!x", kSyntax},
+        {"<a><", std::string(kEnd) + kInner},
+        {"<a><<b x></a>", std::string(kEnd) + kInner},
+        {"<a><b><c x='1'/></b></a>", "Missing quote for attribute value.\n" + Times(2, kInner)},
+        {"<z/>" + Times(50, "<a>") + Times(49, "</a>"), kSyntax},
+        {Times(50, "<a>") + "<a b ", "Not a valid attribute.\n" + Times(50, kInner)},
+    };
+    for (const auto& [text, expected] : rows) {
+        EXPECT_EQ(Read(text), expected) << text;
+        EXPECT_EQ(ReadModel(text), expected) << text;
+    }
+}
+
+TEST(QuickReader, AgreesWithItsModelOnAnyText) {
+    const std::string sample = "<?x?>\n<lib a=\"&lt;1\" b = \"2\"><!-- --><p&amp;q/ ><s\x80 t=\"\"/> </lib>";
+    for (std::size_t size = 0; size <= sample.size(); ++size)
+        EXPECT_EQ(Read(sample.substr(0, size)), ReadModel(sample.substr(0, size))) << size;
+    const char* const pieces[] = {"<a>", "</a>",    "<b ",         "<",    ">",    "/>",      "</", "=",
+                                  "\"",  "x=\"1\"", "x=\"&gt;\" ", "a",    " ",    "/",       "?",  "!",
+                                  "&",   "amp;",    "b",           "\xE9", "</b>", "<a&amp;>"};
+    std::mt19937 random(1);
+    for (int i = 0; i < 20000; ++i) {
+        std::string text = i % 2 == 0 ? "<a>" : "<a ";
+        for (unsigned int n = random() % 16; n > 0; --n)
+            text += pieces[random() % std::size(pieces)];
+        ASSERT_EQ(Read(text), ReadModel(text)) << text;
+    }
+}
+
+TEST(QuickReader, KeepsElementsOfEarlierParsesUntilAFault) {
+    const RecordingHost host;
+    CCoreXMLQuickReader reader;
+    EXPECT_TRUE(reader.ParseStream("<a/>") && reader.ParseStream("<b/><c/>") && reader.ParseStream(nullptr));
+    EXPECT_EQ(TreeText(reader.GetFirstElement()), "a\nb\nc\n");
+    EXPECT_FALSE(reader.LoadDocument(nullptr) || reader.LoadDocument("/") ||
+                 reader.LoadDocument("/dev/null"));
+    CCoreXMLQuickReader copy(reader);
+    EXPECT_FALSE(reader.ParseStream("<d/><"));
+    EXPECT_EQ(reader.GetFirstElement().Get(), nullptr);
+    EXPECT_EQ(host.shown.size(), 1u);
+    EXPECT_EQ(TreeText(copy.GetFirstElement()), "a\nb\nc\n");
+    DeleteAll(copy.TakeElements());
+    EXPECT_EQ(copy.GetFirstElement().Get(), nullptr);
+}
+
+TEST(QuickReader, ReadsFilesUpToTheirFirstNul) {
+    const Scratch folder;
+    const std::string path = folder / "a.xml";
+    std::ofstream(path, std::ios::binary) << "<a>" << Times(5000, "<b/>") << "</a>" << '\0' << "<";
+    CCoreXMLQuickReader reader;
+    ASSERT_TRUE(reader.LoadDocument(path.c_str()));
+    EXPECT_EQ((*reader.GetFirstElement().Get())->GetChildElementCount(), 5000);
+    DeleteAll(reader.TakeElements());
+}
+
+TEST(QuickReader, NeedsLittleStackAndLinearTime) {
+    OnStackOf(1, [] {
+        const RecordingHost host;
+        CCoreXMLQuickReader reader;
+        ASSERT_TRUE(reader.ParseStream((Times(1'000'000, "<a>") + Times(1'000'000, "</a>")).c_str()));
+        DeleteAll(reader.TakeElements());
+        EXPECT_FALSE(reader.ParseStream((Times(1'000'000, "<a>") + "<").c_str()));
+        EXPECT_EQ(host.shown.size(), 1'000'001u);
+    });
+}
+
+// Every name is set twice: searching for each among all would take minutes.
+TEST(QuickReader, TakesAttributesByTheTenThousand) {
+    std::string text = "<a";
+    for (int i = 0; i < 100'000; ++i)
+        text += " n" + std::to_string(i % 50'000) + "=\"" + std::to_string(i) + "\"";
+    CCoreXMLQuickReader reader;
+    ASSERT_TRUE(reader.ParseStream((text + "><b n1=\"1\" n1=\"2\"/></a>").c_str()));
+    int expected = 50'000;
+    const CCoreXmlDomElement& element = **reader.GetFirstElement().Get();
+    for (auto attribute = element.GetFirstAttribute(); attribute.Get(); attribute.Next())
+        ASSERT_EQ((*attribute.Get())->GetValue(), std::to_string(expected++));
+    EXPECT_EQ(expected, 100'000);
+    EXPECT_EQ(TreeText(element.GetFirstChild()), "b n1=\"2\"\n");
+    DeleteAll(reader.TakeElements());
+}
+
+}  // namespace
+}  // namespace brenta::test
