@@ -78,9 +78,9 @@ void CXMLContentHandler::SendProgress(int percent) const {
     SendMessageA(m_progressWindow, kXmlProgressMessage, static_cast<std::uintptr_t>(percent), 0);
 }
 
-// How far the parse has come is guessed from the texts between tags alone: the column at which one begins,
-// and two for the line's end, is the length of the line where every line ends in white space before the next
-// tag. On other files the estimate is off, and can pass the file's size.
+// How far the parse has come is guessed from the texts between tags alone: the column at which one begins and
+// two for the line's end come close to the length of a line that ends in white space behind a tag. On other
+// files the estimate is far off, and it can pass the file's size on any.
 bool CXMLContentHandler::Characters() {
     if (m_pLocator != nullptr) {
         m_line = m_line == 0 ? m_pLocator->GetLineNumber() : m_line + 1;

@@ -34,9 +34,9 @@
 /// entities are empty. Entities that multiply without bound end the parse.
 ///
 /// Progress. While a file is read the window gets kXmlProgressMessage with whole percents: 0 at the start,
-/// then growing values, none of them twice, and at last 100. The percents are an estimate that is right for
-/// files with one element to a line. In a file with long lines they grow too fast and can pass 100, after
-/// which no 100 is sent any more: show at most 100.
+/// then growing values, none of them twice, and at last 100. The percents are an estimate that is close where
+/// each element stands on a line of its own. It can pass 100, and then no 100 is sent any more; in a file
+/// with very long lines it does so soon. Show at most 100.
 ///
 /// Cost. Names and attribute values are interned (brenta/names.h) and stay in the string table: a file with
 /// very many different values fills it. Memory beside that is proportional to the largest record.

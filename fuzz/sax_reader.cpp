@@ -1,0 +1,62 @@
+// Any bytes as a file that is read as a stream: the memory goes back, records are whole, progress only grows,
+// and counting agrees with building about the file.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "brenta/heap.h"
+#include "brenta/xml_stream.h"
+
+namespace {
+
+/// A file in memory, as long as the process lives.
+class MemoryFile {
+ public:
+    brenta::CString Hold(const std::uint8_t* data, std::size_t size) {
+        if (ftruncate(m_file, 0) != 0 || pwrite(m_file, data, size, 0) != static_cast<ssize_t>(size)) {
+            std::abort();
+        }
+        return ("/proc/self/fd/" + std::to_string(m_file)).c_str();
+    }
+
+ private:
+    const int m_file = memfd_create("input", 0);
+};
+
+class Host : public brenta::CMessageWindow, public brenta::CCmdTarget {
+ public:
+    std::intptr_t OnMessage(unsigned int, std::uintptr_t percent, std::intptr_t) override {
+        if (static_cast<int>(percent) <= m_percent) std::abort();
+        m_percent = static_cast<int>(percent);
+        return 0;
+    }
+    bool OnCmdMsg(unsigned int, int, void* extra, brenta::AFX_CMDHANDLERINFO*) override {
+        const auto* record = static_cast<brenta::CCoreXmlDomElement*>(extra);
+        if (*record->GetTagName() == '\0' || record->GetParent()->GetChildElementCount() != 1) std::abort();
+        return true;
+    }
+
+ private:
+    int m_percent = -1;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static MemoryFile file;
+    brenta::CString path = file.Hold(data, size), error;
+    const int used = brenta::CoreHeapUsed();
+    Host building, counting;
+    const bool built = brenta::CXMLReader(&building, &building).ParseDocument(path, error);
+    int total, components, footprints, symbols;
+    const bool counted = brenta::CXMLReader(&counting, &counting)
+                             .CountElements(path, error, total, components, footprints, symbols);
+    if (built != counted || (counted && total < 1)) std::abort();
+    static bool warm = false;  // the first run interns and allocates what stays
+    if (warm && brenta::CoreHeapUsed() != used) std::abort();
+    warm = true;
+    return 0;
+}

@@ -1,0 +1,363 @@
+// The stream reader: what it delivers, counts and reports, and what it leaves behind, which is nothing.
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <chrono>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "brenta/heap.h"
+#include "brenta/xml_stream.h"
+#include "test_support.h"
+#include "xml/sax_source.h"
+#include "xml/tree_text.h"
+
+namespace brenta::test {
+namespace {
+
+using namespace std::string_literals;
+
+using Percents = std::vector<int>;
+
+class ProgressWindow : public CMessageWindow {
+ public:
+    std::intptr_t OnMessage(unsigned int message, std::uintptr_t wParam, std::intptr_t lParam) override {
+        EXPECT_EQ(message, 0x741Cu);
+        EXPECT_EQ(lParam, 0);
+        percents.push_back(static_cast<int>(wParam));
+        return 1;
+    }
+    Percents percents;
+};
+
+/// Keeps each record as text, below the text of its root.
+class RecordTarget : public CCmdTarget {
+ public:
+    bool OnCmdMsg(unsigned int id, int code, void* extra, AFX_CMDHANDLERINFO* handlerInfo) override {
+        EXPECT_EQ(id, 0xEA61u);
+        EXPECT_EQ(code, 0);
+        EXPECT_EQ(handlerInfo, nullptr);
+        auto* record = static_cast<CCoreXmlDomElement*>(extra);
+        if (onRecord) onRecord(*record);
+        records += TreeText(*record);
+        return false;
+    }
+    std::string records;
+    std::function<void(CCoreXmlDomElement&)> onRecord;
+};
+
+class SaxReader : public testing::Test {
+ protected:
+    CString Write(const std::string& content) {
+        std::ofstream(scratch / "file", std::ios::binary) << content;
+        return (scratch / "file").c_str();
+    }
+    bool Parse(const std::string& content) {
+        CString path = Write(content);
+        window.percents.clear();
+        target.records.clear();
+        return CXMLReader(&window, &target).ParseDocument(path, error);
+    }
+
+    const Scratch scratch;
+    ProgressWindow window;
+    RecordTarget target;
+    CString error{"as it was"};
+};
+
+TEST_F(SaxReader, DeliversRecordsInOrder) {
+    struct Row {
+        std::string file;
+        const char* records;
+    };
+    const Row rows[] = {
+        {"<r><a x='1' y='2'/><b>text</b><c/></r>", "a x=\"1\" y=\"2\"\nb\nc\n"},
+        {"<r/>", ""},
+        {" <r x='1'>no records</r> ", ""},
+        {"<r><a><b x='1'><c/></b><d/></a><e><a/></e></r>", "a\n  b x=\"1\"\n    c\n  d\ne\n  a\n"},
+        {"<?xml version='1.0'?><!DOCTYPE r><?p?><r><!--c--><a><![CDATA[<x/>]]><?p?></a></r><!--c-->", "a\n"},
+        {"<p:r xmlns:p='u' xmlns='v'><p:a xmlns:q='w' p:x='1' q:x='2'/></p:r>", "a x=\"1\" x=\"2\"\n"},
+        {"<r><a x='&lt;&amp;&#65;&#xe9;' y='' z=' \t1\n'/></r>", "a x=\"<&A\u00e9\" y=\"\" z=\"  1 \"\n"},
+        {"<!DOCTYPE r [<!ATTLIST a y CDATA 'd' x CDATA 'n'>]><r><a x='1'/><a/></r>",
+         "a x=\"1\" y=\"d\"\na y=\"d\" x=\"n\"\n"},
+        {"<!DOCTYPE r [<!ENTITY e 'v'><!ENTITY f '<a x=\"&e;\"/>'>]><r>&f;<b>&f;&e;</b>&f;</r>",
+         "a x=\"v\"\nb\n  a x=\"v\"\na x=\"v\"\n"},
+        {"<?xml version='1.0' encoding='ISO-8859-1'?><r><a x='\xe9'/></r>", "a x=\"\u00e9\"\n"},
+        {"\xef\xbb\xbf<?xml version='1.0' encoding='ISO-8859-1'?><r><a x='\u00e9'/></r>", "a x=\"\u00e9\"\n"},
+        {"\xff\xfe<\0r\0>\0<\0\xe9\0/\0>\0<\0/\0r\0>\0"s, "\u00e9\n"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_TRUE(Parse(row.file)) << row.file;
+        EXPECT_EQ(target.records, row.records) << row.file;
+        EXPECT_EQ(window.percents.back(), 100) << row.file;
+    }
+}
+
+TEST_F(SaxReader, DeliversWhatIsCompleteBeforeAFaultAndLeavesNothing) {
+    const char* const faults[] = {
+        "",
+        "<b>",
+        "<b></c>",
+        "<b></r>",
+        "<b x='1' x='2'/>",
+        "<b><p:c/></b>",
+        "&nope;",
+        "<b x=1/>",
+        "<b x='<'/>",
+        "<b>\x01</b>",
+        "<b>\xff</b>",
+        "</r><r>",
+        "</r>text",
+        "<b><c><d/>",
+        "<![CDATA[x",
+        "<!--x",
+        "]]>",
+        "<b p:x=''/>",
+    };
+    for (const std::string fault : faults) {
+        Parse("<r><a x='1'/>" + fault + "</r>"s);  // interns its names
+        const int used = CoreHeapUsed();
+        EXPECT_EQ(Parse("<r><a x='1'/>" + fault + (fault.empty() ? "" : "</r>")), false) << fault;
+        EXPECT_EQ(target.records, "a x=\"1\"\n") << fault;
+        EXPECT_EQ(window.percents.front(), 0);
+        EXPECT_NE(window.percents.back(), 100) << fault;
+        EXPECT_EQ(CoreHeapUsed(), used) << fault;
+    }
+    const std::string whole = "<?xml version='1.0'?><!DOCTYPE r [<!ENTITY e 'v'>]><r><a x='&e;'/></r>";
+    for (std::size_t length = 0; length < whole.size(); ++length)
+        EXPECT_FALSE(Parse(whole.substr(0, length))) << length;
+    for (const std::string& file : {""s, " \n"s, "\xef\xbb\xbf"s, "\x1f\x8b\x08 gzip"s, "<r>\0</r>"s,
+                                    "<r/>\0"s, "<r/>\0<"s, "<?xml version='1.0' encoding='none'?><r/>"s}) {
+        EXPECT_FALSE(Parse(file)) << file;
+        EXPECT_EQ(target.records, "");
+    }
+    EXPECT_EQ(error, "as it was");
+}
+
+TEST_F(SaxReader, ReadsRegularFilesOnly) {
+    CXMLReader reader(&window, &target);
+    Write("<r><a/></r>");
+    ASSERT_EQ(mkfifo((scratch / "pipe").c_str(), 0600), 0);
+    for (const std::string& name : {scratch / "none", scratch / "", scratch / "pipe", ""s, "/dev/zero"s,
+                                    "http://127.0.0.1/file"s, "file://" + scratch / "file"}) {
+        CString path(name.c_str());
+        EXPECT_FALSE(reader.ParseDocument(path, error)) << name;
+    }
+    EXPECT_TRUE(window.percents.empty());
+    CString path((scratch / "file").c_str());
+    for (int i = 0; i < 2; ++i)
+        EXPECT_TRUE(reader.ParseDocument(path, error));
+    EXPECT_EQ(target.records, "a\na\n");
+    EXPECT_TRUE(CXMLReader(nullptr, nullptr).ParseDocument(path, error));
+}
+
+TEST_F(SaxReader, CountsElements) {
+    CXMLReader reader(&window, &target);
+    int total = 7, components = 7, footprints = 7, symbols = 7;
+    const auto count = [&](const std::string& content) {
+        CString path = Write(content);
+        return reader.CountElements(path, error, total, components, footprints, symbols);
+    };
+    EXPECT_FALSE(count("<r><component/>"));
+    EXPECT_EQ(std::tie(total, components, footprints, symbols), std::make_tuple(0, 0, 7, 7));
+    EXPECT_TRUE(
+        count("<r><component/><Symbol uncounted='1'/><x:COMPONENT xmlns:x='u'><y/></x:COMPONENT>"
+              "<footprints/><uncounted/></r>"));
+    EXPECT_EQ(std::tie(total, components, footprints, symbols), std::make_tuple(7, 2, 0, 1));
+    EXPECT_TRUE(count("<fooTprint/>"));
+    EXPECT_EQ(std::tie(total, components, footprints, symbols), std::make_tuple(1, 0, 1, 0));
+    EXPECT_EQ(target.records, "");
+    EXPECT_FALSE(StrPresent("uncounted"));
+    EXPECT_EQ(window.percents.back(), 100);
+    CString path = Write("<r><a/></r>");
+    EXPECT_TRUE(reader.ParseDocument(path, error));
+    EXPECT_EQ(target.records, "a\n") << "counting is over";
+}
+
+TEST_F(SaxReader, ReportsProgressFromTheColumnsAtWhichTextsBegin) {
+    struct Row {
+        std::string file;
+        Percents percents;
+    };
+    const Row rows[] = {
+        {"<r/>", {0, 100}},
+        {"<r>\n<a/>\n</r>", {0, 46, 100}},         // 4 + 2 of 13, 5 + 2 of 13
+        {"<r> <a/> <a/> </r>", {0, 33, 94, 183}},  // 4 + 2, 9 + 2, 14 + 2 of 18
+        {"<r><![CDATA[1]]>2&#51;<a/></r>", {0, 20, 100}},
+        {"<r>1<!-- -->2<?p?>\n</r>", {0, 26, 91, 182}},
+    };
+    for (const Row& row : rows) {
+        EXPECT_TRUE(Parse(row.file));
+        EXPECT_EQ(window.percents, row.percents) << row.file;
+    }
+    std::string file = "<r>\n";
+    for (int i = 0; i < 1000; ++i)
+        file += "<part name='R1' value='10k'/>\n";
+    ASSERT_TRUE(Parse(file + "</r>"));
+    EXPECT_GE(window.percents.size(), 95u);
+    EXPECT_EQ(std::adjacent_find(window.percents.begin(), window.percents.end(), std::greater_equal<int>()),
+              window.percents.end());
+    EXPECT_LE(window.percents.back(), 106);
+}
+
+/// A parser that tells a fixed story for files that do not exist.
+class FakeParser : public ISAXXMLReader, public ISAXLocator {
+ public:
+    bool PutContentHandler(ISAXContentHandler* handler) override {
+        m_pHandler = handler;
+        return s_registers;
+    }
+    bool ParseURL(const char*) override {
+        m_pHandler->PutDocumentLocator(this);
+        if (!m_pHandler->StartDocument() || m_pHandler->EndElement()) return false;
+        return m_pHandler->StartElement("r", {}) && m_pHandler->Characters() && m_pHandler->EndElement() &&
+               m_pHandler->EndDocument();
+    }
+    std::int64_t GetLineNumber() const override { return 1; }
+    std::int64_t GetColumnNumber() const override { return std::int64_t{1} << 40; }
+
+    static bool s_registers;
+
+ private:
+    ISAXContentHandler* m_pHandler = nullptr;
+};
+bool FakeParser::s_registers;
+
+TEST_F(SaxReader, NeedsAParserAndKnowsFilesOfUnknownSize) {
+    const SaxReaderMaker original = g_saxReaderMaker;
+    const SaxReaderMaker makers[] = {
+        [] { return std::unique_ptr<ISAXXMLReader>(); },
+        []() -> std::unique_ptr<ISAXXMLReader> { throw std::bad_alloc(); },
+        []() -> std::unique_ptr<ISAXXMLReader> { return std::make_unique<FakeParser>(); },
+    };
+    CString path((scratch / "none").c_str());
+    FakeParser::s_registers = false;
+    for (const SaxReaderMaker maker : makers) {
+        g_saxReaderMaker = maker;
+        CXMLReader reader(&window, &target);
+        error.Empty();
+        EXPECT_FALSE(reader.ParseDocument(path, error));
+        EXPECT_EQ(error, "Failed to initialize XML reader.");
+        int counts[] = {7, 7, 7, 7};
+        EXPECT_FALSE(reader.CountElements(path, error, counts[0], counts[1], counts[2], counts[3]));
+        EXPECT_EQ((std::vector<int>(counts, counts + 4)), (std::vector<int>{0, 0, 7, 7}));
+    }
+    FakeParser::s_registers = true;
+    CXMLReader reader(&window, &target);
+    EXPECT_TRUE(reader.ParseDocument(path, error));
+    EXPECT_EQ(window.percents, (Percents{0, 100}));
+    Write("x");
+    path = (scratch / "file").c_str();
+    EXPECT_TRUE(reader.ParseDocument(path, error));
+    EXPECT_EQ(window.percents, (Percents{0, 100, 0, INT_MAX}));
+    g_saxReaderMaker = original;
+}
+
+TEST_F(SaxReader, IsSafeFromItsReceivers) {
+    CString path = Write("<r><a x='1'><b/></a><a/></r>");
+    CXMLReader reader(&window, &target);
+    CCoreXmlDomElement copy;
+    target.onRecord = [&](CCoreXmlDomElement& record) {
+        EXPECT_FALSE(reader.ParseDocument(path, error)) << "one parse at a time";
+        if (copy.GetTagNameId() == kNoName) copy = record;
+        record.DeleteChildren();
+        record.GetParent()->CreateChildElement("added");
+    };
+    EXPECT_TRUE(reader.ParseDocument(path, error));
+    EXPECT_EQ(target.records, "a x=\"1\"\na\n");
+    EXPECT_EQ(TreeText(copy), "a x=\"1\"\n  b\n");
+
+    const int used = CoreHeapUsed();
+    target.onRecord = [](CCoreXmlDomElement&) { throw std::runtime_error("enough"); };
+    EXPECT_THROW(reader.ParseDocument(path, error), std::runtime_error);
+    target.onRecord = [](CCoreXmlDomElement&) { throw std::bad_alloc(); };
+    EXPECT_FALSE(reader.ParseDocument(path, error));
+    EXPECT_EQ(CoreHeapUsed(), used);
+    target.onRecord = nullptr;
+    EXPECT_TRUE(reader.ParseDocument(path, error));
+}
+
+TEST_F(SaxReader, OpensNoOtherFileAndStopsEntitiesThatMultiply) {
+    std::ofstream(scratch / "leak") << "<leak/>";
+    std::ofstream(scratch / "declarations") << "<!ENTITY e 'leak'>";
+    const auto declare = [&](const char* kind, const char* name) {
+        return "<!DOCTYPE r ["s + kind + " SYSTEM '" + scratch / name + "'>";
+    };
+    EXPECT_TRUE(Parse(declare("<!ENTITY e", "leak") + "]><r><a x='&e;'/>&e;</r>"));
+    EXPECT_EQ(target.records, "a x=\"\"\n");
+    EXPECT_FALSE(Parse(declare("<!ENTITY % p", "declarations") + "%p;]><r><a/><b x='&e;'/></r>"));
+    EXPECT_FALSE(Parse("<!DOCTYPE r SYSTEM '" + scratch / "declarations" + "'><r><b x='&e;'/></r>"));
+    EXPECT_TRUE(Parse("<!DOCTYPE r SYSTEM '" + scratch / "declarations" + "'><r><b/></r>"));
+
+    std::string bomb = "<!DOCTYPE r [<!ENTITY e0 '0123456789'>";
+    for (int i = 1; i < 10; ++i) {
+        bomb += "<!ENTITY e" + std::to_string(i) + " '";
+        for (int k = 0; k < 10; ++k)
+            bomb += "&e" + std::to_string(i - 1) + ";";
+        bomb += "'>";
+    }
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(Parse(bomb + "]><r>&e9;</r>"));
+    EXPECT_FALSE(Parse(bomb + "]><r><a x='&e9;'/></r>"));
+    EXPECT_FALSE(Parse("<!DOCTYPE r [<!ENTITY e '&e;'>]><r>&e;</r>"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST_F(SaxReader, StreamsInConstantMemory) {
+    constexpr int kRecords = 200000;  // of 320 bytes
+    std::string record = "<part name='R1' value='10k'><pin number='1' net='GND'/><pin number='2' net='VCC'/>";
+    record.append(320 - record.size() - 8, ' ').append("</part>\n");
+    ASSERT_TRUE(Parse("<r>" + record + "</r>"));
+    {
+        std::ofstream file(scratch / "file", std::ios::binary);
+        file << "<r>\n";
+        for (int i = 0; i < kRecords; ++i)
+            file << record;
+        file << "</r>";
+    }
+    rusage before, after;
+    const int usedBefore = CoreHeapUsed();
+    int most = 0;
+    int count = 0;
+    target.onRecord = [&](CCoreXmlDomElement&) {
+        most = std::max(most, CoreHeapUsed());
+        target.records.clear();
+        ++count;
+    };
+    CString path((scratch / "file").c_str());
+    getrusage(RUSAGE_SELF, &before);
+    EXPECT_TRUE(CXMLReader(&window, &target).ParseDocument(path, error));
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_EQ(count, kRecords);
+    EXPECT_LT(most - usedBefore, 16 * 1024);
+    EXPECT_EQ(CoreHeapUsed(), usedBefore);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 8 * 1024) << "in KB, for a file of 64 MB";
+}
+
+TEST_F(SaxReader, GoesAsDeepAsTheFile) {
+    constexpr int kLevels = 1000000;
+    std::string file = "<r>";
+    for (int i = 0; i < kLevels; ++i)
+        file += "<e>";
+    Write(file);
+    CString path((scratch / "file").c_str());
+    int depth = 0;
+    target.onRecord = [&](CCoreXmlDomElement& record) {
+        for (CCoreXmlDomElement* e = &record; e;
+             e = e->GetFirstChild().Get() ? *e->GetFirstChild().Get() : nullptr)
+            ++depth;
+        record.DeleteChildren();
+    };
+    OnStackOf(1, [&] { EXPECT_FALSE(CXMLReader(&window, &target).ParseDocument(path, error)); });
+    for (int i = 0; i < kLevels; ++i)
+        file += "</e>";
+    Write(file + "</r>");
+    OnStackOf(1, [&] { EXPECT_TRUE(CXMLReader(&window, &target).ParseDocument(path, error)); });
+    EXPECT_EQ(depth, kLevels);
+    EXPECT_EQ(target.records, "e\n");
+}
+
+}  // namespace
+}  // namespace brenta::test
