@@ -34,6 +34,12 @@ FileStatus ReadWholeFile(const char* path, std::string& content,
 /// Creates or replaces a file; false if that fails, and the file may then hold a part of the content.
 bool WriteWholeFile(const char* path, std::string_view content);
 
+/// Creates or replaces a file as a whole; if that fails, be it that the disk is full, the old file is as it
+/// was. The content is written beside the old file, brought to the disk, and put in its place, with its
+/// access rights. A symbolic link stays, and what it leads to is replaced. A file that may be written in a
+/// folder that may not is overwritten once its room is reserved. A device or pipe is written to directly.
+bool ReplaceWholeFile(const char* path, std::string_view content);
+
 enum class PathKind { Absent, File, Directory };
 
 /// What a path leads to; everything that is there and no folder counts as a file, except that on Windows a
@@ -129,6 +135,10 @@ void BreakIntoDebugger();
 /// The lowest address that the calling thread's stack can safely grow to, some reserve for called functions
 /// left aside; 0 if unknown. Cheap after a thread's first call.
 std::uintptr_t StackLimit();
+
+/// Calls work(context) on a thread with a stack of so many bytes and waits for it to return; false, and no
+/// call, if there can be no such thread. `work` must not throw.
+bool RunOnStack(std::size_t stackSize, void (*work)(void* context), void* context);
 
 /// A value per thread that is handed to a function when its thread ends.
 class ThreadEndHook {

@@ -1,9 +1,11 @@
 // Linux: whole files and paths.
 #include <fcntl.h>
+#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <exception>
 #include <utility>
@@ -83,6 +85,62 @@ FileStatus ReadToEnd(int file, std::size_t expected, std::string& content, std::
     return FileStatus::Ok;
 }
 
+/// Where the symbolic links lead that a path ends with, also if nothing is there.
+std::string FollowLinks(std::string path) {
+    constexpr int kMostLinks = 40;
+    char target[PATH_MAX];
+    for (int i = 0; i < kMostLinks; ++i) {
+        const ssize_t size = readlink(path.c_str(), target, sizeof(target));
+        if (size < 0 || size == sizeof(target)) break;
+        const std::string_view next(target, static_cast<std::size_t>(size));
+        if (!next.starts_with('/'))
+            path.resize(path.rfind('/') + 1);  // npos + 1 is 0
+        else
+            path.clear();
+        path += next;
+    }
+    return path;
+}
+
+/// Gives a new file the rights and, as far as possible, the owner of an old one.
+bool TakeRights(int file, const struct stat& old) {
+    if (fchown(file, old.st_uid, old.st_gid) != 0 && fchown(file, static_cast<uid_t>(-1), old.st_gid) != 0) {
+        // The owner is the writer then, as for any new file.
+    }
+    return fchmod(file, old.st_mode & 07777) == 0;
+}
+
+/// Writes a file under a name of its own and renames it to `path`. Returns 0, or what went wrong.
+int WriteBeside(const std::string& path, std::string_view content, const struct stat* old) {
+    static std::atomic<unsigned int> counter;
+    const std::string folder = path.substr(0, path.rfind('/') + 1);  // npos + 1 is 0
+    std::string name;
+    int number = -1;
+    do {
+        name = folder + ".brenta-" + std::to_string(getpid()) + "-" + std::to_string(++counter) + ".tmp";
+        number = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (number < 0 && errno == EEXIST);
+    if (number < 0) return errno;
+    Descriptor file(number);
+    const bool written = (old == nullptr || TakeRights(number, *old)) && WriteAll(number, content) &&
+                         fsync(number) == 0 && file.Close() && rename(name.c_str(), path.c_str()) == 0;
+    if (written) return 0;
+    unlink(name.c_str());
+    return EIO;
+}
+
+/// Overwrites a file in place, once there is certainly room for its new content.
+bool Overwrite(const std::string& path, std::string_view content, off_t oldSize) {
+    Descriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    const auto size = static_cast<off_t>(content.size());
+    if (file.Get() < 0) return false;
+    if (size > oldSize && posix_fallocate(file.Get(), oldSize, size - oldSize) != 0) {
+        return ftruncate(file.Get(), oldSize) != 0 && false;
+    }
+    return WriteAll(file.Get(), content) && ftruncate(file.Get(), size) == 0 && fsync(file.Get()) == 0 &&
+           file.Close();
+}
+
 }  // namespace
 
 FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t limit) try {
@@ -99,6 +157,20 @@ FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t lim
 bool WriteWholeFile(const char* path, std::string_view content) {
     Descriptor file(OpenToWrite(path));
     return file.Get() >= 0 && WriteAll(file.Get(), content) && file.Close();
+}
+
+bool ReplaceWholeFile(const char* path, std::string_view content) try {
+    const std::string target = FollowLinks(NativePath(path));
+    struct stat old;
+    if (stat(target.c_str(), &old) != 0) return WriteBeside(target, content, nullptr) == 0;
+    if (S_ISDIR(old.st_mode)) return false;
+    if (!S_ISREG(old.st_mode)) return WriteWholeFile(target.c_str(), content);
+    if (access(target.c_str(), W_OK) != 0) return false;
+    const int error = WriteBeside(target, content, &old);
+    const bool folderIsClosed = error == EACCES || error == EPERM || error == EROFS;
+    return error == 0 || (folderIsClosed && Overwrite(target, content, old.st_size));
+} catch (const std::exception&) {
+    return false;
 }
 
 FileReader::~FileReader() {

@@ -113,6 +113,25 @@ std::uintptr_t StackLimit() {
     return t_limit;
 }
 
+bool RunOnStack(std::size_t stackSize, void (*work)(void* context), void* context) {
+    struct Call {
+        void (*work)(void* context);
+        void* context;
+    } call{work, context};
+    const auto start = [](void* argument) -> void* {
+        const Call& wanted = *static_cast<Call*>(argument);
+        wanted.work(wanted.context);
+        return nullptr;
+    };
+    pthread_attr_t attributes;
+    if (pthread_attr_init(&attributes) != 0) return false;
+    pthread_t thread;
+    const bool started = pthread_attr_setstacksize(&attributes, stackSize) == 0 &&
+                         pthread_create(&thread, &attributes, start, &call) == 0;
+    pthread_attr_destroy(&attributes);
+    return started && pthread_join(thread, nullptr) == 0;
+}
+
 bool ThreadEndHook::Open(void (*atThreadEnd)(void* value)) {
     pthread_key_t key;
     m_open = pthread_key_create(&key, atThreadEnd) == 0;

@@ -1,5 +1,6 @@
 // Windows: whole files and paths.
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <utility>
@@ -75,6 +76,33 @@ bool WriteWholeFile(const char* path, std::string_view content) {
     const File file(CreateFileA(NativePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                 CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     return file.IsOpen() && WriteAll(file.Get(), content);
+}
+
+bool ReplaceWholeFile(const char* path, std::string_view content) try {
+    static std::atomic<unsigned int> counter;
+    const std::string target = NativePath(path);
+    const DWORD attributes = GetFileAttributesA(target.c_str());
+    const bool present = attributes != INVALID_FILE_ATTRIBUTES;
+    if (present && (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) != 0) return false;
+    const std::string beside =
+        target + "." + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++counter) + ".tmp";
+    bool written;
+    {
+        const File file(CreateFileA(beside.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (!file.IsOpen()) return false;
+        written = WriteAll(file.Get(), content) && FlushFileBuffers(file.Get());
+    }
+    if (written && present) {
+        written = ReplaceFileA(target.c_str(), beside.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS,
+                               nullptr, nullptr);
+    } else if (written) {
+        written = MoveFileExA(beside.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH);
+    }
+    if (!written) DeleteFileA(beside.c_str());
+    return written;
+} catch (const std::exception&) {
+    return false;
 }
 
 FileReader::~FileReader() {

@@ -64,6 +64,24 @@ std::uintptr_t StackLimit() {
     return low + kReserve;
 }
 
+bool RunOnStack(std::size_t stackSize, void (*work)(void* context), void* context) {
+    struct Call {
+        void (*work)(void* context);
+        void* context;
+    } call{work, context};
+    const LPTHREAD_START_ROUTINE start = [](void* argument) -> DWORD {
+        const Call& wanted = *static_cast<Call*>(argument);
+        wanted.work(wanted.context);
+        return 0;
+    };
+    const HANDLE thread =
+        CreateThread(nullptr, stackSize, start, &call, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    if (thread == nullptr) return false;
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+    return true;
+}
+
 bool ThreadEndHook::Open(void (*atThreadEnd)(void* value)) {
     const DWORD index = FlsAlloc(atThreadEnd);
     m_open = index != FLS_OUT_OF_INDEXES;

@@ -1,0 +1,280 @@
+// Writing: parsed documents through libxml2, trees of the library directly. A tree is written without making
+// nodes of it first: the text is all that a built document needs to be.
+#include <libxml/parserInternals.h>
+#include <libxml/xmlsave.h>
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <unordered_map>
+
+#include "brenta/xml.h"
+#include "xml/platform_libxml2.h"
+
+namespace brenta {
+
+namespace {
+
+// ---------------------------------------------------------------------------------------------------------
+// Characters
+
+enum ByteKind : std::uint8_t { kPass, kDrop, kEscape, kHigh };
+
+constexpr std::array<ByteKind, 256> MakeByteKinds() {
+    std::array<ByteKind, 256> kinds{};
+    for (std::size_t c = 0; c < kinds.size(); ++c)
+        kinds[c] = c >= 0x80 ? kHigh : c < ' ' ? kDrop : kPass;
+    for (const char c : {'<', '>', '&', '"', '\n', '\r', '\t'})
+        kinds[static_cast<unsigned char>(c)] = kEscape;
+    return kinds;
+}
+
+constexpr std::array<ByteKind, 256> kByteKinds = MakeByteKinds();
+
+const char* Escape(char c) {
+    switch (c) {
+        case '<':
+            return "&lt;";
+        case '>':
+            return "&gt;";
+        case '&':
+            return "&amp;";
+        case '"':
+            return "&quot;";
+        case '\n':
+            return "&#10;";
+        case '\r':
+            return "&#13;";
+        default:
+            return "&#9;";
+    }
+}
+
+/// Takes one character from 0x80 up. A byte that is not UTF-8 is taken as Latin-1, so that nothing is lost;
+/// what XML allows nowhere, U+FFFE and U+FFFF, is dropped. Returns whether it was written.
+bool AppendHigh(std::string& out, const char*& p, const char* end) {
+    int size = static_cast<int>(std::min<std::ptrdiff_t>(end - p, 4));
+    const int code = xmlGetUTF8Char(reinterpret_cast<const unsigned char*>(p), &size);
+    constexpr int kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+    if (code >= 0x80 && code >= kLeast[size] && (IS_CHAR(code) || code == 0xFFFE || code == 0xFFFF)) {
+        const bool allowed = IS_CHAR(code);
+        if (allowed) out.append(p, static_cast<std::size_t>(size));
+        p += size;
+        return allowed;
+    }
+    const auto byte = static_cast<unsigned char>(*p++);
+    out += static_cast<char>(0xC0 | (byte >> 6));
+    out += static_cast<char>(0x80 | (byte & 0x3F));
+    return true;
+}
+
+/// Appends a text as characters that a document may hold; false if others were dropped. With `escaped`, as
+/// the value of an attribute.
+bool AppendText(std::string& out, std::string_view text, bool escaped) {
+    const char* p = text.data();
+    const char* const end = p + text.size();
+    bool whole = true;
+    while (p != end) {
+        const char* const run = p;
+        while (p != end && kByteKinds[static_cast<unsigned char>(*p)] == kPass)
+            ++p;
+        out.append(run, static_cast<std::size_t>(p - run));
+        if (p == end) break;
+        const ByteKind kind = kByteKinds[static_cast<unsigned char>(*p)];
+        if (kind == kHigh) {
+            whole = AppendHigh(out, p, end) && whole;
+            continue;
+        }
+        whole = whole && kind != kDrop;
+        if (kind == kEscape && escaped) out += Escape(*p);
+        if (kind == kEscape && !escaped) out += *p;
+        ++p;
+    }
+    return whole;
+}
+
+/// Puts a text back to its length if the work on it is not finished.
+class Rollback {
+ public:
+    explicit Rollback(std::string& text) : m_text(text), m_size(text.size()) {}
+    ~Rollback() {
+        if (!m_done) m_text.resize(m_size);
+    }
+    Rollback(const Rollback&) = delete;
+    Rollback& operator=(const Rollback&) = delete;
+    void Done() { m_done = true; }
+
+ private:
+    std::string& m_text;
+    std::size_t m_size;
+    bool m_done = false;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Elements
+
+/// Writes an element and what is below it. What has no name that XML knows is left out.
+class ElementWriter {
+ public:
+    explicit ElementWriter(std::string& out) : m_out(out) {}
+
+    bool Write(const CCoreXmlDomElement& top) {
+        if (!Begin(top)) return false;
+        while (!m_open.empty()) {
+            Open& open = m_open.back();
+            if (open.child.Get() == nullptr) {
+                End();
+                continue;
+            }
+            const CCoreXmlDomElement& child = **open.child.Get();
+            open.child.Next();
+            Begin(child);
+        }
+        return true;
+    }
+
+ private:
+    struct Open {
+        TIter<CCoreXmlDomElement*> child;
+        const std::string* name;
+    };
+
+    /// The name as it is written; "" for one that is not to be.
+    const std::string& Name(STRID id) {
+        const auto [found, isNew] = m_names.try_emplace(id);
+        std::string& name = found->second;
+        if (isNew) {
+            const bool whole = AppendText(name, StrPtr(id), false);
+            if (!whole || xmlValidateQName(AsXmlChars(name.c_str()), 0) != 0) name.clear();
+        }
+        return name;
+    }
+
+    bool Begin(const CCoreXmlDomElement& element) {
+        const std::string& name = Name(element.GetTagNameId());
+        if (name.empty()) return false;
+        (m_out += '<') += name;
+        WriteAttributes(element);
+        TIter<CCoreXmlDomElement*> child = element.GetFirstChild();
+        while (child.Get() && Name((*child.Get())->GetTagNameId()).empty())
+            child.Next();
+        if (child.Get() == nullptr) {
+            m_out += "/>";
+        } else {
+            m_out += '>';
+            m_open.push_back({child, &name});
+        }
+        return true;
+    }
+
+    void End() {
+        ((m_out += "</") += *m_open.back().name) += '>';
+        m_open.pop_back();
+    }
+
+    /// Of several attributes with one name the last one's value stands at the place of the first.
+    void WriteAttributes(const CCoreXmlDomElement& element) {
+        m_attributes.clear();
+        m_places.clear();
+        constexpr std::size_t kFew = 16;
+        for (auto iter = element.GetFirstAttribute(); iter.Get(); iter.Next()) {
+            const CCoreXmlDomAttribute* const attribute = *iter.Get();
+            const STRID name = attribute->GetNameId();
+            std::size_t place = 0;
+            if (m_attributes.size() < kFew) {
+                while (place < m_attributes.size() && m_attributes[place]->GetNameId() != name)
+                    ++place;
+            } else {
+                for (std::size_t i = m_places.size(); i < m_attributes.size(); ++i)
+                    m_places.emplace(m_attributes[i]->GetNameId(), i);
+                place = m_places.try_emplace(name, m_attributes.size()).first->second;
+            }
+            if (place == m_attributes.size())
+                m_attributes.push_back(attribute);
+            else
+                m_attributes[place] = attribute;
+        }
+        for (const CCoreXmlDomAttribute* attribute : m_attributes) {
+            const std::string& name = Name(attribute->GetNameId());
+            if (name.empty()) continue;
+            ((m_out += ' ') += name) += "=\"";
+            AppendText(m_out, attribute->GetValue(), true);
+            m_out += '"';
+        }
+    }
+
+    std::string& m_out;
+    std::vector<Open> m_open;
+    std::unordered_map<STRID, std::string> m_names;
+    std::vector<const CCoreXmlDomAttribute*> m_attributes;
+    std::unordered_map<STRID, std::size_t> m_places;
+};
+
+}  // namespace
+
+bool WriteElement(std::string& out, const CCoreXmlDomElement& element) {
+    Rollback rollback(out);
+    if (!ElementWriter(out).Write(element)) return false;
+    out += '\n';
+    rollback.Done();
+    return true;
+}
+
+bool WriteInstruction(std::string& out, std::string_view target, const char* data) {
+    Rollback rollback(out);
+    const std::string name(target);
+    if (xmlValidateNCName(AsXmlChars(name.c_str()), 0) != 0) return false;
+    std::string text;
+    AppendText(text, data, false);
+    if (text.find("?>") != text.npos) return false;
+    ((out += "<?") += name) += ' ';
+    (out += text) += "?>\n";
+    rollback.Done();
+    return true;
+}
+
+bool WriteComment(std::string& out, const char* text) {
+    Rollback rollback(out);
+    std::string plain;
+    AppendText(plain, text, false);
+    if (plain.find("--") != plain.npos || plain.ends_with('-')) return false;
+    ((out += "<!--") += plain) += "-->\n";
+    rollback.Done();
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Parsed documents
+
+int AppendToString(void* text, const char* bytes, int size) {
+    try {
+        static_cast<std::string*>(text)->append(bytes, static_cast<std::size_t>(size));
+        return size;
+    } catch (const std::bad_alloc&) {
+        return -1;
+    }
+}
+
+std::string WriteTree(const XmlTree& tree) {
+    std::string text;
+    xmlSaveCtxt* const save = xmlSaveToIO(&AppendToString, nullptr, &text, "UTF-8",
+                                          XML_SAVE_NO_DECL | XML_SAVE_AS_XML | XML_SAVE_NO_XHTML);
+    if (save == nullptr) throw std::bad_alloc();
+    const long result = xmlSaveDoc(save, tree.m_pDoc);
+    if (xmlSaveClose(save) < 0 || result < 0) throw std::bad_alloc();
+    return text;
+}
+
+std::string WriteDeclaration(const XmlTree& tree, const std::string& encoding) {
+    constexpr int kNoDeclaration = -1;
+    const xmlDoc& document = *tree.m_pDoc;
+    if (document.standalone == kNoDeclaration) return "";
+    std::string text = "<?xml version=\"";
+    text += document.version == nullptr ? "1.0" : AsChars(document.version);
+    if (!encoding.empty()) (text += "\" encoding=\"") += encoding;
+    if (document.standalone >= 0)
+        text += document.standalone == 1 ? "\" standalone=\"yes" : "\" standalone=\"no";
+    return text += "\"?>\n";
+}
+
+}  // namespace brenta
