@@ -82,6 +82,7 @@ void CXMLContentHandler::SendProgress(int percent) const {
 // two for the line's end come close to the length of a line that ends in white space behind a tag. On other
 // files the estimate is far off, and it can pass the file's size on any.
 bool CXMLContentHandler::Characters() {
+    if (m_progressWindow == nullptr) return true;
     if (m_pLocator != nullptr) {
         m_line = m_line == 0 ? m_pLocator->GetLineNumber() : m_line + 1;
         m_consumed += m_pLocator->GetColumnNumber() + 2;
