@@ -135,13 +135,15 @@ bool TextFileWriter::Open(const char* path) {
     return IsOpen();
 }
 
-bool TextFileWriter::Write(std::string_view text) {
+bool TextFileWriter::Write(std::string_view text) try {
     std::string lines;
     for (const char c : text) {
         if (c == '\n') lines += '\r';
         lines += c;
     }
     return WriteAll(reinterpret_cast<HANDLE>(m_handle), lines);
+} catch (const std::exception&) {
+    return false;
 }
 
 bool TextFileWriter::Close() {
