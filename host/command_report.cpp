@@ -11,15 +11,12 @@ namespace {
 
 constexpr const char* kScript = "part_report.scr";
 
-/// The script beside the program: in share/brenta where it is installed, in examples where it was built; ""
-/// if it is nowhere.
+/// The script in share/brenta of a folder above the program, installed or built; "" if it is nowhere.
 std::string FindScript() {
     std::string folder(CoreNativePath(GetAppPath()));
     while (!folder.empty()) {
-        for (const char* place : {"/share/brenta/", "/examples/"}) {
-            const std::string path = folder + place + kScript;
-            if (FileExists(path.c_str())) return path;
-        }
+        const std::string path = folder + "/share/brenta/" + kScript;
+        if (FileExists(path.c_str())) return path;
         const std::size_t end = folder.find_last_of("/\\");
         folder.resize(end == std::string::npos ? 0 : end);
     }
