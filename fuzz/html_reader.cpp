@@ -3,7 +3,7 @@
 #include "xml/html_parse.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using brenta::test::HtmlModel;
+    using brenta::fuzz::HtmlModel;
     brenta::fuzz::CompareWithModel<HtmlModel>(data, size, true,
                                               [](const std::string& text, std::string& tree) {
                                                   brenta::CCoreXmlDomElement root("Root");

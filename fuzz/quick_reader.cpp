@@ -3,7 +3,7 @@
 #include "reader_fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using brenta::test::QuickModel;
+    using brenta::fuzz::QuickModel;
     brenta::fuzz::CompareWithModel<QuickModel>(
         data, size, false, [](const std::string& text, std::string& tree) {
             brenta::CCoreXMLQuickReader reader;

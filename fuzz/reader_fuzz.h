@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "../tests/xml/reader_models.h"
 #include "../tests/xml/tree_text.h"
 #include "brenta/framework.h"
 #include "brenta/host.h"
+#include "reader_models.h"
 
 namespace brenta::fuzz {
 

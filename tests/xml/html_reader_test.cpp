@@ -2,13 +2,12 @@
 
 #include <fstream>
 #include <memory>
-#include <random>
 #include <string>
+#include <utility>
 
 #include "brenta/xml_readers.h"
 #include "test_support.h"
 #include "xml/html_parse.h"
-#include "xml/reader_models.h"
 #include "xml/tree_text.h"
 
 namespace brenta::test {
@@ -25,12 +24,6 @@ std::string Read(const std::string& text) {
     EXPECT_TRUE(host.shown.empty() || (!read && host.shown == Texts{"Bad XML format.|0"})) << text;
     EXPECT_TRUE(!read || *position == '\0') << text;
     return (read ? "" : host.shown.empty() ? "false\n" : "bad\n") + TreeText(root).substr(5);
-}
-
-std::string ReadModel(const std::string& text) {
-    HtmlModel model(text);
-    const bool read = model.Read();
-    return (read ? "" : model.messages.empty() ? "false\n" : "bad\n") + model.tree.substr(5);
 }
 
 TEST(HtmlReader, ReadsWhatItUnderstands) {
@@ -73,28 +66,8 @@ TEST(HtmlReader, ReadsWhatItUnderstands) {
         {"<a href=http://x>t</a>", "false\n  a href=\"http:\"\n"},
         {"<a href=x/y>t</a>", "false\n  a href=\"x\"\n"},
     };
-    for (const auto& [text, expected] : rows) {
+    for (const auto& [text, expected] : rows)
         EXPECT_EQ(Read(text), expected) << text;
-        EXPECT_EQ(ReadModel(text), expected) << text;
-    }
-}
-
-TEST(HtmlReader, AgreesWithItsModelOnAnyText) {
-    const std::string sample =
-        "<!x>\n<html lang=de><p a = \"&reg;\" b>1 < 2<br/>\xE9<img x>y<li c=/>z</p ><b x />&nbsp;</html>";
-    for (std::size_t size = 0; size <= sample.size(); ++size)
-        EXPECT_EQ(Read(sample.substr(0, size)), ReadModel(sample.substr(0, size))) << size;
-    const char* const pieces[] = {"<a>",   "</a>",    "<b ",   "<",    ">",    "/>",    "</",  "=",
-                                  "\"",    "x=\"1\"", "x=1 ",  "a",    " ",    "/",     "?",   "!",
-                                  "&amp;", "nbsp;",   "<img ", "\xE9", "<p>",  "\n",    "<a>", "t",
-                                  "<a>",   "x ",      "\v",    "/a>",  "<a/>", "<LINK>"};
-    std::mt19937 random(1);
-    for (int i = 0; i < 20000; ++i) {
-        std::string text = "<a>";
-        for (unsigned int n = random() % 16; n > 0; --n)
-            text += pieces[random() % std::size(pieces)];
-        ASSERT_EQ(Read(text), ReadModel(text)) << text;
-    }
 }
 
 TEST(HtmlReader, LeavesRootsToTheCallerAndStandsWhereTheParseEnded) {

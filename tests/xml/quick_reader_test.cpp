@@ -2,12 +2,11 @@
 
 #include <fstream>
 #include <memory>
-#include <random>
 #include <string>
+#include <utility>
 
 #include "brenta/xml_readers.h"
 #include "test_support.h"
-#include "xml/reader_models.h"
 #include "xml/tree_text.h"
 
 namespace brenta::test {
@@ -44,15 +43,6 @@ std::string Read(const std::string& text) {
     DeleteAll(reader.TakeElements());
     EXPECT_EQ(read ? Shown(host) : tree, "") << text;
     return read ? tree : Shown(host);
-}
-
-std::string ReadModel(const std::string& text) {
-    QuickModel model(text);
-    if (model.Read()) return model.tree;
-    std::string lines;
-    for (const std::string& message : model.messages)
-        lines += message + "\n";
-    return lines;
 }
 
 std::string Times(int count, const std::string& text) {
@@ -110,26 +100,8 @@ TEST(QuickReader, ReadsItsDialectOrShowsTheFault) {
         {"<z/>" + Times(50, "<a>") + Times(49, "</a>"), kSyntax},
         {Times(50, "<a>") + "<a b ", "Not a valid attribute.\n" + Times(50, kInner)},
     };
-    for (const auto& [text, expected] : rows) {
+    for (const auto& [text, expected] : rows)
         EXPECT_EQ(Read(text), expected) << text;
-        EXPECT_EQ(ReadModel(text), expected) << text;
-    }
-}
-
-TEST(QuickReader, AgreesWithItsModelOnAnyText) {
-    const std::string sample = "<?x?>\n<lib a=\"&lt;1\" b = \"2\"><!-- --><p&amp;q/ ><s\x80 t=\"\"/> </lib>";
-    for (std::size_t size = 0; size <= sample.size(); ++size)
-        EXPECT_EQ(Read(sample.substr(0, size)), ReadModel(sample.substr(0, size))) << size;
-    const char* const pieces[] = {"<a>", "</a>",    "<b ",         "<",    ">",    "/>",      "</", "=",
-                                  "\"",  "x=\"1\"", "x=\"&gt;\" ", "a",    " ",    "/",       "?",  "!",
-                                  "&",   "amp;",    "b",           "\xE9", "</b>", "<a&amp;>"};
-    std::mt19937 random(1);
-    for (int i = 0; i < 20000; ++i) {
-        std::string text = i % 2 == 0 ? "<a>" : "<a ";
-        for (unsigned int n = random() % 16; n > 0; --n)
-            text += pieces[random() % std::size(pieces)];
-        ASSERT_EQ(Read(text), ReadModel(text)) << text;
-    }
 }
 
 TEST(QuickReader, KeepsElementsOfEarlierParsesUntilAFault) {

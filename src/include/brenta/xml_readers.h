@@ -1,6 +1,6 @@
 /// @file
 /// The library's own readers: a quick one for strict XML, and a forgiving one for HTML. Both make the tree of
-/// brenta/xml.h without the platform's XML service, and faster.
+/// brenta/xml.h without the platform's XML service.
 ///
 ///     CCoreXMLQuickReader reader;
 ///     if (!reader.LoadDocument("Resistors.lbr")) return;        // the person has seen why
@@ -9,11 +9,12 @@
 ///
 /// Which reader for what:
 ///
-/// | Text                                                  | Reader |
-/// |-------------------------------------------------------|---------------------------------------------------|
-/// | Files that a program wrote: elements and attributes   | CCoreXMLQuickReader, CCoreXmlDom with quickLoad
-/// | | Any other XML: text between tags, single quotes, DTDs | CCoreXmlDom without quickLoad (brenta/xml.h) |
-/// | Pages                                                 | CCoreHTMLReader |
+/// | Text                                                | Reader                                   |
+/// |-----------------------------------------------------|------------------------------------------|
+/// | What a program wrote: elements and attributes       | CCoreXMLQuickReader, or CCoreXmlDom with |
+/// | only                                                | quickLoad (brenta/xml.h)                 |
+/// | XML with text between tags, single quotes, DTDs     | CCoreXmlDom without quickLoad            |
+/// | Pages                                               | CCoreHTMLReader                          |
 ///
 /// Text is taken byte by byte, without an encoding. Names, values and texts are interned (brenta/names.h):
 /// they stay in memory until the library is unloaded. Letters count as different in different case.
@@ -49,14 +50,13 @@ namespace brenta {
 
 /// Reads a narrow dialect of XML:
 ///
-/// - Elements with a start and an end tag, or empty ones ("<via/>"), any number at the top level. An end tag
-///   must repeat the name exactly: a blank before its ">" is part of the name.
+/// - Elements with a start and an end tag, or empty ones (`<via/>`), any number at the top level. An end tag
+///   must repeat the name exactly: a blank before its `>` is part of the name.
 /// - Attributes in double quotes. Of several with one name the last value counts.
-/// - The entities &lt; &gt; &quot; &apos; &amp; in names of elements and in values, decoded once ("&amp;lt;"
-///   becomes "&lt;"). Everything else after a "&" stays as it is, "&#10;" too.
-/// - "<?...>" and "<!...>" are skipped up to the next ">", wherever it stands: a comment that holds a ">", or
-/// a
-///   DTD with declarations of its own, is a fault.
+/// - The entities `&lt;` `&gt;` `&quot;` `&apos;` `&amp;` in names of elements and in values, decoded once:
+///   `&amp;lt;` becomes `&lt;`. Everything else after a `&` stays as it is, `&#10;` too.
+/// - `<?...>` and `<!...>` are skipped up to the next `>`, wherever it stands: a comment that holds a `>`,
+///   or a DTD with declarations of its own, is a fault.
 /// - Text between tags is a fault, so no element has an inner text.
 /// - A byte from 0x80 up ends a name. Values hold any byte, names in other alphabets need the other reader.
 ///
@@ -64,16 +64,16 @@ namespace brenta {
 /// element around a faulty one takes the rest of that for text, and shows a message of its own: a fault n
 /// levels below the top level shows n + 1 messages. The messages:
 ///
-/// | Message                                  | The fault |
-/// |------------------------------------------|---------------------------------------------------------------|
-/// | "Bad XML format."                        | text at the top level | | "Unexpected end-of-file." | the
-/// text ends inside a tag                                    | | "Syntax error."                          |
-/// it ends just behind a tag, or inside "<?...>", in an element  | | "Inner text not valid in this reader."
-/// | text in an element, or its end behind white space             | | "Expecting '>' after empty element
-/// '/'"  | another byte behind the "/" at the end of a name              | | "Not a valid attribute." | no
-/// "=" behind an attribute's name                             | | "Missing quote for attribute value."     |
-/// no double quote behind the "="                                | | "Mismatched end tag." | another name in
-/// the end tag                                   |
+/// | Message                                 | The fault                                                |
+/// |-----------------------------------------|----------------------------------------------------------|
+/// | "Bad XML format."                       | text at the top level                                    |
+/// | "Unexpected end-of-file."               | the text ends inside a tag                               |
+/// | "Syntax error."                         | it ends in an element, just behind a tag or in `<?...>`  |
+/// | "Inner text not valid in this reader."  | text in an element, or its end behind white space        |
+/// | "Expecting '>' after empty element '/'" | another byte behind the `/` at the end of a name         |
+/// | "Not a valid attribute."                | no `=` behind an attribute's name                        |
+/// | "Missing quote for attribute value."    | no double quote behind the `=`                           |
+/// | "Mismatched end tag."                   | another name in the end tag                              |
 class BRENTA_API CCoreXMLQuickReader {
  public:
     /// A reader without elements.
@@ -111,7 +111,7 @@ class BRENTA_API CCoreXMLQuickReader {
 // ---------------------------------------------------------------------------------------------------------
 // The HTML reader
 
-/// Makes a tree of a page's tags, without knowing what they mean. "<p>one <i>two</i> three</p>" gives
+/// Makes a tree of a page's tags, without knowing what they mean. `<p>one <i>two</i> three</p>` gives
 ///
 ///     Root
 ///       p
@@ -122,22 +122,22 @@ class BRENTA_API CCoreXMLQuickReader {
 /// - Only text right behind a start tag is kept, without the white space before it, as a first child "Text".
 ///   Text behind an end tag, an empty element or a comment is dropped.
 /// - Every end tag closes the innermost open element, whatever its name. An element without an end tag, such
-///   as "<br>" or "<li>", takes in what follows it; so does "<br/>", whose name is "br/" ("<br />" is empty).
-/// - An element whose end tag follows at once takes that for its text and goes on: "<td></td>".
+///   as `<br>` or `<li>`, takes in what follows it; so does `<br/>`, whose name is "br/" (`<br />` is empty).
+/// - An element whose end tag follows at once takes that for its text and goes on: `<td></td>`.
 /// - "input", "meta" and "img" in lower case and "LINK" in upper case leave nothing, also not the text behind
 ///   them.
-/// - Values stand in double quotes or in none; unquoted they end at white space, ">" or "/". A "/" that is
-///   not followed by ">" ends the parse: an unquoted address is such a case. An attribute without a value has
+/// - Values stand in double quotes or in none; unquoted they end at white space, `>` or `/`. A `/` that is
+///   not followed by `>` ends the parse: an unquoted address is such a case. An attribute without a value has
 ///   the value "1" and, unless it is the last, swallows the one behind it. Bytes from 0x80 up end the name of
 ///   an attribute. Of several with one name the last value counts.
-/// - The entities &lt; &gt; &quot; &apos; &amp;, and &nbsp; as a blank, &reg; as "(R)", &trade; as "(TM)",
-/// &copy;
-///   as "(C)", are decoded everywhere. Since "&amp;" goes first, "&amp;nbsp;" is a blank.
-/// - "<?...>" and "<!...>" are skipped up to the next ">".
+/// - The entities `&lt;` `&gt;` `&quot;` `&apos;` `&amp;`, and `&nbsp;` as a blank, `&reg;` as "(R)",
+///   `&trade;` as "(TM)", `&copy;` as "(C)", are decoded everywhere. Since `&amp;` goes first, `&amp;nbsp;`
+///   is a blank.
+/// - `<?...>` and `<!...>` are skipped up to the next `>`.
 ///
-/// False without a message means that the text ends, or has such a "/", inside a construct. Take a look at
+/// False without a message means that the text ends, or has such a `/`, inside a construct. Take a look at
 /// the tree all the same: a page that ends with a comment, with a start tag or with one of the four dropped
-/// tags is complete, and still false. "Bad XML format." is shown where there is no "<" at the start, or where
+/// tags is complete, and still false. "Bad XML format." is shown where there is no `<` at the start, or where
 /// tags follow an end tag for which nothing is open.
 class BRENTA_API CCoreHTMLReader {
  public:

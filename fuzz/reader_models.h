@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace brenta::test {
+namespace brenta::fuzz {
 
 inline std::string Bytes(int first, int last) {
     std::string bytes;
@@ -240,4 +240,4 @@ class HtmlModel : public ReaderModel {
     }
 };
 
-}  // namespace brenta::test
+}  // namespace brenta::fuzz
