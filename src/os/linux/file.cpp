@@ -72,9 +72,9 @@ FileStatus ReadToEnd(int file, std::size_t expected, std::string& content, std::
     std::string bytes;
     std::size_t used = 0;
     for (;;) {
-        const std::size_t room = std::max(used == 0 ? expected + 1 : used, kLeastRoom);
-        bytes.resize(used + room);
-        const ssize_t count = ReadSome(file, bytes.data() + used, room);
+        // The byte more shows the end of a file that kept its size without another buffer.
+        if (used == bytes.size()) bytes.resize(used == 0 ? std::max(expected + 1, kLeastRoom) : 2 * used);
+        const ssize_t count = ReadSome(file, bytes.data() + used, bytes.size() - used);
         if (count < 0) return FileStatus::CannotRead;
         used += static_cast<std::size_t>(count);
         if (used > limit) return FileStatus::CannotRead;
