@@ -43,6 +43,21 @@ bool IsWide(const std::string& encoding) {
                        [&](std::string_view name) { return lower.starts_with(name); });
 }
 
+/// Conversions report what they cannot read to the thread's error handler, which writes it to standard error.
+class QuietErrors {
+ public:
+    QuietErrors() : m_previous(xmlStructuredError), m_pContext(xmlStructuredErrorContext) {
+        xmlSetStructuredErrorFunc(nullptr, [](void*, xmlError*) {});
+    }
+    ~QuietErrors() { xmlSetStructuredErrorFunc(m_pContext, m_previous); }
+    QuietErrors(const QuietErrors&) = delete;
+    QuietErrors& operator=(const QuietErrors&) = delete;
+
+ private:
+    xmlStructuredErrorFunc m_previous;
+    void* m_pContext;
+};
+
 class Handler {
  public:
     explicit Handler(const char* encoding) : m_pHandler(xmlFindCharEncodingHandler(encoding)) {}
@@ -76,6 +91,7 @@ class Buffer {
 /// start of a character: they stay in `in`.
 bool Convert(xmlCharEncodingHandler* handler, std::string_view bytes, std::string& text) {
     constexpr std::size_t kPiece = 1 << 20;
+    const QuietErrors quiet;
     const Buffer in, out;
     while (!bytes.empty()) {
         const std::size_t size = std::min(kPiece, bytes.size());
@@ -161,6 +177,7 @@ bool IsKnownEncoding(const std::string& encoding) {
 
 bool Encode(std::string_view text, const std::string& encoding, std::string& out) {
     constexpr std::size_t kPiece = 1 << 20;
+    const QuietErrors quiet;
     Handler handler(encoding.c_str());
     if (handler.Get() == nullptr) return false;
     xmlOutputBuffer* const buffer =

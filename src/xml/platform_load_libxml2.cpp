@@ -151,6 +151,8 @@ class Parse {
     void BindNamespaces(xmlNode& element);
     void RecordPlaces(xmlNode& element);
     bool ValuesHold(const xmlNode& element);
+    /// Whether a look-up is the one that follows a declaration, which is no reference.
+    bool TakeDeclared(const xmlChar* name) { return std::exchange(m_pDeclared, nullptr) == name; }
 
     std::string_view m_text;
     ParseUse m_use;
@@ -162,6 +164,8 @@ class Parse {
     std::size_t m_alternatives = 0, m_parentheses = 0;  ///< in the parameter entities that were referred to
     std::vector<xmlNs*> m_namespaces;                   ///< that are declared here, innermost last
     std::vector<const xmlChar*> m_plain;                ///< a tag's attributes without prefixes
+    const xmlChar* m_pDeclared =
+        nullptr;  ///< the entity declared last, until the parser has looked it up once
     bool m_failed = false;
     bool m_outOfMemory = false;
 };
@@ -282,7 +286,7 @@ bool Parse::AdmitElement(xmlParserCtxt* context, int namespaceCount, int attribu
         const xmlChar** const attribute = attributes + i * kFields;
         cost += static_cast<std::size_t>(attribute[kValueEnd] - attribute[kValue]) + 16;
     }
-    cost += static_cast<std::size_t>(defaultedCount) * static_cast<std::size_t>(attributeCount) / 64;
+    cost += static_cast<std::size_t>(defaultedCount) * static_cast<std::size_t>(attributeCount) / 8;
     const std::size_t open = m_namespaces.size() + static_cast<std::size_t>(namespaceCount);
     if (m_limits.Charge(cost) && open <= kMostNamespaces) return true;
     Refuse("Too many default attributes or namespaces");
@@ -401,6 +405,7 @@ void Parse::OnEntity(void* context, const xmlChar* name, int type, const xmlChar
                      const xmlChar* systemId, xmlChar* content) {
     Parse& parse = From(context);
     parse.m_limits.Forget();
+    parse.m_pDeclared = content == nullptr ? nullptr : name;
     if (content != nullptr && !TextLimits(AsChars(content)).Hold()) return parse.Refuse("Entity too complex");
     xmlChar nothing[] = "";
     const bool external = type == XML_EXTERNAL_GENERAL_PARSED_ENTITY || type == XML_EXTERNAL_PARAMETER_ENTITY;
@@ -435,6 +440,7 @@ void Parse::OnAttributeDeclaration(void* context, const xmlChar* element, const 
 /// part might declare it: that part is never read.
 xmlEntity* Parse::FindEntity(void* context, const xmlChar* name) {
     Parse& parse = From(context);
+    if (parse.TakeDeclared(name)) return xmlSAX2GetEntity(context, name);
     xmlEntity* found = nullptr;
     if (!parse.m_failed)
         parse.Guarded([&] {
@@ -457,6 +463,7 @@ xmlEntity* Parse::FindParameterEntity(void* context, const xmlChar* name) {
     Parse& parse = From(context);
     if (parse.m_failed) return nullptr;
     xmlEntity* const entity = xmlSAX2GetParameterEntity(context, name);
+    if (parse.TakeDeclared(name)) return entity;
     if (entity == nullptr || entity->content == nullptr) return entity;
     const std::string_view text(AsChars(entity->content));
     const auto count = [text](char c) {

@@ -133,7 +133,8 @@ using Document = std::unique_ptr<xmlDoc, Freer<xmlDoc, xmlFreeDoc>>;
 // The documents
 
 bool IsBlank(const xmlNode& node) {
-    return node.type == XML_TEXT_NODE && xmlIsBlankNode(&node) != 0 && xmlNodeGetSpacePreserve(&node) != 1;
+    return node.type == XML_TEXT_NODE && xmlIsBlankNode(&node) != 0 &&
+           xmlNodeGetSpacePreserve(node.parent) != 1;
 }
 
 /// Drops the blanks between elements; false if the document is too deep.

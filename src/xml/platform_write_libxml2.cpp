@@ -1,6 +1,5 @@
 // Writing: parsed documents through libxml2, trees of the library directly. A tree is written without making
 // nodes of it first: the text is all that a built document needs to be.
-#include <libxml/parserInternals.h>
 #include <libxml/xmlsave.h>
 
 #include <algorithm>
@@ -50,16 +49,35 @@ const char* Escape(char c) {
     }
 }
 
+/// The character at the start of a text and its size in UTF-8; size 0 if the bytes are not UTF-8.
+struct Character {
+    unsigned int code;
+    std::size_t size;
+};
+
+Character DecodeHigh(const char* p, const char* end) {
+    constexpr unsigned int kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+    const auto lead = static_cast<unsigned char>(*p);
+    const std::size_t size = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+    if (size == 0 || static_cast<std::size_t>(end - p) < size) return {0, 0};
+    unsigned int code = lead & (0x7Fu >> size);
+    for (std::size_t i = 1; i < size; ++i) {
+        const auto next = static_cast<unsigned char>(p[i]);
+        if ((next & 0xC0) != 0x80) return {0, 0};
+        code = code << 6 | (next & 0x3F);
+    }
+    const bool surrogate = code >= 0xD800 && code < 0xE000;
+    return code < kLeast[size] || code > 0x10FFFF || surrogate ? Character{0, 0} : Character{code, size};
+}
+
 /// Takes one character from 0x80 up. A byte that is not UTF-8 is taken as Latin-1, so that nothing is lost;
 /// what XML allows nowhere, U+FFFE and U+FFFF, is dropped. Returns whether it was written.
 bool AppendHigh(std::string& out, const char*& p, const char* end) {
-    int size = static_cast<int>(std::min<std::ptrdiff_t>(end - p, 4));
-    const int code = xmlGetUTF8Char(reinterpret_cast<const unsigned char*>(p), &size);
-    constexpr int kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-    if (code >= 0x80 && code >= kLeast[size] && (IS_CHAR(code) || code == 0xFFFE || code == 0xFFFF)) {
-        const bool allowed = IS_CHAR(code);
-        if (allowed) out.append(p, static_cast<std::size_t>(size));
-        p += size;
+    const Character character = DecodeHigh(p, end);
+    if (character.size != 0) {
+        const bool allowed = character.code != 0xFFFE && character.code != 0xFFFF;
+        if (allowed) out.append(p, character.size);
+        p += character.size;
         return allowed;
     }
     const auto byte = static_cast<unsigned char>(*p++);

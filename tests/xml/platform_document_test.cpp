@@ -1,0 +1,328 @@
+// Loading through the platform document: encodings, document types, namespaces, limits, and what a document
+// with a tree of its own makes of it.
+#include "xml/platform_document.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "brenta/xml.h"
+#include "os/os.h"
+#include "test_support.h"
+#include "xml/tree_text.h"
+
+namespace brenta {
+namespace {
+
+using namespace std::string_literals;
+using test::Scratch;
+using test::TreeText;
+
+/// What a load makes of some bytes in a file: the tree, or "!" and the reason.
+std::string Loaded(const std::string& bytes) {
+    const Scratch scratch;
+    const std::string path = scratch / "a.xml";
+    EXPECT_TRUE(os::WriteWholeFile(path.c_str(), bytes));
+    CCoreXmlDom document;
+    int offset = 0;
+    if (!document.LoadDocument(path.c_str(), false)) return "!"s + document.GetParseError(offset);
+    return TreeText(document.GetFirstElement());
+}
+
+std::string LoadedText(const std::string& text) {
+    CCoreXmlDom document;
+    return document.LoadString(text.c_str()) ? TreeText(document.GetFirstElement()) : "!";
+}
+
+std::string Utf16(std::string_view text, bool bigEndian) {
+    std::string wide;
+    for (const char c : text)
+        wide += bigEndian ? "\0"s + c : c + "\0"s;
+    return wide;
+}
+
+std::string Repeated(std::string_view text, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+TEST(PlatformDocument, ReadsEveryEncoding) {
+    const std::string kAcute = "r n=\"\xC3\xA9\"\n";
+    const auto declared = [](const std::string& encoding, const std::string& value) {
+        return "<?xml version='1.0' encoding='" + encoding + "'?><r n='" + value + "'/>";
+    };
+    struct {
+        std::string bytes, tree;
+    } const kCases[] = {
+        {"<r n='\xC3\xA9'/>", kAcute},
+        {"\xEF\xBB\xBF<r n='\xC3\xA9'/>", kAcute},
+        {declared("UTF-8", "\xC3\xA9"), kAcute},
+        {declared("ISO-8859-1", "\xE9"), kAcute},
+        {declared("windows-1252", "\xE9\x80"), "r n=\"\xC3\xA9\xE2\x82\xAC\"\n"},
+        {declared("KOI8-R", "\xC1"), "r n=\"\xD0\xB0\"\n"},
+        {declared("Shift_JIS", "\x82\xA0"), "r n=\"\xE3\x81\x82\"\n"},
+        {declared("GB2312", "\xB0\xA1"), "r n=\"\xE5\x95\x8A\"\n"},
+        {"\xEF\xBB\xBF" + declared("ISO-8859-1", "\xC3\xA9"), kAcute},  // the mark counts
+        {"\xFF\xFE" + Utf16("<r n='1'/>", false), "r n=\"1\"\n"},
+        {"\xFE\xFF" + Utf16("<r n='1'/>", true), "r n=\"1\"\n"},
+        {Utf16(declared("UTF-16", "1"), false), "r n=\"1\"\n"},
+        {Utf16(declared("UTF-16", "1"), true), "r n=\"1\"\n"},
+        {"\xFF\xFE" + Utf16(declared("UTF-8", "1"), false), "r n=\"1\"\n"},
+        {"<?xml version='1.1'?><r/>", "r\n"},
+        {" \n<r/>", "r\n"},
+        {"<r/>\0x"s, "r\n"},
+
+        {declared("UTF-16", "1"), "!Document labelled UTF-16 but has UTF-8 content"},
+        {declared("no-such", "1"), "!Unsupported encoding no-such"},
+        {declared("Shift_JIS", "\x82\x20"), "!Input is not proper Shift_JIS"},
+        {"<r n='\xE9'/>", "!Input is not proper UTF-8, indicate encoding !\nBytes: 0xE9 0x27 0x2F 0x3E"},
+        {"<r>\0</r>"s, "!Premature end of data in tag r line 1"},
+        {" <?xml version='1.0'?><r/>", "!XML declaration allowed only at the start of the document"},
+        {"<?xml version='2.0'?><r/>", "!Unsupported version '2.0'"},
+    };
+    for (const auto& row : kCases)
+        EXPECT_EQ(Loaded(row.bytes), row.tree) << row.bytes;
+}
+
+TEST(PlatformDocument, IgnoresTheEncodingThatATextDeclares) {
+    for (const char* encoding : {"ISO-8859-1", "UTF-16", "UTF-8", "no-such"})
+        EXPECT_EQ(LoadedText("<?xml version='1.0' encoding='"s + encoding + "'?><r n='\xC3\xA9'/>"),
+                  "r n=\"\xC3\xA9\"\n");
+    for (const char* text :
+         {"", " ", "text", "<a/><b/>", "<a>", "</a>", "\xFF\xFE<", "<a b='1' b='2'/>", "<a b/>"})
+        EXPECT_EQ(LoadedText(text), "!") << text;
+    CCoreXmlDom document;
+    EXPECT_FALSE(document.LoadString(nullptr));
+}
+
+TEST(PlatformDocument, ReadsElementsAndAttributes) {
+    struct {
+        std::string text, tree;
+    } const kCases[] = {
+        {"<!--c--><?p i?><a>t<b/>u<![CDATA[<c/>]]><d><e/></d></a><!--c-->", "a\n  b\n  d\n    e\n"},
+        {"<a x=' 1\n2\t3\r\n4&#10;5' y=\"&lt;&amp;'&#x41;\"/>", "a x=\" 1 2 3 4\n5\" y=\"<&'A\"\n"},
+        {"<a></a>", "a\n"},
+        // Namespaces: names as written, declarations among the attributes.
+        {"<p:a x='1' xmlns:p='u' p:y='2' xmlns='v' z='3'><b p:c='4'/></p:a>",
+         "p:a x=\"1\" xmlns:p=\"u\" p:y=\"2\" xmlns=\"v\" z=\"3\"\n  b p:c=\"4\"\n"},
+        {"<a xmlns:p='u'><b xmlns:p='v' p:x='1'><p:c/></b><p:d/></a>",
+         "a xmlns:p=\"u\"\n  b xmlns:p=\"v\" p:x=\"1\"\n    p:c\n  p:d\n"},
+        {"<a xml:space='preserve' xmlns:xml='http://www.w3.org/XML/1998/namespace' b='1' xmlns='u' c='2'/>",
+         "a xml:space=\"preserve\" b=\"1\" xmlns=\"u\" c=\"2\"\n"},
+        {"<p:a/>", "!"},
+        {"<a p:b='1'/>", "!"},
+        {"<a xmlns:p='u' xmlns:q='u' p:b='1' q:b='2'/>", "!"},
+        // Document types: default attributes come last, references are not entered.
+        {"<!DOCTYPE a [<!ATTLIST a x CDATA 'dx' y CDATA 'dy' z CDATA #IMPLIED>]><a y='1'/>",
+         "a y=\"1\" x=\"dx\"\n"},
+        {"<!DOCTYPE a [<!ENTITY e 'v&#38;#38;\n&f;'><!ENTITY f 'w'>]><a x='-&e;-&e;&lt;'/>",
+         "a x=\"-v& w-v& w<\"\n"},
+        {"<!DOCTYPE a [<!ENTITY e '<b/>'>]><a>&e;<c/></a>", "a\n  c\n"},
+        {"<!DOCTYPE a [<!ENTITY % p '<!ATTLIST a x CDATA \"1\">'>%p;]><a/>", "a x=\"1\"\n"},
+        {"<!DOCTYPE a [<!ENTITY e '&e;'>]><a/>", "a\n"},  // never referred to
+        {"<!DOCTYPE a [<!ENTITY e '&f;'><!ENTITY f '&e;'>]><a x='&e;'/>", "!"},
+        {"<!DOCTYPE a [<!ENTITY e '&f;'><!ENTITY f '&e;'>]><a>&e;</a>", "!"},
+        {"<!DOCTYPE a [<!ENTITY e '<b>'>]><a>&e;</a>", "!"},
+        {"<!DOCTYPE a SYSTEM 'absent.dtd'><a>&none;</a>", "!"},
+        {"<a>&none;</a>", "!"},
+    };
+    for (const auto& row : kCases)
+        EXPECT_EQ(LoadedText(row.text), row.tree) << row.text;
+}
+
+TEST(PlatformDocument, OpensNoOtherFile) {
+    const Scratch scratch;
+    ASSERT_TRUE(os::WriteWholeFile((scratch / "secret").c_str(), "<s/>"));
+    ASSERT_TRUE(os::WriteWholeFile((scratch / "d.dtd").c_str(), "<!ATTLIST a x CDATA 'betrayed'>"));
+    struct {
+        std::string subset, content, tree;
+    } const kCases[] = {
+        {" SYSTEM 'd.dtd'", "", "a\n"},
+        {" SYSTEM 'file://" + (scratch / "d.dtd") + "'", "", "a\n"},
+        {" [<!ENTITY % d SYSTEM 'd.dtd'> %d;]", "", "a\n"},
+        {" [<!ENTITY e SYSTEM 'secret'>]", "&e;", "a\n"},
+        {" [<!ENTITY e SYSTEM 'secret'>]", "<b x='&e;'/>", "!"},
+        {" [<!ENTITY % d SYSTEM 'd.dtd'> %d;]", "&later;", "!"},
+    };
+    const std::string path = scratch / "a.xml";
+    for (const auto& row : kCases) {
+        const std::string text = "<!DOCTYPE a" + row.subset + "><a>" + row.content + "</a>";
+        ASSERT_TRUE(os::WriteWholeFile(path.c_str(), text));
+        CCoreXmlDom document;
+        const bool loaded = document.LoadDocument(path.c_str(), false);
+        EXPECT_EQ(loaded ? TreeText(document.GetFirstElement()) : "!", row.tree) << text;
+        CoreString xml;
+        document.GetString(xml);
+        EXPECT_EQ(xml.Find("betrayed"), -1);
+        EXPECT_EQ(xml.Find("<s/>"), -1);
+    }
+}
+
+TEST(PlatformDocument, FindsFilesByPathAndAddress) {
+    const Scratch scratch;
+    const std::string file = scratch / "a b%41#.xml";
+    ASSERT_TRUE(os::WriteWholeFile(file.c_str(), "<r/>"));
+    ASSERT_TRUE(os::WriteWholeFile((scratch / "z.xml").c_str(), "\x1F\x8B\x08"));
+    struct {
+        std::string path;
+        bool loads;
+    } const kCases[] = {
+        {file, true},
+        {"file://" + (scratch / "a%20b%2541%23.xml"), true},
+        {"file://localhost" + (scratch / "a%20b%2541%23.xml"), true},
+        {scratch / "a%20b%2541%23.xml", false},
+        {scratch / "z.xml", false},
+        {scratch / "absent", false},
+        {scratch / "", false},
+        {"/dev/zero", false},
+        {"http://localhost/a.xml", false},
+        {"", false},
+    };
+    for (const auto& row : kCases) {
+        CCoreXmlDom document;
+        int offset = 7;
+        EXPECT_EQ(document.LoadDocument(row.path.c_str(), false), row.loads) << row.path;
+        EXPECT_EQ(*document.GetParseError(offset) == '\0', row.loads);
+    }
+    EXPECT_FALSE(CCoreXmlDom().LoadDocument(nullptr, false));
+}
+
+TEST(PlatformDocument, TellsWhereAFaultIs) {
+    struct {
+        std::string bytes;
+        int offset;
+    } const kCases[] = {
+        {"<a></b>", 7},
+        {"\xEF\xBB\xBF<a></b>", 10},
+        {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9\xE9</b>", 52},
+        {"\xFF\xFE" + Utf16("<a></b>", false), 16},
+        {"", 0},
+    };
+    const Scratch scratch;
+    const std::string path = scratch / "a.xml";
+    for (const auto& row : kCases) {
+        ASSERT_TRUE(os::WriteWholeFile(path.c_str(), row.bytes));
+        ParseFault fault;
+        EXPECT_FALSE(MakePlatformDocument()->Load(path.c_str(), fault));
+        EXPECT_EQ(fault.offset, row.offset) << fault.reason();
+        EXPECT_EQ(fault.reason.Find("\n"), -1);
+    }
+}
+
+TEST(PlatformDocument, RefusesBombsAtOnce) {
+    std::string entities = "<!ENTITY e0 'aaaaaaaaaa'>", forward;
+    for (int i = 1; i < 10; ++i) {
+        const std::string inner = "&e" + std::to_string(i - 1) + ";";
+        const std::string one = "<!ENTITY e" + std::to_string(i) + " '" + Repeated(inner, 10) + "'>";
+        entities += one;
+        forward = one + forward;
+    }
+    forward += "<!ENTITY e0 'aaaaaaaaaa'>";
+    const auto typed = [](const std::string& subset, const std::string& content) {
+        return "<!DOCTYPE a [" + subset + "]><a>" + content + "</a>";
+    };
+    const std::string k100 = "<!ENTITY e '" + std::string(100'000, 'a') + "'>";
+    std::string chain, levels = "<!ENTITY % e0 'aaaaaaaaaa'>";
+    for (int i = 0; i < 3000; ++i)
+        chain += "<!ENTITY c" + std::to_string(i) + " '&c" + std::to_string(i + 1) + ";'>";
+    for (int i = 1; i < 10; ++i)
+        levels += "<!ENTITY % d" + std::to_string(i) + " \"<!ENTITY &#37; e" + std::to_string(i) + " '" +
+                  Repeated("&#37;e" + std::to_string(i - 1) + ";", 10) + "'>\">%d" + std::to_string(i) + ";";
+    std::string defaults;
+    for (int i = 0; i < 3000; ++i)
+        defaults += "x" + std::to_string(i) + " CDATA '' ";
+    std::string attributes;
+    for (int i = 0; i < 200'000; ++i)
+        attributes += " x" + std::to_string(i) + "=''";
+    struct {
+        const char* what;
+        std::string text;
+        bool loads;
+    } const kCases[] = {
+        {"content", typed(entities, "&e9;"), false},
+        {"value", typed(entities, "<b x='&e9;'/>"), false},
+        {"forward", typed(forward, "<b x='&e9;'/>"), false},
+        {"default", typed(forward + "<!ATTLIST a x CDATA '&e9;'>", ""), false},
+        {"unused", typed(entities, ""), true},
+        {"small", typed(entities, "&e3;<b x='&e3;'/>"), true},
+        {"quadratic value", typed(k100, "<b x='" + Repeated("&e;", 200) + "'/>"), false},
+        {"quadratic content", typed(k100, Repeated("&e;", 200)), false},
+        {"within", typed(k100, Repeated("&e;", 40) + "<b x='" + Repeated("&e;", 40) + "'/>"), true},
+        {"chain", typed(chain + "<!ENTITY c3000 'x'>", "&c0;"), false},
+        {"parameters", typed(levels, ""), false},
+        {"defaults", typed("<!ATTLIST b " + defaults + ">", Repeated("<b/>", 50'000)), false},
+        {"attributes", "<a" + attributes + "/>", false},
+        {"alternatives", typed("<!ATTLIST b x (" + Repeated("y|", 1'000'000) + "y) #IMPLIED>", ""), false},
+        {"unclosed alternatives", typed("<!ATTLIST b x (" + Repeated("y|", 1'000'000), ""), false},
+        {"groups", typed("<!ELEMENT b " + Repeated("(", 100'000) + "c" + Repeated(")", 100'000) + ">", ""),
+         false},
+        {"sequence", typed("<!ELEMENT b (c" + Repeated(",c", 200'000) + ")>", ""), true},
+    };
+    test::OnStackOf(1, [&] {
+        for (const auto& row : kCases) {
+            const auto start = std::chrono::steady_clock::now();
+            EXPECT_EQ(LoadedText(row.text) != "!", row.loads) << row.what;
+            EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)) << row.what;
+        }
+    });
+}
+
+TEST(PlatformDocument, DepthCostsMemoryOnly) {
+    constexpr int kLevels = 1'000'000;
+    const auto nested = [](const std::string& root, const std::string& tag) {
+        return root + Repeated("<" + tag + ">", kLevels) + Repeated("</" + tag + ">", kLevels) + "</r>";
+    };
+    test::OnStackOf(1, [&] {
+        CCoreXmlDom document;
+        ASSERT_TRUE(document.LoadString(nested("<r>", "a").c_str()));
+        ASSERT_TRUE(document.LoadString(nested("<r xmlns:p='u'>", "p:a").c_str()));
+        int depth = 0;
+        for (auto iter = document.GetFirstElement(); iter.Get(); iter = (*iter.Get())->GetFirstChild())
+            ++depth;
+        EXPECT_EQ(depth, kLevels + 1);
+        CoreString xml;
+        EXPECT_TRUE(document.GetString(xml));
+        EXPECT_GT(xml.GetLength(), 8 * kLevels);
+        EXPECT_FALSE(document.LoadString(("<r>" + Repeated("<a>", kLevels)).c_str()));
+    });
+}
+
+TEST(PlatformDocument, LoadsAppend) {
+    CCoreXmlDom document;
+    EXPECT_TRUE(document.LoadString("<a/>"));
+    EXPECT_FALSE(document.LoadString("<a>"));
+    int offset = 0;
+    EXPECT_STRNE(document.GetParseError(offset), "");
+    EXPECT_TRUE(document.LoadString("<b/>"));
+    EXPECT_EQ(TreeText(document.GetFirstElement()), "a\nb\n");
+    document.ResetCOMState();
+    EXPECT_STREQ(document.GetParseError(offset), "");
+    EXPECT_EQ(TreeText(document.GetFirstElement()), "a\nb\n");
+}
+
+TEST(PlatformDocument, MayBeMissing) {
+    const PlatformDocumentMaker maker =
+        std::exchange(g_platformDocumentMaker, [] { return std::unique_ptr<PlatformDocument>(); });
+    CCoreXmlDom document;
+    g_platformDocumentMaker = maker;
+    CoreString text("old");
+    EXPECT_NE(document.CreateElement("a"), nullptr);
+    EXPECT_FALSE(document.LoadDocument("a.xml", false));
+    EXPECT_FALSE(document.LoadDocument("a.xml", true));
+    EXPECT_FALSE(document.LoadString("<b/>"));
+    EXPECT_FALSE(document.SaveDocument("a.xml", nullptr, nullptr));
+    EXPECT_FALSE(document.GetString(text));
+    EXPECT_FALSE(document.TransformDocument("a.xsl", text));
+    EXPECT_STREQ(text(), "old");
+    EXPECT_EQ(TreeText(document.GetFirstElement()), "a\n");
+    document.ResetCOMState();
+    EXPECT_TRUE(document.LoadString("<b/>"));
+}
+
+}  // namespace
+}  // namespace brenta
