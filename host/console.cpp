@@ -102,7 +102,7 @@ std::string ElementText(const CCoreXmlDomElement& element) {
         text += ' ';
         text += (*attribute.Get())->GetName();
         text += '=';
-        AppendQuoted(text, (*attribute.Get())->GetValue());
+        AppendQuoted(text, (*attribute.Get())->PeekValue());
     }
     if (element.GetInnerTextId() != kNoName) {
         text += ' ';

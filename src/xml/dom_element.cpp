@@ -7,34 +7,6 @@
 namespace brenta {
 
 // ---------------------------------------------------------------------------------------------------------
-// Attributes
-
-CCoreXmlDomAttribute::CCoreXmlDomAttribute() : CCoreXmlDomAttribute(kNoName, kNoName) {}
-
-CCoreXmlDomAttribute::CCoreXmlDomAttribute(STRID name, STRID value) : m_name(name), m_value(value) {}
-
-CCoreXmlDomAttribute::CCoreXmlDomAttribute(const char* name, const char* value)
-    : CCoreXmlDomAttribute(StrId(name), StrId(value)) {}
-
-CCoreXmlDomAttribute::CCoreXmlDomAttribute(const CCoreXmlDomAttribute& other) = default;
-
-CCoreXmlDomAttribute& CCoreXmlDomAttribute::operator=(const CCoreXmlDomAttribute& other) = default;
-
-std::size_t CCoreXmlDomAttribute::SizeOf() const {
-    return sizeof(*this);
-}
-
-const char* CCoreXmlDomAttribute::GetClassName() const {
-    return "CCoreXmlDomAttribute";
-}
-
-const char* CCoreXmlDomAttribute::GetBaseClassName() const {
-    return "CCoreScriptable";
-}
-
-CCoreXmlDomAttribute::~CCoreXmlDomAttribute() = default;
-
-// ---------------------------------------------------------------------------------------------------------
 // Elements
 
 CCoreXmlDomElement::CCoreXmlDomElement() : CCoreXmlDomElement(kNoName) {}

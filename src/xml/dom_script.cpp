@@ -184,7 +184,7 @@ bool CCoreXmlDomAttribute::ScriptAction(IOB& request) {
     switch (request.action) {
         case kGet:
             if (request.name == names.name) return Answer(request, m_name);
-            if (request.name == names.value) return Answer(request, m_value);
+            if (request.name == names.value) return Answer(request, GetValueId());
             return false;
         case kSet:
             if (!Arguments(request).GetText(0, text)) return false;

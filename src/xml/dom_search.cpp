@@ -93,7 +93,7 @@ template <class NameMatches>
 bool HasAttribute(const CCoreXmlDomElement& element, const char* value, const NameMatches& matches) {
     const bool anyValue = value == nullptr || *value == '\0';
     return FirstAttribute(element, [&](const CCoreXmlDomAttribute& attribute) {
-               return matches(attribute) && (anyValue || SameTextInAnyCase(attribute.GetValue(), value));
+               return matches(attribute) && (anyValue || SameTextInAnyCase(attribute.PeekValue(), value));
            }) != nullptr;
 }
 
@@ -112,7 +112,12 @@ const char* ValueOf(const CCoreXmlDomAttribute* attribute) {
     return attribute == nullptr ? "" : attribute->GetValue();
 }
 
-bool IsTrue(const char* value) {
+int NumberOf(const CCoreXmlDomAttribute* attribute) {
+    return attribute == nullptr ? 0 : ParseInt(attribute->PeekValue());
+}
+
+bool IsTrue(const CCoreXmlDomAttribute* attribute) {
+    const char* const value = attribute == nullptr ? "" : attribute->PeekValue();
     return SameText(value, "1") || SameText(value, "true") || SameText(value, "True");
 }
 
@@ -135,19 +140,19 @@ const char* CCoreXmlDomElement::GetAttributeValue(const char* name, bool ignoreC
 }
 
 int CCoreXmlDomElement::GetIntAttributeValue(STRID name) const {
-    return ParseInt(GetAttributeValue(name));
+    return NumberOf(AttributeOf(*this, name));
 }
 
 int CCoreXmlDomElement::GetIntAttributeValue(const char* name, bool ignoreCase) const {
-    return ParseInt(GetAttributeValue(name, ignoreCase));
+    return NumberOf(AttributeOf(*this, name, ignoreCase));
 }
 
 bool CCoreXmlDomElement::GetBoolAttributeValue(STRID name) const {
-    return IsTrue(GetAttributeValue(name));
+    return IsTrue(AttributeOf(*this, name));
 }
 
 bool CCoreXmlDomElement::GetBoolAttributeValue(const char* name, bool ignoreCase) const {
-    return IsTrue(GetAttributeValue(name, ignoreCase));
+    return IsTrue(AttributeOf(*this, name, ignoreCase));
 }
 
 // ---------------------------------------------------------------------------------------------------------

@@ -7,19 +7,13 @@
 
 #include "brenta/xml_stream.h"
 #include "foundation/characters.h"
+#include "xml/pending_value.h"
 
 namespace brenta {
 
 namespace {
 
 constexpr std::size_t kRecordDepth = 2;
-
-/// std::bad_alloc when the string table takes no more texts.
-STRID InternValue(std::string_view value) {
-    const STRID id = StrId(value.data(), static_cast<unsigned int>(value.size()));
-    if (id == kNoName && !value.empty()) throw std::bad_alloc();
-    return id;
-}
 
 /// An element that belongs to nobody yet. Attributes are appended without a look at those before: the parser
 /// has seen that their qualified names differ, and two prefixes may share a local name.
@@ -29,7 +23,8 @@ std::unique_ptr<CCoreXmlDomElement> MakeElement(STRID tag, std::span<const SaxAt
     ListTail<CCoreXmlDomAttribute*> tail;
     for (const SaxAttribute& attribute : attributes) {
         const STRID name = names.Name(attribute.name);
-        auto made = Required(new CCoreXmlDomAttribute(name, InternValue(attribute.value)));
+        auto made = Required(new CCoreXmlDomAttribute(name, kNoName));
+        PendingValue::Set(*made, attribute.value);
         element->AddAttribute(made.get());
         tail.Advance(element->GetFirstAttribute());
         made.release();

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdlib>
 #include <string>
 
 #include "brenta/xml.h"
 #include "test_support.h"
+#include "xml/pending_value.h"
 
 namespace brenta::test {
 namespace {
@@ -139,6 +141,26 @@ TEST(DomElement, ReplacesValuesAndKeepsGivenAttributes) {
     EXPECT_EQ(element.GetFirstAttribute().Get(), nullptr);
     delete first;
     delete second;
+}
+
+TEST(DomElement, ValuesAreInternedWhenTheyAreAskedFor) {
+    const std::string text = "a value that stands nowhere else, " + std::to_string(std::rand());
+    CCoreXmlDomElement element("e");
+    auto* attribute = new CCoreXmlDomAttribute("k", "old");
+    element.AddAttribute(attribute);
+    PendingValue::Set(*attribute, text);
+    EXPECT_EQ(attribute->PeekValue(), text);
+    EXPECT_EQ(element.FindElement("e", "k", text.c_str(), false), &element);
+    EXPECT_EQ(element.GetIntAttributeValue("k", false), 0);
+    EXPECT_FALSE(StrPresent(text.c_str()));
+    const CCoreXmlDomAttribute copy(*attribute);
+    EXPECT_EQ(attribute->GetValueId(), StrId(text.c_str()));
+    EXPECT_EQ(copy.GetValueId(), StrId(text.c_str()));
+    PendingValue::Set(*attribute, "2");
+    attribute->SetValue("3");
+    EXPECT_STREQ(attribute->GetValue(), "3");
+    PendingValue::Set(*attribute, "");
+    EXPECT_EQ(attribute->GetValueId(), kNoName);
 }
 
 /// Writes its tag down when it is destroyed.

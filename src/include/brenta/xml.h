@@ -37,6 +37,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "brenta/containers.h"
 #include "brenta/export.h"
@@ -71,17 +72,29 @@ class BRENTA_API CCoreXmlDomAttribute : public CCoreScriptable {
 
     /// The texts live as long as the library; never null.
     const char* GetName() const { return StrPtr(m_name); }
-    const char* GetValue() const { return StrPtr(m_value); }
+    const char* GetValue() const { return StrPtr(GetValueId()); }
+    /// The value as it stands, valid until the value is asked for in another way, set or destroyed. A record
+    /// of a stream (brenta/xml_stream.h) has values that are not interned yet, and this does not intern them.
+    const char* PeekValue() const;
     STRID GetNameId() const { return m_name; }
-    STRID GetValueId() const { return m_value; }
+    STRID GetValueId() const { return IsPending() ? InternValue() : m_value; }
     void SetName(const char* name) { m_name = StrId(name); }
     void SetName(STRID name) { m_name = name; }
-    void SetValue(const char* value) { m_value = StrId(value); }
-    void SetValue(STRID value) { m_value = value; }
+    void SetValue(const char* value) { SetValue(StrId(value)); }
+    void SetValue(STRID value);
 
  private:
+    friend class PendingValue;
+
+    /// Whether the value is a text that was not interned yet.
+    bool IsPending() const {
+        const auto bits = static_cast<std::uintptr_t>(m_value);
+        return (bits & 1) != 0 && bits + 1 != 0;
+    }
+    STRID InternValue() const;
+
     STRID m_name;
-    STRID m_value;
+    mutable STRID m_value;  // or the address of such a text, made odd
 };
 
 // ---------------------------------------------------------------------------------------------------------

@@ -38,8 +38,9 @@
 /// each element stands on a line of its own. It can pass 100, and then no 100 is sent any more; in a file
 /// with very long lines it does so soon. Show at most 100.
 ///
-/// Cost. Names and attribute values are interned (brenta/names.h) and stay in the string table: a file with
-/// very many different values fills it. Memory beside that is proportional to the largest record.
+/// Cost. Memory is proportional to the largest record, and to the number of different names, which are
+/// interned (brenta/names.h). A value is interned when it is asked for with GetValue or GetValueId, not before:
+/// a target that uses PeekValue, or reads numbers with GetIntAttributeValue, leaves nothing behind.
 #pragma once
 
 #include <cstdint>
