@@ -61,6 +61,7 @@ class AttributeWalk {
     }
     std::uint32_t NextDeclarationPlace() const;
 
+    xmlDoc* m_pDocument;
     const xmlNs* m_pDeclaration;
     const xmlAttr* m_pAttribute;
     const std::uint32_t* m_pPlaces = nullptr;
@@ -124,7 +125,7 @@ bool IsKnownEncoding(const std::string& encoding);
 bool Encode(std::string_view text, const std::string& encoding, std::string& out);
 
 // ---------------------------------------------------------------------------------------------------------
-// Entities (platform_entities_libxml2.cpp)
+// Limits (platform_limits_libxml2.cpp)
 
 /// Limits what the references of one document expand to: a short chain of entities can stand for gigabytes.
 class EntityLimits {
@@ -152,8 +153,15 @@ class EntityLimits {
 /// No value may be longer than this after the expansion of its references.
 inline constexpr std::size_t kLongestExpansion = 10'000'000;
 
-/// Appends what a reference in an attribute's value stands for.
-void AppendExpansion(const xmlEntity& entity, std::string& out);
+/// Appends the text of a value with each reference replaced by what it stands for.
+void AppendExpanded(xmlDoc* document, std::string_view text, std::string& out);
+
+/// Alternatives and parentheses of one declaration, which libxml2 frees and reads by recursion.
+inline constexpr std::size_t kMostAlternatives = 5000;
+inline constexpr std::size_t kMostParentheses = 250;
+
+/// Whether a text has no tag or declaration that libxml2 would take too long for, or too deep a stack.
+bool TextHolds(std::string_view text);
 
 // ---------------------------------------------------------------------------------------------------------
 // Writing (platform_write_libxml2.cpp)

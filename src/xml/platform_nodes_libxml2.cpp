@@ -14,7 +14,7 @@ namespace brenta {
 // Attributes in document order
 
 AttributeWalk::AttributeWalk(const XmlTree& tree, const xmlNode& element)
-    : m_pDeclaration(element.nsDef), m_pAttribute(element.properties) {
+    : m_pDocument(tree.m_pDoc), m_pDeclaration(element.nsDef), m_pAttribute(element.properties) {
     const auto index = reinterpret_cast<std::uintptr_t>(element._private);
     if (index == 0) return;
     m_pPlaces = tree.m_places.data() + index;
@@ -53,16 +53,21 @@ std::string_view AttributeWalk::Value() {
     const auto view = [](const xmlChar* text) {
         return text == nullptr ? std::string_view() : AsChars(text);
     };
-    if (AtDeclaration()) return view(m_pDeclaration->href);
+    m_value.clear();
+    if (AtDeclaration()) {
+        const std::string_view address = view(m_pDeclaration->href);
+        if (address.find('&') == address.npos) return address;
+        AppendExpanded(m_pDocument, address, m_value);
+        return m_value;
+    }
     const xmlNode* part = m_pAttribute->children;
     if (part == nullptr) return {};
     if (part->next == nullptr && part->type == XML_TEXT_NODE) return view(part->content);
-    m_value.clear();
     for (; part != nullptr; part = part->next) {
         if (part->type == XML_TEXT_NODE) {
             m_value += view(part->content);
-        } else if (const xmlEntity* entity = xmlGetDocEntity(m_pAttribute->doc, part->name)) {
-            AppendExpansion(*entity, m_value);
+        } else {
+            AppendExpanded(m_pDocument, "&" + std::string(view(part->name)) + ";", m_value);
         }
     }
     return m_value;

@@ -83,7 +83,7 @@ xmlDoc* OnLoad(const xmlChar* address, xmlDict* dictionary, int options, void* c
     return type == XSLT_LOAD_STYLESHEET ? LoadIncludedSheet(AsChars(address), dictionary) : nullptr;
 }
 
-void OnError([[maybe_unused]] void* context, const char* format, ...) {
+[[gnu::format(printf, 2, 3)]] void OnError(void*, const char* format, ...) {
     if (t_transforming || g_previous.error == nullptr) return;
     char text[4096];
     va_list arguments;

@@ -114,7 +114,12 @@ TEST(PlatformDocument, ReadsElementsAndAttributes) {
          "a xmlns:p=\"u\"\n  b xmlns:p=\"v\" p:x=\"1\"\n    p:c\n  p:d\n"},
         {"<a xml:space='preserve' xmlns:xml='http://www.w3.org/XML/1998/namespace' b='1' xmlns='u' c='2'/>",
          "a xml:space=\"preserve\" b=\"1\" xmlns=\"u\" c=\"2\"\n"},
+        {"<!DOCTYPE a [<!ENTITY e 'w'>]><a xmlns='&#38;v&e;&lt;'/>", "a xmlns=\"&vw<\"\n"},
+        {"<a xmlns='no address'/>", "a xmlns=\"no address\"\n"},
         {"<p:a/>", "!"},
+        {"<a xmlns:p=''/>", "!"},
+        {"<a :b='1'/>", "!"},
+        {"<a:b:c xmlns:a='u'/>", "!"},
         {"<a p:b='1'/>", "!"},
         {"<a xmlns:p='u' xmlns:q='u' p:b='1' q:b='2'/>", "!"},
         // Document types: default attributes come last, references are not entered.

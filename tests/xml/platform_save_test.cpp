@@ -63,6 +63,8 @@ TEST(PlatformSave, WritesOnlyWhatCanBeReadAgain) {
         {"x", "\xEF\xBF\xBE-\xEF\xBF\xBF", " x=\"-\""},
         {"x", "\xF4\x90\x80\x80", " x=\"\xC3\xB4\xC2\x90\xC2\x80\xC2\x80\""},
         {"\xE9", "1", " \xC3\xA9=\"1\""},
+        {"\xF0\xA0\x80\x80.-\xC2\xB7", "1", " \xF0\xA0\x80\x80.-\xC2\xB7=\"1\""},
+        {"\xC2\xB7", "1", ""},
         {"p:x", "1", " p:x=\"1\""},
         {"xmlns", "u", " xmlns=\"u\""},
         {"", "1", ""},
@@ -145,6 +147,8 @@ TEST(PlatformSave, KeepsTheDeclaration) {
     } const kCases[] = {
         {"<r/>", "<r/>\n", "<r/>\n"},
         {"\xEF\xBB\xBF<r/>", "<r/>\n", "<r/>\n"},
+        {"<r xmlns='&#38;&lt;&#10;'/>", "<r xmlns=\"&#38;&#60;&#10;\"/>\n",
+         "<r xmlns=\"&#38;&#60;&#10;\"/>\n"},
         {"<?xml version='1.0'?><r/>", "<?xml version=\"1.0\"?>\n<r/>\n", "<?xml version=\"1.0\"?>\n<r/>\n"},
         {"<?xml version='1.1' encoding='ISO-8859-1' standalone='yes'?><r n='\xE9&#x20AC;'>\xE9</r>",
          "<?xml version=\"1.1\" encoding=\"ISO-8859-1\" standalone=\"yes\"?>\n<r "

@@ -1,4 +1,5 @@
-// What references to entities expand to.
+// What a document may cost: what its references to entities expand to, and how long what libxml2 is slow or
+// recursive in may be.
 //
 // libxml2 watches expansion itself, but not with the option that takes values of any length and nesting of
 // any depth. So each reference is measured before the parser follows it: the size of an entity is that of its
@@ -8,6 +9,7 @@
 #include <libxml/parserInternals.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 
 #include "xml/platform_libxml2.h"
@@ -16,6 +18,8 @@ namespace brenta {
 
 namespace {
 
+/// Attributes of one tag: libxml2 compares each with all others.
+constexpr std::size_t kMostAttributes = 100'000;
 constexpr std::size_t kDeepestEntity = 40;
 constexpr std::size_t kSmallestBudget = 8u << 20;
 constexpr std::size_t kBudgetPerByte = 100;
@@ -57,7 +61,66 @@ void AppendCharacter(const std::string& reference, std::string& out) {
     out.append(AsChars(bytes), static_cast<std::size_t>(count));
 }
 
+// ---------------------------------------------------------------------------------------------------------
+// Looking through a text
+
+/// Looks for tags and declarations that are beyond the limits, at the speed of a search for "<". What is
+/// malformed may be misread here, which the parser will refuse anyway.
+class TextLimits {
+ public:
+    explicit TextLimits(std::string_view text) : m_text(text) {}
+
+    bool Hold() {
+        while ((m_at = m_text.find('<', m_at)) != m_text.npos) {
+            ++m_at;
+            if (Skips("!--", "-->") || Skips("![CDATA[", "]]>") || Skips("?", "?>")) continue;
+            if (!MarkupHolds()) return false;
+        }
+        return true;
+    }
+
+ private:
+    bool Skips(std::string_view start, std::string_view end) {
+        if (m_text.compare(m_at, start.size(), start) != 0) return false;
+        const std::size_t found = m_text.find(end, m_at + start.size());
+        m_at = found == m_text.npos ? m_text.size() : found + end.size();
+        return true;
+    }
+
+    /// A tag or a declaration up to its ">"; one of the document type up to its subset only.
+    bool MarkupHolds() {
+        std::size_t quoted = 0, alternatives = 0, parentheses = 0;
+        const bool declaration = m_text.compare(m_at, 1, "!") == 0;
+        for (; m_at < m_text.size(); ++m_at) {
+            if (!kStops[static_cast<unsigned char>(m_text[m_at])]) continue;
+            const char c = m_text[m_at];
+            if (c == '>' || (c == '[' && declaration)) return true;
+            if (c == '<') return true;
+            if (c == '|' && ++alternatives > kMostAlternatives) return false;
+            if (c == '(' && ++parentheses > kMostParentheses) return false;
+            if (c != '"' && c != '\'') continue;
+            if (++quoted > kMostAttributes) return false;
+            m_at = std::min(m_text.find(c, m_at + 1), m_text.size() - 1);
+        }
+        return true;
+    }
+
+    static constexpr auto kStops = [] {
+        std::array<bool, 256> stops{};
+        for (const char c : {'"', '\'', '<', '>', '|', '(', '['})
+            stops[static_cast<unsigned char>(c)] = true;
+        return stops;
+    }();
+
+    std::string_view m_text;
+    std::size_t m_at = 0;
+};
+
 }  // namespace
+
+bool TextHolds(std::string_view text) {
+    return TextLimits(text).Hold();
+}
 
 struct EntityLimits::Open {
     const xmlEntity* entity;
@@ -120,12 +183,8 @@ std::size_t EntityLimits::SizeOf(const xmlEntity& entity) const {
     return known == m_sizes.end() ? 0 : known->second;
 }
 
-void AppendExpansion(const xmlEntity& entity, std::string& out) {
-    if (entity.etype == XML_INTERNAL_PREDEFINED_ENTITY) {
-        out += TextOf(entity);
-        return;
-    }
-    std::vector<std::string_view> open{TextOf(entity)};
+void AppendExpanded(xmlDoc* document, std::string_view text, std::string& out) {
+    std::vector<std::string_view> open{text};
     std::string name;
     while (!open.empty()) {
         std::string_view before;
@@ -139,9 +198,9 @@ void AppendExpansion(const xmlEntity& entity, std::string& out) {
             AppendCharacter(name, out);
             continue;
         }
-        const xmlEntity* inner = xmlGetDocEntity(entity.doc, AsXmlChars(name.c_str()));
+        const xmlEntity* inner = xmlGetDocEntity(document, AsXmlChars(name.c_str()));
         if (IsExpandable(inner)) {
-            if (open.size() < kDeepestEntity) open.push_back(TextOf(*inner));
+            if (open.size() <= kDeepestEntity) open.push_back(TextOf(*inner));
         } else if (inner != nullptr) {
             out += TextOf(*inner);
         }
