@@ -43,21 +43,6 @@ bool IsWide(const std::string& encoding) {
                        [&](std::string_view name) { return lower.starts_with(name); });
 }
 
-/// Conversions report what they cannot read to the thread's error handler, which writes it to standard error.
-class QuietErrors {
- public:
-    QuietErrors() : m_previous(xmlStructuredError), m_pContext(xmlStructuredErrorContext) {
-        xmlSetStructuredErrorFunc(nullptr, [](void*, xmlError*) {});
-    }
-    ~QuietErrors() { xmlSetStructuredErrorFunc(m_pContext, m_previous); }
-    QuietErrors(const QuietErrors&) = delete;
-    QuietErrors& operator=(const QuietErrors&) = delete;
-
- private:
-    xmlStructuredErrorFunc m_previous;
-    void* m_pContext;
-};
-
 class Handler {
  public:
     explicit Handler(const char* encoding) : m_pHandler(xmlFindCharEncodingHandler(encoding)) {}

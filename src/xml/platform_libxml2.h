@@ -4,6 +4,7 @@
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <libxml/xmlerror.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -23,6 +24,22 @@ inline const char* AsChars(const xmlChar* text) {
 inline const xmlChar* AsXmlChars(const char* text) {
     return reinterpret_cast<const xmlChar*>(text);
 }
+
+/// While it lives, libxml2 writes nothing to standard error on this thread, which it does for what it cannot
+/// convert and when memory runs out. The thread's own handler is put back.
+class QuietErrors {
+ public:
+    QuietErrors() : m_previous(xmlStructuredError), m_pContext(xmlStructuredErrorContext) {
+        xmlSetStructuredErrorFunc(nullptr, [](void*, xmlError*) {});
+    }
+    ~QuietErrors() { xmlSetStructuredErrorFunc(m_pContext, m_previous); }
+    QuietErrors(const QuietErrors&) = delete;
+    QuietErrors& operator=(const QuietErrors&) = delete;
+
+ private:
+    xmlStructuredErrorFunc m_previous;
+    void* m_pContext;
+};
 
 /// A parsed document. The platform document and the nodes handed out share it.
 class XmlTree {

@@ -200,6 +200,7 @@ xmlEntity* DocumentParse::FindParameterEntity(void* context, const xmlChar* name
 
 std::shared_ptr<XmlTree> ParseXml(std::string_view bytes, ParseUse use, const char* base, ParseFault& fault,
                                   xmlDict* dictionary) {
+    const QuietErrors quiet;
     fault = ParseFault();
     std::string storage;
     DecodedText decoded{bytes, "", 0};

@@ -42,8 +42,8 @@ struct Previous {
     xmlGenericErrorFunc error;
     void* errorContext;
 };
-std::mutex g_mutex;
-Previous g_previous;
+constinit std::mutex g_mutex;
+constinit Previous g_previous{};
 
 /// A name of a document in the form of an address, and back.
 std::string ToAddress(const std::string& path) {

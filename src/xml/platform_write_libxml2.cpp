@@ -318,6 +318,7 @@ int AppendToString(void* text, const char* bytes, int size) {
 }
 
 std::string WriteTree(const XmlTree& tree) {
+    const QuietErrors quiet;
     std::string text;
     xmlSaveCtxt* const save = xmlSaveToIO(&AppendToString, nullptr, &text, "UTF-8",
                                           XML_SAVE_NO_DECL | XML_SAVE_AS_XML | XML_SAVE_NO_XHTML);

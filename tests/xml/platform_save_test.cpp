@@ -216,6 +216,8 @@ TEST(PlatformSave, NeverDestroysTheOldFile) {
         EXPECT_TRUE(document.SaveDocument(bad.c_str(), nullptr, nullptr));
     EXPECT_TRUE(document.SaveDocument(nullptr, nullptr, nullptr));
     EXPECT_EQ(Content(path), "old");
+    document.SaveDocument("/dev/null", nullptr, nullptr);
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 
     document.SaveDocument(link.c_str(), nullptr, nullptr);
     EXPECT_TRUE(std::filesystem::is_symlink(link));

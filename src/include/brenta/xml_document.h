@@ -11,7 +11,7 @@
 ///
 ///     CXMLDocument document;
 ///     CString path("Resistors.lbr"), error, text;
-///     if (!document.LoadDocument(path, error)) return AfxMessageBox(error);
+///     if (!document.LoadDocument(path, error)) AfxMessageBox(error);
 ///     IXMLDOMElement* library = document.GetRootElement();
 ///     CXMLElementIterator packages(library);
 ///     for (IXMLDOMNode* node = packages.GetFirstElement(); node; node = packages.GetNextElement()) {
@@ -22,7 +22,7 @@
 ///     document.FreeRootElement(library);
 ///
 /// For very large files there is the reader that hands out one record after the other
-/// (brenta/sax_reader.h); to keep, change and save what was read, load a CCoreXmlDom (brenta/xml.h).
+/// (brenta/xml_stream.h); to keep, change and save what was read, load a CCoreXmlDom (brenta/xml.h).
 ///
 /// Lifetime. Every node that is handed out is counted: give it back, with the function that its source names
 /// or with Release, or it and its whole document stay in memory. A node that is kept stays valid when the
