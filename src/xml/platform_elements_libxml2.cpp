@@ -25,6 +25,8 @@ void DocumentParse::OnStartElement(void* context, const xmlChar* name, const xml
                                attributeCount, attributes);
         }
     });
+    // Here, unlike elsewhere, the parser may lose its input at once.
+    if (parse.m_failed) xmlStopParser(Context(context));
 }
 
 /// Attributes that a declaration adds to every element are charged as expansions are, and so is the parser's
