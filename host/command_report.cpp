@@ -15,7 +15,7 @@ constexpr const char* kScript = "part_report.scr";
 std::string FindScript() {
     std::string folder(CoreNativePath(GetAppPath()));
     while (!folder.empty()) {
-        const std::string path = folder + "/share/brenta/" + kScript;
+        std::string path = folder + "/share/brenta/" + kScript;
         if (FileExists(path.c_str())) return path;
         const std::size_t end = folder.find_last_of("/\\");
         folder.resize(end == std::string::npos ? 0 : end);

@@ -16,7 +16,7 @@ namespace brenta {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 64 * 1024;
+constexpr std::size_t kBufferSize = 65536;
 constexpr int kNumberRadix = 26;
 
 enum ByteFate : std::uint8_t { kDropped, kPasses, kQuote, kAmpersand, kApostrophe, kLess, kGreater };

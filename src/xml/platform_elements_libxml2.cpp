@@ -41,7 +41,7 @@ bool DocumentParse::AdmitElement(xmlParserCtxt* context, int namespaceCount, int
     }
     std::size_t cost = 0;
     for (int i = attributeCount - defaultedCount; i < attributeCount; ++i) {
-        const xmlChar** const attribute = attributes + i * kFields;
+        const xmlChar** const attribute = attributes + std::ptrdiff_t{i} * kFields;
         cost += static_cast<std::size_t>(attribute[kValueEnd] - attribute[kValue]) + 16;
     }
     cost += static_cast<std::size_t>(defaultedCount) * static_cast<std::size_t>(attributeCount) / 8;
@@ -65,9 +65,9 @@ void DocumentParse::StartElement(xmlParserCtxt* context, const xmlChar* name, co
     }
     const bool plain = uri == nullptr;  // then a prefix is an undeclared one, which belongs to the name
     bool prefixed = false;
-    m_plain.assign(attributes, attributes + attributeCount * kFields);
+    m_plain.assign(attributes, attributes + std::ptrdiff_t{attributeCount} * kFields);
     for (int i = 0; i < attributeCount; ++i) {
-        const xmlChar** const attribute = m_plain.data() + i * kFields;
+        const xmlChar** const attribute = m_plain.data() + std::ptrdiff_t{i} * kFields;
         if (attribute[1] == nullptr || attribute[2] == nullptr ||
             xmlStrEqual(attribute[1], AsXmlChars("xml")))
             continue;

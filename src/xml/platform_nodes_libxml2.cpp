@@ -207,7 +207,7 @@ class TreeReader {
                     continue;
                 }
                 m_open.push_back(node->next);
-                open.push_back(GrowingElement(child));
+                open.emplace_back(child);
                 node = node->children;
             }
         }

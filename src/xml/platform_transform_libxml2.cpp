@@ -49,7 +49,7 @@ constinit Previous g_previous{};
 std::string ToAddress(const std::string& path) {
     xmlChar* const escaped = xmlURIEscapeStr(AsXmlChars(path.c_str()), AsXmlChars("/:"));
     if (escaped == nullptr) throw std::bad_alloc();
-    const std::string address = AsChars(escaped);
+    std::string address = AsChars(escaped);
     xmlFree(escaped);
     return address;
 }
@@ -57,7 +57,7 @@ std::string ToAddress(const std::string& path) {
 std::string FromAddress(const char* address) {
     char* const plain = xmlURIUnescapeString(address, 0, nullptr);
     if (plain == nullptr) throw std::bad_alloc();
-    const std::string path = plain;
+    std::string path = plain;
     xmlFree(plain);
     return path;
 }

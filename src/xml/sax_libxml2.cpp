@@ -30,7 +30,7 @@ namespace brenta {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 64 * 1024;
+constexpr std::size_t kBufferSize = 65536;
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 const char* Text(const xmlChar* text) {

@@ -39,8 +39,8 @@
 /// with very long lines it does so soon. Show at most 100.
 ///
 /// Cost. Memory is proportional to the largest record, and to the number of different names, which are
-/// interned (brenta/names.h). A value is interned when it is asked for with GetValue or GetValueId, not before:
-/// a target that uses PeekValue, or reads numbers with GetIntAttributeValue, leaves nothing behind.
+/// interned (brenta/names.h). A value is interned when it is asked for with GetValue or GetValueId, not
+/// before: a target that uses PeekValue, or reads numbers with GetIntAttributeValue, leaves nothing behind.
 #pragma once
 
 #include <cstdint>

@@ -135,7 +135,9 @@ bool Overwrite(const std::string& path, std::string_view content, off_t oldSize)
     const auto size = static_cast<off_t>(content.size());
     if (file.Get() < 0) return false;
     if (size > oldSize && posix_fallocate(file.Get(), oldSize, size - oldSize) != 0) {
-        return ftruncate(file.Get(), oldSize) != 0 && false;
+        // What was reserved goes again; where that fails, too, the old content is still there.
+        static_cast<void>(ftruncate(file.Get(), oldSize) == 0);
+        return false;
     }
     return WriteAll(file.Get(), content) && ftruncate(file.Get(), size) == 0 && fsync(file.Get()) == 0 &&
            file.Close();
