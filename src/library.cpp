@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <new>
 #include <optional>
+#include <typeinfo>
 
 #include "brenta/framework.h"
 #include "brenta/heap.h"
@@ -104,6 +105,16 @@ class FoundationKeeper {
     }
 };
 
+/// What becomes of an object that a script created and nobody took over. A script may have put one element
+/// or attribute into two trees, and both would delete it. These hold nothing but blocks of the global heap,
+/// which is about to go as a whole: they are left to it.
+void Dispose(CCoreScriptable* object) {
+    const std::type_info& type = typeid(*object);
+    if (type == typeid(CCoreXmlDomElement) || type == typeid(CCoreXmlDomAttribute)) return;
+    if (auto* document = dynamic_cast<CCoreXmlDom*>(object)) document->RemoveDom();
+    delete object;
+}
+
 /// The library's entry point: joins the chain of modules and keeps the library-wide engine.
 class EntryPoint {
  public:
@@ -114,7 +125,7 @@ class EntryPoint {
     ~EntryPoint() {
         if (!os::LibraryIsUnloading()) return;
         DestroyLibraryEngine();
-        DeleteCreated();
+        DisposeOfCreated(&Dispose);
         AfxTermExtensionModule(g_extensionModule);
     }
 };

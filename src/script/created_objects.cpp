@@ -91,10 +91,10 @@ std::size_t CreatedCount() {
 }
 
 // One at a time and without a lock: a destructor may delete further objects, which take themselves out.
-void DeleteCreated() {
+void DisposeOfCreated(void (*dispose)(CCoreScriptable*)) {
     for (std::size_t i = 0; i < kParts; ++i)
         while (const CCoreScriptable* object = TakeOne(Parts()[i]))
-            delete object;
+            dispose(const_cast<CCoreScriptable*>(object));
 }
 
 }  // namespace brenta

@@ -3,7 +3,7 @@
 //
 // No engine deletes them: a reference to the object may have been handed to a host or to another engine. They
 // are kept here, where a leak checker sees them, until somebody deletes them (their destructor takes them
-// out), a host adopts them, or the library is unloaded, which deletes the rest.
+// out), a host adopts them, or the library is unloaded, which disposes of the rest.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,8 @@ void ForgetCreated(const CCoreScriptable* object);
 /// How many objects are in.
 std::size_t CreatedCount();
 
-/// Deletes all objects that are in; for the unloading of the library, after the last engine.
-void DeleteCreated();
+/// Takes all objects out and hands each to `dispose`, which may delete it and others; for the unloading of the
+/// library, after the last engine.
+void DisposeOfCreated(void (*dispose)(CCoreScriptable*));
 
 }  // namespace brenta

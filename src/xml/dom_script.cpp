@@ -103,6 +103,8 @@ class Arguments {
         return true;
     }
 
+    bool IsNull(std::size_t i) const { return i < m_count && m_values[i]->GetKind() == VarKind::Null; }
+
     /// A function is a reference, too, but to no object.
     bool IsObject(std::size_t i) const {
         return i < m_count && m_values[i]->GetKind() == VarKind::Reference &&
@@ -292,7 +294,7 @@ bool CallDeleteAttribute(CCoreXmlDomElement& element, const Arguments& arguments
     }
     STRID name = kNoName;
     if (!arguments.GetAnyText(0, name)) return false;
-    if (name != kNoName)
+    if (!arguments.IsNull(0))
         ReleaseAttribute(
             element, [&](const CCoreXmlDomAttribute& attribute) { return attribute.GetNameId() == name; });
     return true;

@@ -6,6 +6,8 @@
 #include <array>
 #include <new>
 #include <unordered_map>
+#include <unordered_set>
+#include <utility>
 
 #include "brenta/xml.h"
 #include "foundation/characters.h"
@@ -202,15 +204,17 @@ class ElementWriter {
         const std::string* name;
     };
 
-    /// The name as it is written; "" for one that is not to be.
+    /// The name as it is written, one object for each; "" for one that is not to be. Two names may become
+    /// one: a letter of Latin-1 in the first is the same in UTF-8 in the second.
     const std::string& Name(STRID id) {
-        const auto [found, isNew] = m_names.try_emplace(id);
-        std::string& name = found->second;
+        const auto [found, isNew] = m_names.try_emplace(id, nullptr);
         if (isNew) {
+            std::string name;
             const bool whole = AppendText(name, StrPtr(id), false);
             if (!whole || !IsQualifiedName(name)) name.clear();
+            found->second = &*m_written.insert(std::move(name)).first;
         }
-        return name;
+        return *found->second;
     }
 
     bool Begin(const CCoreXmlDomElement& element) {
@@ -235,42 +239,49 @@ class ElementWriter {
         m_open.pop_back();
     }
 
+    /// Where in m_attributes the attribute of this name stands, or is to stand.
+    std::size_t PlaceOf(const std::string* name) {
+        constexpr std::size_t kFew = 16;
+        if (m_attributes.size() >= kFew) {
+            for (std::size_t i = m_places.size(); i < m_attributes.size(); ++i)
+                m_places.emplace(m_attributes[i].name, i);
+            return m_places.try_emplace(name, m_attributes.size()).first->second;
+        }
+        std::size_t place = 0;
+        while (place < m_attributes.size() && m_attributes[place].name != name)
+            ++place;
+        return place;
+    }
+
     /// Of several attributes with one name the last one's value stands at the place of the first.
     void WriteAttributes(const CCoreXmlDomElement& element) {
         m_attributes.clear();
         m_places.clear();
-        constexpr std::size_t kFew = 16;
         for (auto iter = element.GetFirstAttribute(); iter.Get(); iter.Next()) {
-            const CCoreXmlDomAttribute* const attribute = *iter.Get();
-            const STRID name = attribute->GetNameId();
-            std::size_t place = 0;
-            if (m_attributes.size() < kFew) {
-                while (place < m_attributes.size() && m_attributes[place]->GetNameId() != name)
-                    ++place;
-            } else {
-                for (std::size_t i = m_places.size(); i < m_attributes.size(); ++i)
-                    m_places.emplace(m_attributes[i]->GetNameId(), i);
-                place = m_places.try_emplace(name, m_attributes.size()).first->second;
-            }
-            if (place == m_attributes.size())
-                m_attributes.push_back(attribute);
-            else
-                m_attributes[place] = attribute;
-        }
-        for (const CCoreXmlDomAttribute* attribute : m_attributes) {
-            const std::string& name = Name(attribute->GetNameId());
+            const std::string& name = Name((*iter.Get())->GetNameId());
             if (name.empty()) continue;
-            ((m_out += ' ') += name) += "=\"";
-            AppendText(m_out, attribute->GetValue(), true);
+            const std::size_t place = PlaceOf(&name);
+            if (place == m_attributes.size()) m_attributes.emplace_back();
+            m_attributes[place] = {&name, *iter.Get()};
+        }
+        for (const auto& [name, attribute] : m_attributes) {
+            ((m_out += ' ') += *name) += "=\"";
+            AppendText(m_out, attribute->PeekValue(), true);
             m_out += '"';
         }
     }
 
+    struct Attribute {
+        const std::string* name = nullptr;
+        const CCoreXmlDomAttribute* attribute = nullptr;
+    };
+
     std::string& m_out;
     std::vector<Open> m_open;
-    std::unordered_map<STRID, std::string> m_names;
-    std::vector<const CCoreXmlDomAttribute*> m_attributes;
-    std::unordered_map<STRID, std::size_t> m_places;
+    std::unordered_map<STRID, const std::string*> m_names;
+    std::unordered_set<std::string> m_written;
+    std::vector<Attribute> m_attributes;
+    std::unordered_map<const std::string*, std::size_t> m_places;
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "brenta/names.h"
 #include "script/run_script.h"
+#include "test_support.h"
 
 namespace brenta::test {
 namespace {
@@ -133,7 +134,7 @@ TEST(Call, Classes) {
 
 TEST(Call, Depth) {
     if (!kStacksMayBeDeep) GTEST_SKIP();
-    OnLargeStack([] {
+    OnStackOf(256, [] {
         ScriptRun run(
             "var o = Env.Probe;"
             "function down(n) { if (n == 0) { return 0; } return 1 + down(n - 1); }"

@@ -1,7 +1,5 @@
 #include "script/run_script.h"
 
-#include <pthread.h>
-
 namespace brenta::test {
 
 namespace {
@@ -107,16 +105,6 @@ void ScriptRun::OutputErrStream(const char* text) {
 
 std::string ScriptRun::End(bool good, const Var& result) {
     return std::exchange(m_told, {}) + (good ? '=' + Describe(result) : "failed");
-}
-
-void OnLargeStack(void (*work)()) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, std::size_t{256} << 20);
-    const auto run = [](void* argument) -> void* { return (*static_cast<void (**)()>(argument))(), nullptr; };
-    pthread_t thread;
-    if (pthread_create(&thread, &attributes, run, &work) == 0) pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
 }
 
 }  // namespace brenta::test

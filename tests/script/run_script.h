@@ -95,8 +95,4 @@ inline constexpr bool kStacksMayBeDeep = false;
 inline constexpr bool kStacksMayBeDeep = true;
 #endif
 
-/// Runs `work` on a thread with a large stack, for depths that a sanitizer's frames would not fit the usual
-/// one.
-void OnLargeStack(void (*work)());
-
 }  // namespace brenta::test

@@ -118,7 +118,7 @@ bool DeletesTheRest() {
     TrackCreated(new Probe(child));
     TrackCreated(new Probe);
     const std::unique_ptr<Probe> untracked(new Probe);
-    DeleteCreated();
+    DisposeOfCreated([](CCoreScriptable* object) { delete object; });
     return CreatedCount() == 0 && Probe::alive == 1;
 }
 
