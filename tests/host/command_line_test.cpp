@@ -54,6 +54,12 @@ TEST(ExecCommand, PrintsTheResult) {
         {{"exec", "print(7);"}, {"7"}, 0},
         {{"exec", "--units", "mm", "10"}, {"3937007"}, 0},
         {{"exec", "-5"}, {"-5"}, 0},
+        // What a script puts into two trees is no trouble at the end.
+        {{"exec",
+          "var d as CCoreXmlDom; var a = d.CreateElement(\"a\"); d.AddElement(a); "
+          "a.CreateChild(\"b\").Parent.Name"},
+         {"a"},
+         0},
         {{"exec", "nobody"}, {}, 1},
     };
     for (const Row& row : rows) {
