@@ -98,6 +98,7 @@ TEST(DomScript, ElementAttributes) {
         {"var a = A(); var k = K(); a.DeleteAttribute(k); k.Value + Tags(a.AttrList)", "=\"1\""},
         {"var a = A(); a.AddAttribute(\"5\", \"v\"); a.DeleteAttribute(5); Tags(a.AttrList)", "=\"k\""},
         {"var a = A(); a.DeleteAttribute(null); Tags(a.AttrList)", "=\"k\""},
+        {"var a = A(); var k = K(); k.Name = \"\"; a.DeleteAttribute(\"\"); a.AttrList", "={}"},
         {"var a = A(); a.DeleteAttribute(a)", REFUSED("DeleteAttribute")},
         {"var a = A(); a.DeleteAttribute()", REFUSED("DeleteAttribute")},
         {"var a = A(); a.DeleteAttributes(); a.AttrList", "={}"},
