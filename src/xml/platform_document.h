@@ -29,11 +29,11 @@ class PlatformDocument {
     virtual bool Load(const char* path, ParseFault& fault) = 0;
     virtual bool LoadXml(const char* text, ParseFault& fault) = 0;
 
-    /// Makes a tree element of each element at document level and appends it to `out`, the caller's. False if
-    /// memory ran out; nothing is appended then.
+    /// Makes a tree element of each element that was loaded at document level and appends it to `out`, the
+    /// caller's. False if memory ran out; nothing is appended then.
     virtual bool ReadElements(TOrderedList<CCoreXmlDomElement*>& out) = 0;
 
-    /// The document element, to be given back with Release; null if there is none.
+    /// The document element that was loaded, to be given back with Release; null if there is none.
     virtual IXMLDOMElement* DocumentElement() = 0;
 
     /// Appends a node behind what is there. An "xml" declaration is only taken by an empty document, data

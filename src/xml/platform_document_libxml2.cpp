@@ -10,8 +10,8 @@ namespace brenta {
 
 namespace {
 
-/// What was appended stands as text behind what was loaded. A tree of nodes is made of the text when someone
-/// asks for a node, and for transforming; saving needs none.
+/// What was appended stands as text behind what was loaded. Saving needs no nodes of it, and transforming
+/// parses the whole text anew.
 class Libxml2Document final : public PlatformDocument {
  public:
     bool Load(const char* path, ParseFault& fault) override {
@@ -33,7 +33,7 @@ class Libxml2Document final : public PlatformDocument {
 
     bool ReadElements(TOrderedList<CCoreXmlDomElement*>& out) override {
         try {
-            if (const std::shared_ptr<XmlTree> tree = Tree()) ReadTree(*tree, out);
+            if (m_pLoaded != nullptr) ReadTree(*m_pLoaded, out);
             return true;
         } catch (const std::bad_alloc&) {
             return false;
@@ -41,8 +41,8 @@ class Libxml2Document final : public PlatformDocument {
     }
 
     IXMLDOMElement* DocumentElement() override {
-        const std::shared_ptr<XmlTree> tree = Tree();
-        return tree == nullptr ? nullptr : MakeElementNode(tree, xmlDocGetRootElement(tree->m_pDoc));
+        if (m_pLoaded == nullptr) return nullptr;
+        return MakeElementNode(m_pLoaded, xmlDocGetRootElement(m_pLoaded->m_pDoc));
     }
 
     void AppendInstruction(const char* target, const char* data) override {
@@ -53,17 +53,13 @@ class Libxml2Document final : public PlatformDocument {
             for (char& c : text)
                 if (c == '\'') c = '"';
         }
-        if (WriteInstruction(m_text, name, text.c_str())) m_pView.reset();
+        WriteInstruction(m_text, name, text.c_str());
     }
 
-    void AppendComment(const char* text) override {
-        if (WriteComment(m_text, text == nullptr ? "" : text)) m_pView.reset();
-    }
+    void AppendComment(const char* text) override { WriteComment(m_text, text == nullptr ? "" : text); }
 
     void AppendElement(const CCoreXmlDomElement& element) override {
-        if (m_hasRoot || !WriteElement(m_text, element)) return;
-        m_hasRoot = true;
-        m_pView.reset();
+        m_hasRoot = m_hasRoot || WriteElement(m_text, element);
     }
 
     bool Save(const char* path) override {
@@ -86,7 +82,6 @@ class Libxml2Document final : public PlatformDocument {
  private:
     void Clear() {
         m_pLoaded.reset();
-        m_pView.reset();
         m_text.clear();
         m_path.clear();
         m_hasRoot = false;
@@ -104,17 +99,8 @@ class Libxml2Document final : public PlatformDocument {
                                     : WriteDeclaration(*m_pLoaded, "") + WriteTree(*m_pLoaded) + m_text;
     }
 
-    /// The whole content as nodes; null if there is no root.
-    std::shared_ptr<XmlTree> Tree() {
-        if (m_text.empty()) return m_pLoaded;
-        ParseFault fault;
-        if (m_pView == nullptr && m_hasRoot) m_pView = ParseXml(Text(), ParseUse::Built, nullptr, fault);
-        return m_pView;
-    }
-
     std::shared_ptr<XmlTree> m_pLoaded;
-    std::shared_ptr<XmlTree> m_pView;  ///< made of the text, for nodes
-    std::string m_text;                ///< what was appended
+    std::string m_text;  ///< what was appended
     std::string m_path;
     bool m_hasRoot = false;
 };

@@ -99,7 +99,6 @@ void ReadTree(const XmlTree& tree, TOrderedList<CCoreXmlDomElement*>& out);
 enum class ParseUse {
     File,       ///< a file: its mark and its declaration give the encoding
     Text,       ///< a text in UTF-8, whatever it declares
-    Built,      ///< the same for what was built, where prefixes need no declaration
     Transform,  ///< the same for XSLT: entities replaced, CDATA as text, at most kDeepestTransform levels
 };
 

@@ -96,8 +96,8 @@ std::shared_ptr<XmlTree> DocumentParse::Run(const char* base, xmlDict* dictionar
     m_pContext->myDoc = nullptr;
     if (m_outOfMemory || m_pContext->errNo == XML_ERR_NO_MEMORY) throw std::bad_alloc();
     // A document that was built may have prefixes without declarations; what was loaded has none.
-    const bool good = !m_failed && m_pContext->wellFormed != 0 &&
-                      (m_use == ParseUse::Built || m_use == ParseUse::Transform || m_namespacesGood);
+    const bool good =
+        !m_failed && m_pContext->wellFormed != 0 && (m_use == ParseUse::Transform || m_namespacesGood);
     return good && document != nullptr && xmlDocGetRootElement(document) != nullptr ? m_tree : nullptr;
 }
 
