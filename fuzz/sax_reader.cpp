@@ -1,30 +1,13 @@
 // Any bytes as a file that is read as a stream: the memory goes back, records are whole, progress only grows,
 // and counting agrees with building about the file.
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdlib>
-#include <string>
 
 #include "brenta/heap.h"
 #include "brenta/xml_stream.h"
+#include "memory_file.h"
 
 namespace {
-
-/// A file in memory, as long as the process lives.
-class MemoryFile {
- public:
-    brenta::CString Hold(const std::uint8_t* data, std::size_t size) {
-        if (ftruncate(m_file, 0) != 0 || pwrite(m_file, data, size, 0) != static_cast<ssize_t>(size)) {
-            std::abort();
-        }
-        return ("/proc/self/fd/" + std::to_string(m_file)).c_str();
-    }
-
- private:
-    const int m_file = memfd_create("input", 0);
-};
 
 class Host : public brenta::CMessageWindow, public brenta::CCmdTarget {
  public:
@@ -46,7 +29,7 @@ class Host : public brenta::CMessageWindow, public brenta::CCmdTarget {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static MemoryFile file;
+    static brenta::fuzz::MemoryFile file;
     brenta::CString path = file.Hold(data, size), error;
     Host building, again, counting;
     const bool built = brenta::CXMLReader(&building, &building).ParseDocument(path, error);
