@@ -104,14 +104,16 @@ class CommandLine {
     void AddXml() {
         CLI::App* command = m_app.add_subcommand("xml", "Print the elements of an XML file, one a line");
         command->add_option("FILE", m_file, "The file")->required();
-        command->add_flag("-q,--quick,!-p,!--platform", m_quick,
-                          "Read with the quick reader, or with the platform's (default)");
+        CLI::Option* quick = command->add_flag("-q,--quick", m_quick, "Read with the library's quick reader");
+        command->add_flag("-p,--platform", "Read with the platform's reader (default)")->excludes(quick);
+        command->footer("Example: brenta xml examples/small_parts.lbr");
         command->callback([this] { m_status = brenta::host::XmlCommand(m_file, m_quick); });
     }
 
     void AddHtml() {
         CLI::App* command = m_app.add_subcommand("html", "Print the elements of an HTML file, one a line");
         command->add_option("FILE", m_file, "The file")->required();
+        command->footer("Status 1 if the page was read in part only; the tree so far is printed.");
         command->callback([this] { m_status = brenta::host::HtmlCommand(m_file); });
     }
 
@@ -119,6 +121,7 @@ class CommandLine {
         CLI::App* command =
             m_app.add_subcommand("records", "List and count the records of an XML file of any size");
         command->add_option("FILE", m_file, "The file; the children of its root are the records")->required();
+        command->footer("Example: brenta records board.xml");
         command->callback([this] { m_status = brenta::host::RecordsCommand(m_file); });
     }
 

@@ -35,13 +35,10 @@ TEST(DomScript, Attribute) {
 TEST(DomScript, ElementProperties) {
     const ScriptRow rows[] = {
         {"A().Name", "=\"a\""},
-        {"var a = A(); a.Name = \"q\"; d.ElementList", "={object}"},
         {"var a = A(); a.Name = \"q\"; a.Name", "=\"q\""},
         {"A().InnerText", "=\"\""},
         {"var a = A(); a.InnerText = \"t\"; a.InnerText", "=\"t\""},
         {"Tags(A().ChildList)", "=\"bb\""},
-        {"A().AttrList", "={object}"},
-
         {"var b = A().FindElement(\"b\"); b.Parent.Name", "=\"a\""},
         {"var e as CCoreXmlDomElement; e.Name + e.InnerText", "=\"\""},
         {"var a = A(); a.Name = 1", "failed"},

@@ -131,13 +131,5 @@ TEST_F(Emitter, BuffersTextsOfAnyLength) {
     EXPECT_TRUE(Read(path) == expected);
 }
 
-TEST_F(Emitter, IgnoresWritesThatFail) {
-    CXmlEmitter emitter;
-    ASSERT_TRUE(emitter.CreateDocument("/dev/full", ""));
-    const std::string text(100000, 'x');
-    EXPECT_TRUE(emitter.CData(text.c_str()));
-    EXPECT_TRUE(emitter.Element("a", text.c_str()));
-}
-
 }  // namespace
 }  // namespace brenta::test

@@ -204,6 +204,8 @@ TEST(PlatformSave, NeverDestroysTheOldFile) {
     ASSERT_EQ(chmod(path.c_str(), 0640), 0);
     std::filesystem::create_symlink("a.xml", link);
     std::filesystem::create_directory(folder);
+    const std::string pipe = folder + "/pipe";  // that nobody reads
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     CCoreXmlDom document;
     for (int i = 0; i < 1000; ++i)
         document.CreateElement("r")->CreateChildElement("child");
@@ -212,7 +214,7 @@ TEST(PlatformSave, NeverDestroysTheOldFile) {
         EXPECT_TRUE(document.SaveDocument(path.c_str(), nullptr, nullptr));
     }
     EXPECT_EQ(Content(path), "old");
-    for (const std::string& bad : {""s, folder, scratch / "absent/a.xml"})
+    for (const std::string& bad : {""s, folder, pipe, scratch / "absent/a.xml"})
         EXPECT_TRUE(document.SaveDocument(bad.c_str(), nullptr, nullptr));
     EXPECT_TRUE(document.SaveDocument(nullptr, nullptr, nullptr));
     EXPECT_EQ(Content(path), "old");

@@ -53,8 +53,13 @@ int OpenToRead(const char* path, struct stat& info) {
     return regular ? file.Release() : -1;
 }
 
+/// -1 also for a pipe that nobody reads from, which opening would wait for. What is opened waits when it is
+/// written to, as usual.
 int OpenToWrite(const char* path) {
-    return open(NativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0666);
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    Descriptor file(open(NativePath(path).c_str(), kFlags, 0666));
+    if (file.Get() < 0 || fcntl(file.Get(), F_SETFL, 0) != 0) return -1;
+    return file.Release();
 }
 
 bool WriteAll(int file, std::string_view content) {
