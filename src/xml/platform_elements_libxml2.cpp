@@ -12,6 +12,9 @@ namespace {
 /// Namespaces that are declared at one place: looking one up walks them.
 constexpr std::size_t kMostNamespaces = 4096;
 
+/// The parser hands each attribute over as five pointers, the name first.
+constexpr std::ptrdiff_t kFields = 5, kPrefix = 1, kUri = 2, kValue = 3, kValueEnd = 4;
+
 }  // namespace
 
 void DocumentParse::OnStartElement(void* context, const xmlChar* name, const xmlChar* prefix,
@@ -33,7 +36,6 @@ void DocumentParse::OnStartElement(void* context, const xmlChar* name, const xml
 /// comparing of each with all others.
 bool DocumentParse::AdmitElement(xmlParserCtxt* context, int namespaceCount, int attributeCount,
                                  int defaultedCount, const xmlChar** attributes) {
-    constexpr int kFields = 5, kValue = 3, kValueEnd = 4;
     const bool bounded = m_use == ParseUse::Transform || context != m_pContext;
     if (bounded && context->nameNr > kDeepestTransform) {
         Refuse("Nested too deeply");
@@ -41,7 +43,7 @@ bool DocumentParse::AdmitElement(xmlParserCtxt* context, int namespaceCount, int
     }
     std::size_t cost = 0;
     for (int i = attributeCount - defaultedCount; i < attributeCount; ++i) {
-        const xmlChar** const attribute = attributes + std::ptrdiff_t{i} * kFields;
+        const xmlChar** const attribute = attributes + i * kFields;
         cost += static_cast<std::size_t>(attribute[kValueEnd] - attribute[kValue]) + 16;
     }
     cost += static_cast<std::size_t>(defaultedCount) * static_cast<std::size_t>(attributeCount) / 8;
@@ -57,38 +59,50 @@ bool DocumentParse::AdmitElement(xmlParserCtxt* context, int namespaceCount, int
 void DocumentParse::StartElement(xmlParserCtxt* context, const xmlChar* name, const xmlChar* prefix,
                                  const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                                  int attributeCount, const xmlChar** attributes) {
-    constexpr int kFields = 5;
     if (context != m_pContext) {
         xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, attributeCount, 0,
                               attributes);
         return;
     }
     const bool plain = uri == nullptr;  // then a prefix is an undeclared one, which belongs to the name
-    bool prefixed = false;
-    m_plain.assign(attributes, attributes + std::ptrdiff_t{attributeCount} * kFields);
-    for (int i = 0; i < attributeCount; ++i) {
-        const xmlChar** const attribute = m_plain.data() + std::ptrdiff_t{i} * kFields;
-        if (attribute[1] == nullptr || attribute[2] == nullptr ||
-            xmlStrEqual(attribute[1], AsXmlChars("xml")))
-            continue;
-        attribute[1] = attribute[2] = nullptr;
-        prefixed = true;
-    }
+    m_plain.assign(attributes, attributes + attributeCount * kFields);
+    const bool prefixed = HidePrefixes();
     xmlSAX2StartElementNs(context, name, plain ? prefix : nullptr, nullptr, namespaceCount, namespaces,
                           attributeCount, 0, m_plain.data());
     xmlNode* const element = context->node;
     if (element == nullptr || element->type != XML_ELEMENT_NODE) return;
     BindNamespaces(*element);
     if (!plain) element->ns = FindNamespace(prefix);
-    if (prefixed) {
-        xmlAttr* attribute = element->properties;
-        for (int i = 0; i < attributeCount && attribute != nullptr; ++i, attribute = attribute->next)
-            if (m_plain[static_cast<std::size_t>(i * kFields) + 1] == nullptr &&
-                attributes[i * kFields + 1] != nullptr)
-                attribute->ns = FindNamespace(attributes[i * kFields + 1]);
-    }
+    if (prefixed) BindAttributes(*element, attributes);
     if (element->nsDef != nullptr && element->properties != nullptr) RecordPlaces(*element);
     if (!ValuesHold(*element)) Refuse("Value too long");
+}
+
+/// Takes the prefixes that are declared off the attributes in m_plain; whether there are any. That of "xml"
+/// is declared nowhere and costs no walk.
+bool DocumentParse::HidePrefixes() {
+    bool any = false;
+    const xmlChar** const end = m_plain.data() + m_plain.size();
+    for (const xmlChar** attribute = m_plain.data(); attribute != end; attribute += kFields) {
+        const bool declared = attribute[kPrefix] != nullptr && attribute[kUri] != nullptr &&
+                              xmlStrEqual(attribute[kPrefix], AsXmlChars("xml")) == 0;
+        if (!declared) continue;
+        attribute[kPrefix] = attribute[kUri] = nullptr;
+        any = true;
+    }
+    return any;
+}
+
+/// Gives the element's attributes the namespaces of the prefixes that were hidden.
+void DocumentParse::BindAttributes(xmlNode& element, const xmlChar** attributes) {
+    const xmlChar** plain = m_plain.data();
+    for (xmlAttr* attribute = element.properties; attribute != nullptr; attribute = attribute->next) {
+        if (plain == m_plain.data() + m_plain.size()) return;
+        if (plain[kPrefix] == nullptr && attributes[kPrefix] != nullptr)
+            attribute->ns = FindNamespace(attributes[kPrefix]);
+        plain += kFields;
+        attributes += kFields;
+    }
 }
 
 void DocumentParse::BindNamespaces(xmlNode& element) {

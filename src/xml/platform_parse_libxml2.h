@@ -66,6 +66,8 @@ class DocumentParse {
     void StartElement(xmlParserCtxt* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
                       int namespaceCount, const xmlChar** namespaces, int attributeCount,
                       const xmlChar** attributes);
+    bool HidePrefixes();
+    void BindAttributes(xmlNode& element, const xmlChar** attributes);
     xmlNs* FindNamespace(const xmlChar* prefix) const;
     void BindNamespaces(xmlNode& element);
     void EscapeAddress(xmlNs& declaration);
