@@ -105,7 +105,8 @@ class CommandLine {
         CLI::App* command = m_app.add_subcommand("xml", "Print the elements of an XML file, one a line");
         command->add_option("FILE", m_file, "The file")->required();
         CLI::Option* quick = command->add_flag("-q,--quick", m_quick, "Read with the library's quick reader");
-        command->add_flag("-p,--platform", "Read with the platform's reader (default)")->excludes(quick);
+        command->add_flag("-p,--platform", m_platform, "Read with the platform's reader (default)")
+            ->excludes(quick);
         command->footer("Example: brenta xml examples/small_parts.lbr");
         command->callback([this] { m_status = brenta::host::XmlCommand(m_file, m_quick); });
     }
@@ -135,6 +136,7 @@ class CommandLine {
     CLI::App m_app;
     std::string m_file;
     bool m_quick = false;
+    bool m_platform = false;
     std::vector<std::string> m_texts;
     std::string m_text;
     std::vector<std::string> m_files;
