@@ -172,6 +172,9 @@ inline constexpr std::size_t kLongestExpansion = 10'000'000;
 /// Appends the text of a value with each reference replaced by what it stands for.
 void AppendExpanded(xmlDoc* document, std::string_view text, std::string& out);
 
+/// Attributes of one tag: libxml2 compares each with all others.
+inline constexpr std::size_t kMostAttributes = 100'000;
+
 /// Alternatives and parentheses of one declaration, which libxml2 frees and reads by recursion.
 inline constexpr std::size_t kMostAlternatives = 5000;
 inline constexpr std::size_t kMostParentheses = 250;

@@ -18,8 +18,6 @@ namespace brenta {
 
 namespace {
 
-/// Attributes of one tag: libxml2 compares each with all others.
-constexpr std::size_t kMostAttributes = 100'000;
 constexpr std::size_t kDeepestEntity = 40;
 constexpr std::size_t kSmallestBudget = 8u << 20;
 constexpr std::size_t kBudgetPerByte = 100;

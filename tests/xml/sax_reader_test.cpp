@@ -308,6 +308,22 @@ TEST_F(SaxReader, OpensNoOtherFileAndStopsEntitiesThatMultiply) {
     EXPECT_FALSE(Parse(bomb + "]><r>&e9;</r>"));
     EXPECT_FALSE(Parse(bomb + "]><r><a x='&e9;'/></r>"));
     EXPECT_FALSE(Parse("<!DOCTYPE r [<!ENTITY e '&e;'>]><r>&e;</r>"));
+
+    const auto numbered = [](const char* before, const char* behind) {
+        std::string texts;
+        for (int i = 0; i < 6000; ++i)
+            texts += before + std::to_string(i) + behind;
+        return texts;
+    };
+    const std::string alternatives = numbered("|a", "");
+    EXPECT_FALSE(Parse("<!DOCTYPE r [<!ATTLIST a b (a" + alternatives + ") 'a'>]><r/>"));
+    EXPECT_FALSE(Parse("<!DOCTYPE r [<!ENTITY % q '" + numbered("&#124;a", "") +
+                       "'><!ENTITY % p '<!ATTLIST a b (a &#37;q;) \"a\">'>%p;]><r/>"));
+    std::string elements;
+    for (int i = 0; i < 500; ++i)
+        elements += "<a/>";
+    EXPECT_FALSE(
+        Parse("<!DOCTYPE r [<!ATTLIST a" + numbered(" a", " CDATA ''") + ">]><r>" + elements + "</r>"));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 
