@@ -56,9 +56,10 @@ class HtmlParse {
     AttributeSetter m_attributes;
     std::vector<GrowingElement> m_open;  ///< the root, which stays, and what is open in it
     bool m_rootClosed = false;
-    const STRID m_dropped[4] = {StrId("input"), StrId("meta"), StrId("LINK"), StrId("img")};
-    const STRID m_textTag = StrId("Text");
-    const STRID m_one = StrId("1");
+    const STRID m_dropped[4] = {m_names.Name("input"), m_names.Name("meta"), m_names.Name("LINK"),
+                                m_names.Name("img")};
+    const STRID m_textTag = m_names.Name("Text");
+    const STRID m_one = m_names.Name("1");
 };
 
 HtmlParse::HtmlParse(const char*& position, CCoreXmlDomElement& root)
