@@ -87,6 +87,8 @@ class SaxParse final : public ISAXLocator {
 
  private:
     static xmlSAXHandler MakeCallbacks();
+    static void SetEvents(xmlSAXHandler& sax);
+    static void SetDeclarations(xmlSAXHandler& sax);
     static SaxParse& Of(void* context) {
         return *static_cast<SaxParse*>(static_cast<xmlParserCtxt*>(context)->_private);
     }
@@ -213,6 +215,13 @@ xmlSAXHandler SaxParse::MakeCallbacks() {
     sax.error = nullptr;
     sax.serror = [](void*, xmlError*) {};
 
+    SetEvents(sax);
+    SetDeclarations(sax);
+    return sax;
+}
+
+/// What the handler is told of.
+void SaxParse::SetEvents(xmlSAXHandler& sax) {
     sax.startDocument = [](void* context) {
         xmlSAX2StartDocument(context);
         Tell(context, [](SaxParse& parse, auto&) { return parse.m_handler.StartDocument(); });
@@ -237,7 +246,10 @@ xmlSAXHandler SaxParse::MakeCallbacks() {
     sax.processingInstruction = [](void* context, const xmlChar*, const xmlChar*) {
         Tell(context, [](SaxParse& parse, auto&) { return parse.FlushText() && parse.EndMarkup(); });
     };
+}
 
+/// What the document type declares, and what refers to it.
+void SaxParse::SetDeclarations(xmlSAXHandler& sax) {
     sax.internalSubset = [](void* context, const xmlChar* name, const xmlChar* publicId,
                             const xmlChar* systemId) {
         static_cast<xmlParserCtxt*>(context)->options &= ~XML_PARSE_HUGE;
@@ -264,7 +276,6 @@ xmlSAXHandler SaxParse::MakeCallbacks() {
     sax.getParameterEntity = [](void* context, const xmlChar* name) {
         return Of(context).FindParameterEntity(context, name);
     };
-    return sax;
 }
 
 // ---------------------------------------------------------------------------------------------------------
