@@ -3,14 +3,14 @@
 #include <cstdlib>
 #include <string>
 
-#include "../tests/script/literal_matcher.h"
 #include "brenta/lexer.h"
+#include "literal_matcher.h"
 
 namespace {
 
 using brenta::CCoreLexer;
 using brenta::LexToken;
-using brenta::test::LiteralMatcher;
+using brenta::fuzz::LiteralMatcher;
 
 constexpr std::size_t kMaxInput = 512;
 constexpr int kMaxKinds = 20;

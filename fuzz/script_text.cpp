@@ -1,11 +1,13 @@
 // Any bytes as a module, whose Main is called, and as a command: whatever they do, the engine must come back,
-// and afterwards answer 1 + 1 with 2. A forced crash aborts by itself.
+// and afterwards answer 1 + 1 with 2. A forced crash aborts by itself. What scans is searched for surprises,
+// also where no parser would accept it.
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 
 #include "brenta/framework.h"
 #include "brenta/host.h"
+#include "script/surprises.h"
 #include "watchdog.h"
 
 namespace {
@@ -39,6 +41,13 @@ void RunGuarded(Watchdog& watchdog, Run run) {
     if (engine.GetScopeDepth() != 1) std::abort();
 }
 
+void SearchForSurprises(const std::string& text) {
+    brenta::CCoreScriptLexer lexer(false, false);
+    brenta::TOrderedList<brenta::ScriptWarning> warnings;
+    if (lexer.InjectScriptText("module", text.c_str(), true))
+        brenta::FindSurprises(lexer.GetFirstToken(), warnings);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -46,6 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static Watchdog watchdog;
     if (!cutOff || size > kMaxInput) return 0;
     const std::string text(reinterpret_cast<const char*>(data), size);
+    SearchForSurprises(text);
     RunGuarded(watchdog, [&text](CCoreScriptEngine& engine) {
         Var result;
         engine.InjectScript("module", text.c_str());

@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "brenta/lexer.h"
-#include "script/literal_matcher.h"
 
 namespace brenta {
 namespace {
@@ -70,6 +67,7 @@ const struct {
 };
 // clang-format on
 
+// The fuzz target pattern_lexer compares with a literal matcher, over its seeds in every run of the tests.
 TEST(Pattern, MatchesByTheRules) {
     for (const MatchRow& row : kMatchRows) {
         SCOPED_TRACE(std::string(row.pattern) + " on " + row.text);
@@ -97,85 +95,6 @@ TEST(Pattern, SaysWhatIsWrongWithOne) {
     EXPECT_TRUE(lexer.DefineToken("kind", 7, deepest.c_str(), false));
     EXPECT_FALSE(lexer.DefineToken("kind", 7, ("(" + deepest + ")").c_str(), false));
     EXPECT_STREQ(lexer.GetPatternError(), "Groups nested too deeply.");
-}
-
-// Random patterns of few characters, so that they match often.
-class PatternMaker {
- public:
-    explicit PatternMaker(unsigned int seed) : m_random(seed) {}
-
-    std::string Chain(int depth) {
-        std::string chain;
-        for (unsigned int n = Pick(3) + 1; n > 0; --n) {
-            chain += Atom(depth);
-            const unsigned int postfix = Pick(8);
-            if (postfix < 5) chain += "*+?||"[postfix];
-        }
-        return chain;
-    }
-
-    std::string Text() {
-        std::string text;
-        for (unsigned int n = Pick(30) + 1; n > 0; --n)
-            text += "aaabbc"[Pick(6)];
-        return text;
-    }
-
-    unsigned int Pick(unsigned int count) { return static_cast<unsigned int>(m_random() % count); }
-
- private:
-    std::string Atom(int depth) {
-        static constexpr const char* kPlain[] = {"a", "b", "ab", "[!a]", "[a-b]"};
-        const unsigned int choice = Pick(depth > 0 ? 10 : 5);
-        if (choice < 5) return kPlain[choice];
-        if (choice == 5) return "<1>" + Chain(depth - 1) + "</1>";
-        return "(" + Chain(depth - 1) + (choice == 6 ? "|)" : ")");
-    }
-
-    std::mt19937 m_random;
-};
-
-// Takes tokens from both until they end, and compares them. Returns their number.
-int CompareMatchers(CCoreLexer& lexer, test::LiteralMatcher& oracle, const std::string& text) {
-    lexer.PushStream("text", 1, text.c_str(), false);
-    const char* at = text.c_str();
-    for (int tokens = 0;; ++tokens) {
-        test::LiteralMatcher::Token expected;
-        do {
-            expected = oracle.Next(at);
-            at += expected.length;
-        } while (expected.skip && *at != 0);
-        LexToken token;
-        const bool found = lexer.GetToken(token);
-        EXPECT_EQ(found, expected.id != 0 || *at == 0);
-        if (!found || token.id == -1) return tokens;
-        EXPECT_EQ(token.id, expected.id);
-        EXPECT_EQ(static_cast<std::size_t>(token.length), expected.length);
-        const bool tagged = expected.starts[1] != nullptr && expected.starts[1] <= expected.ends[1];
-        EXPECT_EQ(TagOf(lexer, 1), tagged ? std::string(expected.starts[1], expected.ends[1]) : "-");
-        if (testing::Test::HasFailure()) return tokens;
-    }
-}
-
-TEST(Pattern, AgreesWithTheLiteralMatcher) {
-    PatternMaker maker(1);
-    int tokens = 0;
-    for (int round = 0; round < 2000 && !HasFailure(); ++round) {
-        CCoreLexer lexer;
-        test::LiteralMatcher oracle;
-        std::string patterns;
-        for (int id = 1; id <= 3; ++id) {
-            const std::string pattern = maker.Chain(3);
-            const bool skip = maker.Pick(4) == 0;
-            patterns += pattern + "\n";
-            ASSERT_TRUE(lexer.DefineToken("kind", id, pattern.c_str(), skip)) << pattern;
-            ASSERT_TRUE(oracle.Define(id, pattern.c_str(), skip));
-        }
-        const std::string text = maker.Text();
-        SCOPED_TRACE(patterns + text);
-        tokens += CompareMatchers(lexer, oracle, text);
-    }
-    EXPECT_GT(tokens, 5000);
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 #include "brenta/lexer.h"
 #include "script/pattern.h"
 
-namespace brenta::test {
+namespace brenta::fuzz {
 
 class LiteralMatcher {
  public:
@@ -131,4 +131,4 @@ class LiteralMatcher {
     long m_stepsLeft = std::numeric_limits<long>::max();
 };
 
-}  // namespace brenta::test
+}  // namespace brenta::fuzz
