@@ -7,6 +7,7 @@
 
 #include "brenta/host.h"
 #include "brenta/string.h"
+#include "os/os.h"
 
 namespace brenta::test {
 
@@ -28,8 +29,9 @@ RecordingHost::RecordingHost() {
     HostServices services;
     services.context = this;
     services.showMessage = [](void* self, const char* text, unsigned int type) {
-        static_cast<RecordingHost*>(self)->shown.push_back(text + ("|" + std::to_string(type)));
-        return 42;
+        auto* const host = static_cast<RecordingHost*>(self);
+        host->shown.push_back(text + ("|" + std::to_string(type)));
+        return host->answer;
     };
     services.loadString = [](void*, unsigned int id, CoreString& text) {
         text = "resource";
@@ -56,6 +58,26 @@ std::string RandomText(std::mt19937& random, const std::string& alphabet, std::s
     for (char& c : text)
         c = alphabet[random() % alphabet.size()];
     return text;
+}
+
+std::string ReadFile(const std::string& path) {
+    std::string content = "absent";
+    os::ReadWholeFile(path.c_str(), content);
+    return content;
+}
+
+std::string Repeat(std::string_view text, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+std::string Numbered(std::string_view before, std::string_view behind, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all.append(before).append(std::to_string(i)).append(behind);
+    return all;
 }
 
 void OnStackOf(std::size_t megabytes, const std::function<void()>& work) {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <tuple>
 #include <utility>
@@ -39,7 +40,7 @@ class CrashRecorder {
     ForcedCrashRecord m_last{};
 };
 
-/// A host, while it lives, that keeps what it is to show and answers 42; its one resource, number 7, is
+/// A host, while it lives, that keeps what it is to show and answers it; its one resource, number 7, is
 /// "resource".
 class RecordingHost {
  public:
@@ -50,6 +51,7 @@ class RecordingHost {
 
     /// The messages so far as "text|type", oldest first.
     Texts shown;
+    int answer = 42;
 };
 
 /// A new folder that goes, with all that is in it, when the object does.
@@ -69,6 +71,15 @@ class Scratch {
 
 /// A text of at most `longest` characters, each any of the alphabet's.
 std::string RandomText(std::mt19937& random, const std::string& alphabet, std::size_t longest);
+
+/// The content of a file; "absent" for one that cannot be read.
+std::string ReadFile(const std::string& path);
+
+/// `count` times a text.
+std::string Repeat(std::string_view text, int count);
+
+/// The numbers from 0 to count - 1, each between two texts.
+std::string Numbered(std::string_view before, std::string_view behind, int count);
 
 /// Runs work on a thread with a stack of that many megabytes and waits for it.
 void OnStackOf(std::size_t megabytes, const std::function<void()>& work);

@@ -5,8 +5,6 @@
 #include <climits>
 #include <cstring>
 #include <map>
-#include <random>
-#include <thread>
 
 #include "brenta/containers.h"
 #include "test_support.h"

@@ -1,7 +1,6 @@
 #include "brenta/names.h"
 
 #include <map>
-#include <thread>
 #include <unordered_map>
 
 #include "foundation/intern.h"

@@ -1,8 +1,6 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
 #include "brenta/string.h"
 #include "test_support.h"
@@ -87,8 +85,7 @@ TEST(CoreStringEdit, SavesToAFile) {
     const Scratch scratch;
     const std::string path = scratch / "file.txt", absent = scratch / "absent/%s.txt";
     EXPECT_TRUE(CoreString("line 1\nline 2 100%s").SaveToFile(path.c_str()));
-    std::ifstream file(path);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "line 1\nline 2 100%s");
+    EXPECT_EQ(ReadFile(path), "line 1\nline 2 100%s");
     EXPECT_FALSE(CoreString("x").SaveToFile(absent.c_str()) || CoreString("x").SaveToFile(nullptr));
     EXPECT_EQ(host.shown, (Texts{"Failed to create file " + absent + ".|0", "Failed to create file .|0"}));
 }

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <random>
 
 #include "foundation/characters.h"
 #include "foundation/text_compare.h"

@@ -1,10 +1,6 @@
 // An engine whose every run is told as one line of text, for rows of cases.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "brenta/script.h"
 #include "script/script_test_support.h"
 

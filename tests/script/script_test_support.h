@@ -1,10 +1,9 @@
 // An engine with a recording message stream, for the tests of the parser and of what runs.
 #pragma once
 
-#include <string>
-
 #include "brenta/dump.h"
 #include "brenta/script.h"
+#include "test_support.h"
 
 namespace brenta::test {
 
@@ -29,15 +28,6 @@ std::string DumpOf(T& dumped) {
     dumped.Dump(out);
     out.GetString(text);
     return text();
-}
-
-/// `count` times a text.
-inline std::string Repeat(const char* text, int count) {
-    std::string all;
-    for (int i = 0; i < count; ++i) {
-        all += text;
-    }
-    return all;
 }
 
 /// A fresh engine that parses texts.

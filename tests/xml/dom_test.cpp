@@ -1,8 +1,6 @@
-#include <gtest/gtest.h>
 
 #include <climits>
 #include <cstdlib>
-#include <string>
 
 #include "brenta/xml.h"
 #include "test_support.h"
@@ -11,28 +9,13 @@
 namespace brenta::test {
 namespace {
 
-/// a(id=1) [ b(id=2, k=X) [ c(id=3) [ d(id=4, k=y) ] ], b(id=5) [ d(id=6) ], d(id=7, K=Z) ]
-class Tree {
- public:
-    Tree() : top("a") {
-        top.AddAttribute("id", 1);
-        CCoreXmlDomElement* b = Below(top, "b", 2, "k", "X");
-        Below(*Below(*b, "c", 3), "d", 4, "k", "y");
-        Below(*Below(top, "b", 5), "d", 6);
-        Below(top, "d", 7, "K", "Z");
-    }
-
-    CCoreXmlDomElement top;
-
- private:
-    static CCoreXmlDomElement* Below(CCoreXmlDomElement& parent, const char* tag, int id,
-                                     const char* name = nullptr, const char* value = nullptr) {
-        CCoreXmlDomElement* element = parent.CreateChildElement(tag);
-        element->AddAttribute("id", id);
-        if (name != nullptr) element->AddAttribute(name, value);
-        return element;
-    }
-};
+CCoreXmlDomElement Tree() {
+    CCoreXmlDom document;
+    EXPECT_TRUE(
+        document.LoadString("<a id='1'><b id='2' k='X'><c id='3'><d id='4' k='y'/></c></b>"
+                            "<b id='5'><d id='6'/></b><d id='7' K='Z'/></a>"));
+    return **document.GetFirstElement().Get();
+}
 
 /// The attribute "id"; 0 for null.
 int Id(const CCoreXmlDomElement* element) {
@@ -47,76 +30,59 @@ std::string Ids(const TOrderedList<CCoreXmlDomElement*>& elements) {
 }
 
 TEST(DomElement, FindsByTag) {
-    struct Row {
-        const char* tag;
-        bool recurse;
-        int id;
-        const char* all;  // of FindAllElements
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, bool, int, const char*> rows[] = {
+        // tag, recurse, id of the first, ids of all
         {"b", false, 2, "25"}, {"d", false, 7, "7"}, {"d", true, 4, "467"}, {"c", false, 0, ""},
         {"c", true, 3, "3"},   {"a", true, 0, ""},   {"B", true, 0, ""},    {"none", true, 0, ""},
     };
-    Tree tree;
-    for (const Row& row : rows) {
-        EXPECT_EQ(Id(tree.top.FindElement(row.tag, row.recurse)), row.id) << row.tag;
-        EXPECT_EQ(Id(tree.top.FindElement(StrId(row.tag), row.recurse)), row.id) << row.tag;
+    CCoreXmlDomElement top = Tree();
+    for (const auto& [tag, recurse, id, ids] : rows) {
+        EXPECT_EQ(Id(top.FindElement(tag, recurse)), id) << tag;
+        EXPECT_EQ(Id(top.FindElement(StrId(tag), recurse)), id) << tag;
         TOrderedList<CCoreXmlDomElement*> all;
-        tree.top.FindAllElements(StrId(row.tag), all, row.recurse);
-        EXPECT_EQ(Ids(all), row.all) << row.tag;
+        top.FindAllElements(StrId(tag), all, recurse);
+        EXPECT_EQ(Ids(all), ids) << tag;
     }
-    EXPECT_EQ(tree.top.FindElement(static_cast<const char*>(nullptr), true), nullptr);
+    EXPECT_EQ(top.FindElement(static_cast<const char*>(nullptr), true), nullptr);
 }
 
 TEST(DomElement, FindsByAttributeItselfThenItsChildrenThenWhatIsBelowEach) {
-    struct Row {
-        const char* tag;
-        const char* name;
-        const char* value;
-        bool recurse;
-        int byText;  // names in any case
-        int byId;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, const char*, bool, int, int> rows[] = {
+        // tag, attribute, value, recurse, id by text (names in any case), id by identifiers
         {"a", "id", nullptr, false, 1, 1}, {"a", "ID", "1", false, 1, 0},       {"b", "k", "x", false, 2, 2},
         {"b", "id", "5", false, 5, 5},     {"d", "k", "", false, 7, 0},         {"d", "k", "", true, 7, 4},
         {"d", "k", "Y", true, 4, 4},       {"d", "K", "z", true, 7, 7},         {"d", "id", "6", false, 0, 0},
         {"d", "id", "6", true, 6, 6},      {"d", "id", "66", true, 0, 0},       {"D", "id", "6", true, 0, 0},
         {"d", "none", "", true, 0, 0},     {"d", nullptr, nullptr, true, 0, 0},
     };
-    Tree tree;
+    CCoreXmlDomElement top = Tree();
     CCoreXmlDom document;
     document.CreateElement("first");
-    document.AddElement(new CCoreXmlDomElement(tree.top));
-    for (const Row& row : rows) {
-        EXPECT_EQ(Id(tree.top.FindElement(row.tag, row.name, row.value, row.recurse)), row.byText) << row.tag;
-        EXPECT_EQ(Id(document.FindElement(row.tag, row.name, row.value, row.recurse)), row.byText) << row.tag;
-        EXPECT_EQ(Id(tree.top.FindElement(StrId(row.tag), StrId(row.name), row.value, row.recurse)), row.byId)
-            << row.tag;
+    document.AddElement(new CCoreXmlDomElement(top));
+    for (const auto& [tag, name, value, recurse, byText, byId] : rows) {
+        EXPECT_EQ(Id(top.FindElement(tag, name, value, recurse)), byText) << tag;
+        EXPECT_EQ(Id(document.FindElement(tag, name, value, recurse)), byText) << tag;
+        EXPECT_EQ(Id(top.FindElement(StrId(tag), StrId(name), value, recurse)), byId) << tag;
     }
     EXPECT_EQ(Id(document.FindElement("a")), 1);
     EXPECT_EQ(document.FindElement("b"), nullptr);
 }
 
 TEST(DomElement, ConvertsAttributeValues) {
-    struct Row {
-        const char* value;
-        int number;
-        bool flag;
-    };
-    const Row rows[] = {{"1", 1, true},        {"true", 0, true}, {"True", 0, true},
-                        {"TRUE", 0, false},    {"yes", 0, false}, {"-1", -1, false},
-                        {" 12abc", 12, false}, {"", 0, false},    {"99999999999", INT_MAX, false}};
-    for (const Row& row : rows) {
+    const std::tuple<const char*, int, bool> rows[] = {
+        {"1", 1, true},        {"true", 0, true}, {"True", 0, true},
+        {"TRUE", 0, false},    {"yes", 0, false}, {"-1", -1, false},
+        {" 12abc", 12, false}, {"", 0, false},    {"99999999999", INT_MAX, false}};
+    for (const auto& [value, number, flag] : rows) {
         CCoreXmlDomElement element("e");
-        element.AddAttribute("Key", row.value);
-        EXPECT_EQ(element.GetIntAttributeValue(StrId("Key")), row.number) << row.value;
-        EXPECT_EQ(element.GetIntAttributeValue("kEY", true), row.number) << row.value;
-        EXPECT_EQ(element.GetIntAttributeValue("kEY", false), 0) << row.value;
-        EXPECT_EQ(element.GetBoolAttributeValue(StrId("Key")), row.flag) << row.value;
-        EXPECT_EQ(element.GetBoolAttributeValue("KEY", true), row.flag) << row.value;
-        EXPECT_STREQ(element.GetAttributeValue("Key", false), row.value);
-        EXPECT_EQ(element.GetAttributeValueId(StrId("Key")), StrId(row.value));
+        element.AddAttribute("Key", value);
+        EXPECT_EQ(element.GetIntAttributeValue(StrId("Key")), number) << value;
+        EXPECT_EQ(element.GetIntAttributeValue("kEY", true), number) << value;
+        EXPECT_EQ(element.GetIntAttributeValue("kEY", false), 0) << value;
+        EXPECT_EQ(element.GetBoolAttributeValue(StrId("Key")), flag) << value;
+        EXPECT_EQ(element.GetBoolAttributeValue("KEY", true), flag) << value;
+        EXPECT_STREQ(element.GetAttributeValue("Key", false), value);
+        EXPECT_EQ(element.GetAttributeValueId(StrId("Key")), StrId(value));
         EXPECT_STREQ(element.GetAttributeValue(StrId("other")), "");
     }
 }
@@ -201,13 +167,13 @@ TEST(DomElement, DeletesFromTheLastChildToTheFirstBottomUp) {
 }
 
 TEST(DomElement, CopiesDeeplyAlsoFromBelow) {
-    Tree tree;
-    tree.top.SetInnerText("text");
-    tree.top.SetFlag(true);
+    CCoreXmlDomElement top = Tree();
+    top.SetInnerText("text");
+    top.SetFlag(true);
     CCoreXmlDomElement copy("old");
     copy.CreateChildElement("gone");
-    copy = tree.top;
-    tree.top.DeleteChildren();
+    copy = top;
+    top.DeleteChildren();
     EXPECT_STREQ(copy.GetInnerText(), "text");
     EXPECT_TRUE(copy.GetFlag());
     EXPECT_EQ(Id(copy.FindElement("d", "k", "y", true)), 4);

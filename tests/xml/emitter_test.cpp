@@ -4,9 +4,6 @@
 #include <climits>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <iterator>
-#include <string>
 
 #include "test_support.h"
 
@@ -19,8 +16,7 @@ class Emitter : public testing::Test {
  protected:
     /// The content of a file with bare line feeds.
     static std::string Read(const std::string& path) {
-        std::ifstream file(path, std::ios::binary);
-        std::string text{std::istreambuf_iterator<char>(file), {}};
+        std::string text = ReadFile(path);
         std::erase(text, '\r');
         return text;
     }
@@ -34,11 +30,7 @@ TEST_F(Emitter, WritesElementsAndData) {
     attrs.Add(OneAttr("x", 1000));
     attrs.Add(OneAttr("e", kNoName));
     attrs.Add(OneAttr("y", "2"));
-    struct Row {
-        std::function<void(CXmlEmitter&)> write;
-        const char* text;
-    };
-    const Row rows[] = {
+    const std::pair<std::function<void(CXmlEmitter&)>, const char*> rows[] = {
         {[](CXmlEmitter&) {}, ""},
         {[](CXmlEmitter& e) { e.BeginElement("a"), e.CData("x"), e.EndElement(); }, "<a>\nx</a>\n"},
         {[](CXmlEmitter& e) { e.Element("a", nullptr); }, "<a/>\n"},
@@ -56,13 +48,13 @@ TEST_F(Emitter, WritesElementsAndData) {
          "<a<& n'=\"&quot;\n\"/>\n"},
         {[](CXmlEmitter& e) { e.BeginElement(nullptr), e.CData(nullptr), e.EndElement(); }, "<>\n</>\n"},
     };
-    for (const Row& row : rows) {
+    for (const auto& [write, text] : rows) {
         {
             CXmlEmitter emitter;
             ASSERT_TRUE(emitter.CreateDocument(path.c_str(), ""));
-            row.write(emitter);
+            write(emitter);
         }
-        EXPECT_EQ(Read(path), kHeader + row.text);
+        EXPECT_EQ(Read(path), kHeader + text);
     }
 }
 

@@ -1,9 +1,6 @@
-#include <gtest/gtest.h>
 
 #include <fstream>
 #include <memory>
-#include <string>
-#include <utility>
 
 #include "brenta/xml_readers.h"
 #include "test_support.h"
@@ -31,7 +28,6 @@ TEST(HtmlReader, ReadsWhatItUnderstands) {
         {"", ""},
         {" \xEF\xBB\xBF\n", ""},
         {"<", ""},
-        {"<b>bold</b>", "  b\n    Text #bold\n"},
         {"<p>one <i>two</i> three</p>", "  p\n    Text #one \n    i\n      Text #two\n"},
         {"<p> \n<i>two</i></p>", "  p\n    i\n      Text #two\n"},
         {"<a><img src=\"x\">t<b /></a>", "  a\n    b\n"},
@@ -54,17 +50,13 @@ TEST(HtmlReader, ReadsWhatItUnderstands) {
         {"x", "bad\n"},
         {"</a><b>t</b>", "bad\n"},
         {"<a>t</a></a><b>t</b>", "bad\n  a\n    Text #t\n"},
-        {"<a", "false\n"},
         {"<a ", "false\n  a\n"},
         {"<a b", "false\n  a\n"},
         {"<a b ", "false\n  a b=\"1\"\n"},
-        {"<a b=", "false\n  a\n"},
         {"<a b=\"1\"", "false\n  a b=\"1\"\n"},
-        {"<a>", "false\n  a\n"},
         {"<b></b>", "false\n  b\n"},
         {"<a>t</a><!-- end -->", "false\n  a\n    Text #t\n"},
         {"<a href=http://x>t</a>", "false\n  a href=\"http:\"\n"},
-        {"<a href=x/y>t</a>", "false\n  a href=\"x\"\n"},
     };
     for (const auto& [text, expected] : rows)
         EXPECT_EQ(Read(text), expected) << text;
@@ -98,9 +90,7 @@ TEST(HtmlReader, LeavesRootsToTheCallerAndStandsWhereTheParseEnded) {
 
 TEST(HtmlReader, NeedsLittleStackAndLinearTime) {
     const auto load = [](int count, const char* piece, bool expected) {
-        std::string text = "<a>";
-        for (int i = 0; i < count; ++i)
-            text += piece;
+        const std::string text = "<a>" + Repeat(piece, count);
         CCoreXmlDomElement root("Root");
         const char* position = text.c_str();
         EXPECT_EQ(ParseHtml(position, root), expected) << piece;

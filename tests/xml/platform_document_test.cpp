@@ -2,24 +2,19 @@
 // with a tree of its own makes of it.
 #include "xml/platform_document.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <memory>
-#include <string>
-#include <string_view>
 
 #include "brenta/xml.h"
 #include "os/os.h"
 #include "test_support.h"
+#include "xml/entity_bomb.h"
 #include "xml/tree_text.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 using namespace std::string_literals;
-using test::Scratch;
-using test::TreeText;
 
 /// What a load makes of some bytes in a file: the tree, or "!" and the reason.
 std::string Loaded(const std::string& bytes) {
@@ -44,13 +39,6 @@ std::string Utf16(std::string_view text, bool bigEndian) {
     return wide;
 }
 
-std::string Repeated(std::string_view text, int count) {
-    std::string all;
-    for (int i = 0; i < count; ++i)
-        all += text;
-    return all;
-}
-
 TEST(PlatformDocument, ReadsEveryEncoding) {
     const std::string kAcute = "r n=\"\xC3\xA9\"\n";
     const auto declared = [](const std::string& encoding, const std::string& value) {
@@ -64,9 +52,7 @@ TEST(PlatformDocument, ReadsEveryEncoding) {
         {declared("UTF-8", "\xC3\xA9"), kAcute},
         {declared("ISO-8859-1", "\xE9"), kAcute},
         {declared("windows-1252", "\xE9\x80"), "r n=\"\xC3\xA9\xE2\x82\xAC\"\n"},
-        {declared("KOI8-R", "\xC1"), "r n=\"\xD0\xB0\"\n"},
         {declared("Shift_JIS", "\x82\xA0"), "r n=\"\xE3\x81\x82\"\n"},
-        {declared("GB2312", "\xB0\xA1"), "r n=\"\xE5\x95\x8A\"\n"},
         {"\xEF\xBB\xBF" + declared("ISO-8859-1", "\xC3\xA9"), kAcute},  // the mark counts
         {"\xFF\xFE" + Utf16("<r n='1'/>", false), "r n=\"1\"\n"},
         {"\xFE\xFF" + Utf16("<r n='1'/>", true), "r n=\"1\"\n"},
@@ -106,7 +92,6 @@ TEST(PlatformDocument, ReadsElementsAndAttributes) {
     } const kCases[] = {
         {"<!--c--><?p i?><a>t<b/>u<![CDATA[<c/>]]><d><e/></d></a><!--c-->", "a\n  b\n  d\n    e\n"},
         {"<a x=' 1\n2\t3\r\n4&#10;5' y=\"&lt;&amp;'&#x41;\"/>", "a x=\" 1 2 3 4\n5\" y=\"<&'A\"\n"},
-        {"<a></a>", "a\n"},
         // Namespaces: names as written, declarations among the attributes.
         {"<p:a x='1' xmlns:p='u' p:y='2' xmlns='v' z='3'><b p:c='4'/></p:a>",
          "p:a x=\"1\" xmlns:p=\"u\" p:y=\"2\" xmlns=\"v\" z=\"3\"\n  b p:c=\"4\"\n"},
@@ -220,14 +205,11 @@ TEST(PlatformDocument, TellsWhereAFaultIs) {
 }
 
 TEST(PlatformDocument, RefusesBombsAtOnce) {
-    std::string entities = "<!ENTITY e0 'aaaaaaaaaa'>", forward;
-    for (int i = 1; i < 10; ++i) {
-        const std::string inner = "&e" + std::to_string(i - 1) + ";";
-        const std::string one = "<!ENTITY e" + std::to_string(i) + " '" + Repeated(inner, 10) + "'>";
-        entities += one;
-        forward = one + forward;
-    }
-    forward += "<!ENTITY e0 'aaaaaaaaaa'>";
+    std::string forward;
+    for (int i = 9; i > 0; --i)
+        forward += BombLevel(i);
+    forward += BombLevel(0);
+    const std::string entities = EntityBomb();
     const auto typed = [](const std::string& subset, const std::string& content) {
         return "<!DOCTYPE a [" + subset + "]><a>" + content + "</a>";
     };
@@ -237,13 +219,7 @@ TEST(PlatformDocument, RefusesBombsAtOnce) {
         chain += "<!ENTITY c" + std::to_string(i) + " '&c" + std::to_string(i + 1) + ";'>";
     for (int i = 1; i < 10; ++i)
         levels += "<!ENTITY % d" + std::to_string(i) + " \"<!ENTITY &#37; e" + std::to_string(i) + " '" +
-                  Repeated("&#37;e" + std::to_string(i - 1) + ";", 10) + "'>\">%d" + std::to_string(i) + ";";
-    std::string defaults;
-    for (int i = 0; i < 3000; ++i)
-        defaults += "x" + std::to_string(i) + " CDATA '' ";
-    std::string attributes;
-    for (int i = 0; i < 200'000; ++i)
-        attributes += " x" + std::to_string(i) + "=''";
+                  Repeat("&#37;e" + std::to_string(i - 1) + ";", 10) + "'>\">%d" + std::to_string(i) + ";";
     struct {
         const char* what;
         std::string text;
@@ -255,20 +231,21 @@ TEST(PlatformDocument, RefusesBombsAtOnce) {
         {"default", typed(forward + "<!ATTLIST a x CDATA '&e9;'>", ""), false},
         {"unused", typed(entities, ""), true},
         {"small", typed(entities, "&e3;<b x='&e3;'/>"), true},
-        {"quadratic value", typed(k100, "<b x='" + Repeated("&e;", 200) + "'/>"), false},
-        {"quadratic content", typed(k100, Repeated("&e;", 200)), false},
-        {"within", typed(k100, Repeated("&e;", 40) + "<b x='" + Repeated("&e;", 40) + "'/>"), true},
+        {"quadratic value", typed(k100, "<b x='" + Repeat("&e;", 200) + "'/>"), false},
+        {"quadratic content", typed(k100, Repeat("&e;", 200)), false},
+        {"within", typed(k100, Repeat("&e;", 40) + "<b x='" + Repeat("&e;", 40) + "'/>"), true},
         {"chain", typed(chain + "<!ENTITY c3000 'x'>", "&c0;"), false},
         {"parameters", typed(levels, ""), false},
-        {"defaults", typed("<!ATTLIST b " + defaults + ">", Repeated("<b/>", 50'000)), false},
-        {"attributes", "<a" + attributes + "/>", false},
-        {"alternatives", typed("<!ATTLIST b x (" + Repeated("y|", 1'000'000) + "y) #IMPLIED>", ""), false},
-        {"unclosed alternatives", typed("<!ATTLIST b x (" + Repeated("y|", 1'000'000), ""), false},
-        {"groups", typed("<!ELEMENT b " + Repeated("(", 100'000) + "c" + Repeated(")", 100'000) + ">", ""),
+        {"defaults", typed("<!ATTLIST b" + Numbered(" x", " CDATA ''", 3000) + ">", Repeat("<b/>", 50'000)),
          false},
-        {"sequence", typed("<!ELEMENT b (c" + Repeated(",c", 200'000) + ")>", ""), true},
+        {"attributes", "<a" + Numbered(" x", "=''", 200'000) + "/>", false},
+        {"alternatives", typed("<!ATTLIST b x (" + Repeat("y|", 1'000'000) + "y) #IMPLIED>", ""), false},
+        {"unclosed alternatives", typed("<!ATTLIST b x (" + Repeat("y|", 1'000'000), ""), false},
+        {"groups", typed("<!ELEMENT b " + Repeat("(", 100'000) + "c" + Repeat(")", 100'000) + ">", ""),
+         false},
+        {"sequence", typed("<!ELEMENT b (c" + Repeat(",c", 200'000) + ")>", ""), true},
     };
-    test::OnStackOf(1, [&] {
+    OnStackOf(1, [&] {
         for (const auto& row : kCases) {
             const auto start = std::chrono::steady_clock::now();
             EXPECT_EQ(LoadedText(row.text) != "!", row.loads) << row.what;
@@ -280,9 +257,9 @@ TEST(PlatformDocument, RefusesBombsAtOnce) {
 TEST(PlatformDocument, DepthCostsMemoryOnly) {
     constexpr int kLevels = 1'000'000;
     const auto nested = [](const std::string& root, const std::string& tag) {
-        return root + Repeated("<" + tag + ">", kLevels) + Repeated("</" + tag + ">", kLevels) + "</r>";
+        return root + Repeat("<" + tag + ">", kLevels) + Repeat("</" + tag + ">", kLevels) + "</r>";
     };
-    test::OnStackOf(1, [&] {
+    OnStackOf(1, [&] {
         CCoreXmlDom document;
         ASSERT_TRUE(document.LoadString(nested("<r>", "a").c_str()));
         ASSERT_TRUE(document.LoadString(nested("<r xmlns:p='u'>", "p:a").c_str()));
@@ -293,7 +270,7 @@ TEST(PlatformDocument, DepthCostsMemoryOnly) {
         CoreString xml;
         EXPECT_TRUE(document.GetString(xml));
         EXPECT_GT(xml.GetLength(), 8 * kLevels);
-        EXPECT_FALSE(document.LoadString(("<r>" + Repeated("<a>", kLevels)).c_str()));
+        EXPECT_FALSE(document.LoadString(("<r>" + Repeat("<a>", kLevels)).c_str()));
     });
 }
 
@@ -330,4 +307,4 @@ TEST(PlatformDocument, MayBeMissing) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -1,11 +1,10 @@
 // Saving and transforming: what is written, what is refused, and that the old file outlives a failure.
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <csignal>
+#include <cstring>
 #include <filesystem>
-#include <string>
 
 #include "brenta/xml.h"
 #include "os/os.h"
@@ -13,21 +12,14 @@
 #include "xml/platform_document.h"
 #include "xml/tree_text.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 using namespace std::string_literals;
-using test::Scratch;
 
 constexpr char kComment[] = "<!--xml file created by Orvane Works.-->\n";
 const std::string kHead = "<?xml version=\"1.0\"?>\n"s + kComment;
 const std::string kXsi = " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"";
-
-std::string Content(const std::string& path) {
-    std::string content = "absent";
-    os::ReadWholeFile(path.c_str(), content);
-    return content;
-}
 
 std::string Text(CCoreXmlDom& document) {
     CoreString text;
@@ -41,12 +33,12 @@ TEST(PlatformSave, WritesWhatWasBuilt) {
     CCoreXmlDom document;
     document.CreateElement("a")->CreateChildElement("b")->AddAttribute("n", 7);
     EXPECT_TRUE(document.SaveDocument(path.c_str(), "s.xsd", "b.xsl"));
-    EXPECT_EQ(Content(path),
+    EXPECT_EQ(ReadFile(path),
               "<?xml version=\"1.0\"?>\n<?xml-stylesheet type=\"text/xsl\" href=\"b.xsl\"?>\n"s + kComment +
                   "<a" + kXsi + " xsi:noNamespaceSchemaLocation=\"s.xsd\"><b n=\"7\"/></a>\n");
     document.ResetCOMState();
     document.SaveDocument(path.c_str(), "", "?>");
-    EXPECT_EQ(Content(path).find("stylesheet"), std::string::npos);
+    EXPECT_EQ(ReadFile(path).find("stylesheet"), std::string::npos);
     EXPECT_EQ(Text(*std::make_unique<CCoreXmlDom>()), kHead);
 }
 
@@ -82,11 +74,9 @@ TEST(PlatformSave, WritesOnlyWhatCanBeReadAgain) {
         CCoreXmlDomElement* const child = root->CreateChildElement("c");
         child->AddAttribute(new CCoreXmlDomAttribute(row.name, row.value));
         child->AddAttribute("z", "1");
-        const std::string name =
-            *row.written == '\0'
-                ? ""
-                : std::string(row.written).substr(1).substr(0, std::string(row.written).find('=') - 1);
-        const std::string first = name.empty() ? "" : "<" + name + "><below/></" + name + ">";
+        const std::string name(row.written, std::strcspn(row.written, "="));
+        const std::string first =
+            name.empty() ? "" : "<" + name.substr(1) + "><below/></" + name.substr(1) + ">";
         EXPECT_EQ(Text(document), kHead + "<r" + kXsi + ">" + first + "<c" + row.written + " z=\"1\"/></r>\n")
             << row.name;
     }
@@ -165,7 +155,7 @@ TEST(PlatformSave, KeepsTheDeclaration) {
         CCoreXmlDom document, again;
         ASSERT_TRUE(document.LoadDocument(path.c_str(), false));
         EXPECT_TRUE(document.SaveDocument(saved.c_str(), nullptr, nullptr));
-        EXPECT_EQ(Content(saved), row.saved);
+        EXPECT_EQ(ReadFile(saved), row.saved);
         EXPECT_EQ(Text(document), row.text);
         EXPECT_TRUE(again.LoadDocument(saved.c_str(), false));
     }
@@ -175,7 +165,7 @@ TEST(PlatformSave, KeepsTheDeclaration) {
     CCoreXmlDom wide, again;
     ASSERT_TRUE(wide.LoadDocument(path.c_str(), false));
     wide.SaveDocument(saved.c_str(), nullptr, nullptr);
-    EXPECT_EQ(Content(saved).substr(0, 4), "\xFF\xFE<\0"s);
+    EXPECT_EQ(ReadFile(saved).substr(0, 4), "\xFF\xFE<\0"s);
     EXPECT_TRUE(again.LoadDocument(saved.c_str(), false));
 }
 
@@ -213,17 +203,17 @@ TEST(PlatformSave, NeverDestroysTheOldFile) {
         const FullDisk full(100);
         EXPECT_TRUE(document.SaveDocument(path.c_str(), nullptr, nullptr));
     }
-    EXPECT_EQ(Content(path), "old");
+    EXPECT_EQ(ReadFile(path), "old");
     for (const std::string& bad : {""s, folder, pipe, scratch / "absent/a.xml"})
         EXPECT_TRUE(document.SaveDocument(bad.c_str(), nullptr, nullptr));
     EXPECT_TRUE(document.SaveDocument(nullptr, nullptr, nullptr));
-    EXPECT_EQ(Content(path), "old");
+    EXPECT_EQ(ReadFile(path), "old");
     document.SaveDocument("/dev/null", nullptr, nullptr);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 
     document.SaveDocument(link.c_str(), nullptr, nullptr);
     EXPECT_TRUE(std::filesystem::is_symlink(link));
-    EXPECT_EQ(Content(path).substr(0, 5), "<?xml");
+    EXPECT_EQ(ReadFile(path).substr(0, 5), "<?xml");
     struct stat info;
     ASSERT_EQ(stat(path.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0640u);
@@ -313,17 +303,10 @@ TEST_F(PlatformTransform, ReadsAndWritesNothingElse) {
 }
 
 TEST_F(PlatformTransform, BoundsDepth) {
-    const auto nested = [](int levels) {
-        std::string text;
-        for (int i = 0; i < levels; ++i)
-            text += "<a>";
-        for (int i = 0; i < levels; ++i)
-            text += "</a>";
-        return text;
-    };
+    const auto nested = [](int levels) { return Repeat("<a>", levels) + Repeat("</a>", levels); };
     const std::string kCopy =
         "<x:output omit-xml-declaration='yes'/><x:template match='/'><x:copy-of select='.'/></x:template>";
-    test::OnStackOf(1, [&] {
+    OnStackOf(1, [&] {
         EXPECT_GT(Transformed(nested(3000), kCopy).size(), 6000u);
         EXPECT_EQ(Transformed(nested(3001), kCopy), "");
         EXPECT_EQ(Transformed(nested(100'000), kCopy), "");
@@ -348,4 +331,4 @@ TEST_F(PlatformTransform, FailsWithoutASheet) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -6,17 +6,14 @@
 #include <chrono>
 #include <climits>
 #include <fstream>
-#include <functional>
 #include <memory>
 #include <new>
 #include <stdexcept>
-#include <string>
-#include <tuple>
-#include <vector>
 
 #include "brenta/heap.h"
 #include "brenta/xml_stream.h"
 #include "test_support.h"
+#include "xml/entity_bomb.h"
 #include "xml/sax_source.h"
 #include "xml/tree_text.h"
 
@@ -74,11 +71,7 @@ class SaxReader : public testing::Test {
 };
 
 TEST_F(SaxReader, DeliversRecordsInOrder) {
-    struct Row {
-        std::string file;
-        const char* records;
-    };
-    const Row rows[] = {
+    const std::pair<std::string, const char*> rows[] = {
         {"<r><a x='1' y='2'/><b>text</b><c/></r>", "a x=\"1\" y=\"2\"\nb\nc\n"},
         {"<r/>", ""},
         {" <r x='1'>no records</r> ", ""},
@@ -94,35 +87,18 @@ TEST_F(SaxReader, DeliversRecordsInOrder) {
         {"\xef\xbb\xbf<?xml version='1.0' encoding='ISO-8859-1'?><r><a x='\u00e9'/></r>", "a x=\"\u00e9\"\n"},
         {"\xff\xfe<\0r\0>\0<\0\xe9\0/\0>\0<\0/\0r\0>\0"s, "\u00e9\n"},
     };
-    for (const Row& row : rows) {
-        EXPECT_TRUE(Parse(row.file)) << row.file;
-        EXPECT_EQ(target.records, row.records) << row.file;
-        EXPECT_EQ(window.percents.back(), 100) << row.file;
+    for (const auto& [file, records] : rows) {
+        EXPECT_TRUE(Parse(file)) << file;
+        EXPECT_EQ(target.records, records) << file;
+        EXPECT_EQ(window.percents.back(), 100) << file;
     }
 }
 
 TEST_F(SaxReader, DeliversWhatIsCompleteBeforeAFaultAndLeavesNothing) {
-    const char* const faults[] = {
-        "",
-        "<b>",
-        "<b></c>",
-        "<b></r>",
-        "<b x='1' x='2'/>",
-        "<b><p:c/></b>",
-        "&nope;",
-        "<b x=1/>",
-        "<b x='<'/>",
-        "<b>\x01</b>",
-        "<b>\xff</b>",
-        "</r><r>",
-        "</r>text",
-        "<b><c><d/>",
-        "<![CDATA[x",
-        "<!--x",
-        "]]>",
-        "<b p:x=''/>",
-    };
-    for (const std::string fault : faults) {
+    for (const std::string fault :
+         {"", "<b>", "<b></c>", "<b></r>", "<b x='1' x='2'/>", "<b><p:c/></b>", "&nope;", "<b x=1/>",
+          "<b x='<'/>", "<b>\x01</b>", "<b>\xff</b>", "</r><r>", "</r>text", "<b><c><d/>", "<![CDATA[x",
+          "<!--x", "]]>", "<b p:x=''/>"}) {
         Parse("<r><a x='1'/>" + fault + "</r>"s);  // interns its names
         const int used = CoreHeapUsed();
         EXPECT_EQ(Parse("<r><a x='1'/>" + fault + (fault.empty() ? "" : "</r>")), false) << fault;
@@ -183,25 +159,18 @@ TEST_F(SaxReader, CountsElements) {
 }
 
 TEST_F(SaxReader, ReportsProgressFromTheColumnsAtWhichTextsBegin) {
-    struct Row {
-        std::string file;
-        Percents percents;
-    };
-    const Row rows[] = {
+    const std::pair<std::string, Percents> rows[] = {
         {"<r/>", {0, 100}},
         {"<r>\n<a/>\n</r>", {0, 46, 100}},         // 4 + 2 of 13, 5 + 2 of 13
         {"<r> <a/> <a/> </r>", {0, 33, 94, 183}},  // 4 + 2, 9 + 2, 14 + 2 of 18
         {"<r><![CDATA[1]]>2&#51;<a/></r>", {0, 20, 100}},
         {"<r>1<!-- -->2<?p?>\n</r>", {0, 26, 91, 182}},
     };
-    for (const Row& row : rows) {
-        EXPECT_TRUE(Parse(row.file));
-        EXPECT_EQ(window.percents, row.percents) << row.file;
+    for (const auto& [file, percents] : rows) {
+        EXPECT_TRUE(Parse(file));
+        EXPECT_EQ(window.percents, percents) << file;
     }
-    std::string file = "<r>\n";
-    for (int i = 0; i < 1000; ++i)
-        file += "<part name='R1' value='10k'/>\n";
-    ASSERT_TRUE(Parse(file + "</r>"));
+    ASSERT_TRUE(Parse("<r>\n" + Repeat("<part name='R1' value='10k'/>\n", 1000) + "</r>"));
     EXPECT_GE(window.percents.size(), 95u);
     EXPECT_EQ(std::adjacent_find(window.percents.begin(), window.percents.end(), std::greater_equal<int>()),
               window.percents.end());
@@ -297,33 +266,17 @@ TEST_F(SaxReader, OpensNoOtherFileAndStopsEntitiesThatMultiply) {
     EXPECT_FALSE(Parse("<!DOCTYPE r SYSTEM '" + scratch / "declarations" + "'><r><b x='&e;'/></r>"));
     EXPECT_TRUE(Parse("<!DOCTYPE r SYSTEM '" + scratch / "declarations" + "'><r><b/></r>"));
 
-    std::string bomb = "<!DOCTYPE r [<!ENTITY e0 '0123456789'>";
-    for (int i = 1; i < 10; ++i) {
-        bomb += "<!ENTITY e" + std::to_string(i) + " '";
-        for (int k = 0; k < 10; ++k)
-            bomb += "&e" + std::to_string(i - 1) + ";";
-        bomb += "'>";
-    }
+    const std::string bomb = "<!DOCTYPE r [" + EntityBomb();
     const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(Parse(bomb + "]><r>&e9;</r>"));
     EXPECT_FALSE(Parse(bomb + "]><r><a x='&e9;'/></r>"));
     EXPECT_FALSE(Parse("<!DOCTYPE r [<!ENTITY e '&e;'>]><r>&e;</r>"));
 
-    const auto numbered = [](const char* before, const char* behind) {
-        std::string texts;
-        for (int i = 0; i < 6000; ++i)
-            texts += before + std::to_string(i) + behind;
-        return texts;
-    };
-    const std::string alternatives = numbered("|a", "");
-    EXPECT_FALSE(Parse("<!DOCTYPE r [<!ATTLIST a b (a" + alternatives + ") 'a'>]><r/>"));
-    EXPECT_FALSE(Parse("<!DOCTYPE r [<!ENTITY % q '" + numbered("&#124;a", "") +
+    EXPECT_FALSE(Parse("<!DOCTYPE r [<!ATTLIST a b (a" + Numbered("|a", "", 6000) + ") 'a'>]><r/>"));
+    EXPECT_FALSE(Parse("<!DOCTYPE r [<!ENTITY % q '" + Numbered("&#124;a", "", 6000) +
                        "'><!ENTITY % p '<!ATTLIST a b (a &#37;q;) \"a\">'>%p;]><r/>"));
-    std::string elements;
-    for (int i = 0; i < 500; ++i)
-        elements += "<a/>";
-    EXPECT_FALSE(
-        Parse("<!DOCTYPE r [<!ATTLIST a" + numbered(" a", " CDATA ''") + ">]><r>" + elements + "</r>"));
+    EXPECT_FALSE(Parse("<!DOCTYPE r [<!ATTLIST a" + Numbered(" a", " CDATA ''", 6000) + ">]><r>" +
+                       Repeat("<a/>", 500) + "</r>"));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 
@@ -358,11 +311,8 @@ TEST_F(SaxReader, StreamsInConstantMemory) {
 
 TEST_F(SaxReader, GoesAsDeepAsTheFile) {
     constexpr int kLevels = 1000000;
-    std::string file = "<r>";
-    for (int i = 0; i < kLevels; ++i)
-        file += "<e>";
-    Write(file);
-    CString path((scratch / "file").c_str());
+    const std::string open = "<r>" + Repeat("<e>", kLevels);
+    CString path = Write(open);
     int depth = 0;
     target.onRecord = [&](CCoreXmlDomElement& record) {
         for (CCoreXmlDomElement* e = &record; e;
@@ -371,9 +321,7 @@ TEST_F(SaxReader, GoesAsDeepAsTheFile) {
         record.DeleteChildren();
     };
     OnStackOf(1, [&] { EXPECT_FALSE(CXMLReader(&window, &target).ParseDocument(path, error)); });
-    for (int i = 0; i < kLevels; ++i)
-        file += "</e>";
-    Write(file + "</r>");
+    Write(open + Repeat("</e>", kLevels) + "</r>");
     OnStackOf(1, [&] { EXPECT_TRUE(CXMLReader(&window, &target).ParseDocument(path, error)); });
     EXPECT_EQ(depth, kLevels);
     EXPECT_EQ(target.records, "e\n");

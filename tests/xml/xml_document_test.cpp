@@ -1,20 +1,14 @@
 // Walking a whole document: loading with a message, counting, elements, attributes.
 #include "brenta/xml_document.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
-
 #include "os/os.h"
 #include "test_support.h"
 #include "xml/platform_document.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 using namespace std::string_literals;
-using test::Scratch;
 
 class XmlDocument : public testing::Test {
  protected:
@@ -82,15 +76,10 @@ TEST_F(XmlDocument, CountsElements) {
         EXPECT_EQ(document.GetElementCount(count), row.count != 0) << row.text;
         EXPECT_EQ(count, row.count) << row.text;
     }
-    std::string deep;
-    for (int i = 0; i < 1'000'000; ++i)
-        deep += "<a>";
-    for (int i = 0; i < 1'000'000; ++i)
-        deep += "</a>";
-    test::OnStackOf(1, [&] {
+    OnStackOf(1, [&] {
         unsigned int count = 0;
         CXMLDocument large;
-        EXPECT_TRUE(Load(large, deep));
+        EXPECT_TRUE(Load(large, Repeat("<a>", 1'000'000) + Repeat("</a>", 1'000'000)));
         EXPECT_TRUE(large.GetElementCount(count));
         EXPECT_EQ(count, 1'000'000u);
     });
@@ -154,4 +143,4 @@ TEST_F(XmlDocument, ReadsAttributes) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test
