@@ -1,5 +1,4 @@
 // Assignments: targets, compound operators, chains, copies, growth in place.
-#include <gtest/gtest.h>
 
 #include "script/run_script.h"
 
@@ -31,19 +30,14 @@ TEST(Assign, Targets) {
         {"y = 5", "!Symbol 'y' not defined. failed"},
         {"y = z", "!Symbol 'z' not defined. failed"},
         {"5 = a", "!Expression does not evaluate to an object. failed"},
-        {"a + 1 = 6", "!Expression does not evaluate to an object. failed"},
         {"say = 6", "!Expression does not evaluate to an object. failed"},
         {"swap().x = 6", "!Expression does not evaluate to an object. failed"},
         {"p.z = 6", "!Expression does not evaluate to an object. failed"},
         {"Env.Nothing.x = 1", "!Expression does not evaluate to an object. failed"},
         {"p.(1 + 1) = 6", "!Missing right member. failed"},
-        {"l[1.5] = 6", "!Bad subscript for array 'l' failed"},
-        {"l[] = 6", "!Missing subscript 'l' failed"},
-        {"s[0] = 6", "!Subscript on non-array 's' failed"},
         {"l = 5", "!Assigning a scalar to a structure or list. failed"},
         {"p.l = {}", "!Assigning a scalar to a structure or list. failed"},
         {"l += 4", "!Assigning a scalar to a structure or list. failed"},
-        {"a = 5; a %= 0", "!Division by zero. failed"},
     };
     CheckRows(kRows, kModule);
 }

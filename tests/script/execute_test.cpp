@@ -1,5 +1,4 @@
 // Statements and the evaluation of expressions.
-#include <gtest/gtest.h>
 
 #include "script/run_script.h"
 
@@ -18,10 +17,7 @@ TEST(Execute, Expressions) {
          "={-2147483648, 1073741824.0, \"a12.5\", true, null}"},
         {"({1, 2.5, \"a\", {true}, (2, 3), })", "={1, 2.5, \"a\", {true}, 2, 3}"},
         {"var l = {1} + {2}; var m = {1} 5; ({l, m})", "={{1, {2}}, {1, 5}}"},
-        {"3 -", "=3"},
-        {"var zz = 3; 1 zz", "=1"},
         {"", "=null"},
-        {"1 zz", "!Symbol 'zz' not defined. failed"},
         {"\n y + z", "!cmd:(2): Symbol 'y' not defined. failed"},
         {"var i = 1; i++", "!Illigal expression. failed"},
         {"1, 2", "!Illigal expression. failed"},
@@ -31,7 +27,6 @@ TEST(Execute, Expressions) {
         {"!null", "!Unknown var type. failed"},
         {"null && true", "!Unknown var type. failed"},
         {"\"a\" + {null}", "!Unknown var type. failed"},
-        {"5 % (1 - 1)", "!Division by zero. failed"},
     };
     CheckRows(kRows);
 }
@@ -53,10 +48,8 @@ TEST(Execute, MembersAndSubscripts) {
         {"i[f()]", "!Subscript on non-array 'i' failed"},
         {"Env.Nothing[0]", "!Expression does not evaluate to an object. failed"},
         {"p.z", "!Expression does not evaluate to an object. failed"},
-        {"u.x", "!Expression does not evaluate to an object. failed"},
         {"= .x", "!Missing  left member. failed"},
         {"p.", "!Missing right member. failed"},
-        {"p.(i + 1)", "!Missing right member. failed"},
     };
     CheckRows(kRows, kModule);
 }
@@ -70,22 +63,30 @@ TEST(Execute, Statements) {
         {"if (null) { 10; }", "!Unknown var type. failed"},
         {"return 7; break; continue; 8; return;", "=8"},
         {"{ 1; return 2; 3; }", "=2"},
-        {"_halt; 4", "=4"},
+        {"{ { 5 } { ; 6 } } return 7", "=7"},
+        {"_halt 4", "=4"},
+        {"1) 2) ; 3 ) print(1)) 4", ">1 =4"},
+        {"5 ]", "!Syntax error: expecting ';', but found ']' failed"},
+        {"if (0) 1; else 2; 3", "=3"},
+        {"if (1) if (0) 1; else 2;", "=2"},
+        {"if (0) {} else while (0) if (0) 4; else 5; 6", "=6"},
+        {"if (1) print(1); else 2;", ">1 !Illigal expression. failed"},
+        {"{ if (1) } 2", "=2"},
+        {"var a[3] = 4; a", "!Subscript out of bounds for array 'a' failed"},
         {"{ var x = 1; } x", "!Symbol 'x' not defined. failed"},
         {"{ var x = 1; var x = 2; }", "failed"},
         {"var x = 1; { var x = x + 1; x; }", "=null"},
-        {"print(); print(1.5); print(true); print({1, {2, \"b\"}})", ">1.5 >1 >12b =null"},
+        {"print(); print(1.5) print(true) print({1, {2, \"b\"}})", ">1.5 >1 >12b =null"},
         {"print(null)", "!Unknown var type. failed"},
         {"var a[2]; print(a)", "!Unknown var type. failed"},
-        {"print(reflect)", "!Unknown var type. failed"},
-        {"for (var i = 0; i < 3; i += 1) { print(i); } i", ">0 >1 >2 =3"},
+        {"for (var i = 0; i < 3; i += 1) print(i); i", ">0 >1 >2 =3"},
         {"for (var i = 0; ; i += 1) { print(i); }", "=null"},
         {"for (var i = 0; i < 9; i += 1) { if (i < 2) { continue; } if (i == 4) { break; } print(i); }", ">2 >3 =null"},
         {"for (var i = y; i < 1; i += 1) { }", "!Symbol 'y' not defined. failed"},
         {"for (var i = 0; i < 1; y) { }", "!Symbol 'y' not defined. failed"},
         {"{ for (var i = 0; i < 1; i += 1) { print(i); } for (var i = 0; i < 1; i += 1) { } }", ">0 failed"},
-        {"var n = 0; while () { } while (n < 3) { n += 1; } n", "=3"},
-        {"foreach (e in {1, {2}, \"c\"}) { print(e); } foreach (e2 in 5) { print(e2); }", ">1 >2 >c =null"},
+        {"var n = 0; while (n < 3) n += 1; while () ; n = 9; n", "=3"},
+        {"foreach (e in {1, {2}, \"c\"}) print(e); foreach (e2 in 5) { print(e2); }", ">1 >2 >c =null"},
         {"while (null) { }", "!Unknown var type. failed"},
         {"foreach (e in y) { }", "!Symbol 'y' not defined. failed"},
         {"foreach (e in {1, 2, 3}) { if (e == 2) { break; } print(e); } 7", ">1 =7"},
@@ -110,7 +111,6 @@ TEST(Execute, ExecutedTexts) {
         {"execute(\"y\")", "!execute:(1): Symbol 'y' not defined. failed"},
         {"execute(\"1 + ;)\")", "!execute:(1): Syntax error: expecting ';', but found ')' failed"},
         {"execute(\"\n @\")", "!execute:(2): Syntax error. failed"},
-        {"execute(\"var q = 1;\"); q", "!Symbol 'q' not defined. failed"},
         {"execute(\"foreach (e in {1}) { }\"); execute(\"foreach (e in {1}) { }\")", "=null"},
         {"({half(8), bare(), local(), loop(), g + h})", "={4, null, 20, 3, 6}"},
     };
@@ -120,15 +120,14 @@ TEST(Execute, ExecutedTexts) {
 TEST(Execute, LongAndDeepTexts) {
     ScriptRun run;
     EXPECT_EQ(run.Execute("0" + Repeat(" + 1", 100'000)), "=100000");
-    EXPECT_EQ(run.Execute("var l = {" + Repeat("1,", 50'000) + "}; l += {2}; l[50000]"), "=2");
+    EXPECT_EQ(run.Execute("var l = {" + Repeat("1,", 100'000) + "}; l += {2}; l[100000]"), "=2");
     EXPECT_EQ(run.Execute(Repeat("!", 100'000) + "0"), "=true");
-    EXPECT_EQ(run.Execute("if (0) { }" + Repeat(" else if (0) { }", 20'000) + " else { 8; }"), "=8");
+    EXPECT_EQ(run.Execute("if (0) { }" + Repeat(" else if (0) { }", 100'000) + " else { 8; }"), "=8");
+    EXPECT_EQ(run.Execute(Repeat("l = ", 100'000) + "8"), "!Expression nested too deeply. failed");
 }
 
 TEST(Execute, LimitsOfValues) {
     static constexpr ScriptRow kRows[] = {
-        {"var s = \"0123456789abcdef\"; while (1) { s = s + s; }", "!String too long. failed"},
-        {"var l = {1}; while (1) { l = {l, l}; }", "!List too large. failed"},
         {"var l = {1}; while (1) { l[0] = l; }", "!List nested too deeply. failed"},
         {"var l = {{1}, 2}; while (1) { l[0] += l; }", "!List too large. failed"},
         {"var s = \"0123456789abcdef\"; while (1) { s = s + s; Env.Probe.Sum(s); }", "!RunScript:String too long. failed"},

@@ -1,10 +1,7 @@
 #include "brenta/message_stream.h"
 
-#include <gtest/gtest.h>
-
 #include "brenta/dump.h"
 #include "script/script_test_support.h"
-#include "test_support.h"
 
 namespace brenta::test {
 namespace {

@@ -104,23 +104,6 @@ TEST_F(NameCellScopes, GlobalsMayBeBoundUnderOpenScopes) {
     EXPECT_EQ(Show(cells, {"free"}), "free=-");
 }
 
-TEST_F(NameCellScopes, EachBindingHasItsOwnValue) {
-    CCoreSymbol& n = Bind("n", 1);
-    NameCell& cell = cells.CellOf(StrId("n"));
-    for (int i = 2; i < 300; ++i) {
-        cells.PushScope();
-        cells.Bind(cell, &n, Value::OfInt(i));
-    }
-    CCoreSymbol& hiding = Bind("n", 1000);
-    EXPECT_EQ(cells.ValueOf(n)->Int(), 299);
-    EXPECT_EQ(cells.ValueOf(hiding)->Int(), 1000);
-    for (int i = 298; i >= 1; --i) {
-        cells.PopScope();
-        ASSERT_EQ(cell.value.Int(), i);
-    }
-    EXPECT_EQ(cells.ValueOf(hiding), nullptr);
-}
-
 TEST_F(NameCellScopes, HoldAnyNumberOfNamesAtFixedPlaces) {
     NameCell& first = cells.CellOf(StrId("first"));
     std::vector<NameCell*> places;

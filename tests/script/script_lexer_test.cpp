@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <sstream>
-#include <string>
 
 #include "brenta/files.h"
 #include "brenta/host.h"
@@ -46,13 +42,8 @@ std::string Tokens(CCoreScriptLexer& lexer) {
     return all;
 }
 
-struct ScanRow {
-    const char* text;
-    const char* tokens;
-};
-
 // clang-format off
-const ScanRow kScanRows[] = {
+const std::pair<const char*, const char*> kScanRows[] = {
     {"", "END"}, {" \t\r\n", "END"}, {"print printer _halt _halts", "print identifier[printer] _halt identifier[_halts] END"},
     {"a<<=b", "identifier[a] <<= identifier[b] END"}, {"a++ +b", "identifier[a] ++ + identifier[b] END"},
     {"!a!=b", "! identifier[a] != identifier[b] END"}, {"x[1].y", "identifier[x] [ decimal constant[1] ] . identifier[y] END"},
@@ -80,9 +71,9 @@ const ScanRow kScanRows[] = {
 
 TEST(ScriptLexer, TurnsTextsIntoTokens) {
     TestLexer lexer;
-    for (const ScanRow& row : kScanRows) {
-        EXPECT_TRUE(lexer.InjectScriptText("cmd:", row.text, true)) << row.text;
-        EXPECT_EQ(Tokens(lexer), row.tokens) << row.text;
+    for (const auto& [text, tokens] : kScanRows) {
+        EXPECT_TRUE(lexer.InjectScriptText("cmd:", text, true)) << text;
+        EXPECT_EQ(Tokens(lexer), tokens) << text;
         lexer.FlushTokens();
     }
     lexer.InjectScriptText("cmd:", "a", true);
@@ -164,20 +155,17 @@ TEST(ScriptLexer, NumbersItsTokensAsFixed) {
 }
 
 TEST(ScriptLexer, SaysWhereAScanStopped) {
-    const struct {
-        const char* text;
-        const char* place;
-        const char* tokens;
-    } rows[] = {{"a\nb @ c", "m:2", "identifier[a] identifier[b]"},
-                {"a\n include b", "m:2", "identifier[a]"},
-                {"include\n\n", "m:1", ""},
-                {"include\n@", "m:1", ""},
-                {"a \x80", "m:1", "identifier[a]"}};
-    for (const auto& row : rows) {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
+        {"a\nb @ c", "m:2", "identifier[a] identifier[b]"},
+        {"a\n include b", "m:2", "identifier[a]"},
+        {"include\n\n", "m:1", ""},
+        {"include\n@", "m:1", ""},
+        {"a \x80", "m:1", "identifier[a]"}};
+    for (const auto& [text, place, tokens] : rows) {
         TestLexer lexer;
-        EXPECT_FALSE(lexer.InjectScriptText("m", row.text, true)) << row.text;
-        EXPECT_EQ(lexer.ErrorPlace(), row.place) << row.text;
-        EXPECT_EQ(Tokens(lexer), row.tokens) << row.text;
+        EXPECT_FALSE(lexer.InjectScriptText("m", text, true)) << text;
+        EXPECT_EQ(lexer.ErrorPlace(), place) << text;
+        EXPECT_EQ(Tokens(lexer), tokens) << text;
         EXPECT_EQ(lexer.messages.errors, "");
     }
 }
@@ -227,30 +215,23 @@ TEST(StreamGuard, RestoresTheOuterScan) {
 
 class ScriptFiles : public testing::Test {
  protected:
-    void SetUp() override {
-        m_folder = std::filesystem::temp_directory_path() /
-                   ("brenta_lexer_test_" + std::to_string(std::random_device()()));
-        std::filesystem::create_directories(m_folder / "data");
+    ScriptFiles() {
         HostServices services;
         services.context = this;
         services.applicationDataFolder = [](void* self, CoreString& folder) {
-            folder = (static_cast<ScriptFiles*>(self)->m_folder / "data").string().c_str();
+            folder = (static_cast<ScriptFiles*>(self)->scratch / "data").c_str();
             return true;
         };
         SetHostServices(services);
     }
-    void TearDown() override {
-        SetHostServices(HostServices());
-        std::filesystem::remove_all(m_folder);
-    }
-    std::string Write(const std::string& name, const std::string& text) {
-        const auto path = m_folder / name;
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << text;
-        return path.string();
+    ~ScriptFiles() override { SetHostServices(HostServices()); }
+    std::string Write(const char* name, const std::string& text) {
+        std::filesystem::create_directories(std::filesystem::path(scratch / name).parent_path());
+        std::ofstream(scratch / name, std::ios::binary) << text;
+        return scratch / name;
     }
 
-    std::filesystem::path m_folder;
+    const Scratch scratch;
 };
 
 TEST_F(ScriptFiles, IncludesStandForTheirTokens) {
@@ -282,11 +263,10 @@ TEST_F(ScriptFiles, LooksInTheScriptsFolder) {
     ASSERT_NE(error.find("Scripts\\nowhere.scr'"), std::string::npos) << error;
 
     // Where it looked is where the file has to be.
-    std::string path = error.substr(error.find('\'') + 1);
-    path.resize(path.find('\''));
-    path = CoreNativePath(path.c_str())();
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::ofstream(path) << "found";
+    const std::string path = error.substr(error.find('\'') + 1, error.rfind('\'') - error.find('\'') - 1);
+    const std::filesystem::path native = CoreNativePath(path.c_str())();
+    std::filesystem::create_directories(native.parent_path());
+    std::ofstream(native) << "found";
     EXPECT_TRUE(lexer.LoadScriptModule("nowhere.scr"));
     EXPECT_EQ(Tokens(lexer), "identifier[found] END");
 }

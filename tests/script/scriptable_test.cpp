@@ -1,19 +1,14 @@
 #include "brenta/scriptable.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <cstdlib>
 #include <deque>
-#include <functional>
 #include <memory>
-#include <thread>
-#include <vector>
 
 #include "brenta/framework.h"
-#include "brenta/host.h"
 #include "script/created_objects.h"
 #include "script/operator_rows.h"
+#include "test_support.h"
 
 namespace brenta::test {
 namespace {
@@ -49,18 +44,6 @@ TEST(Scriptable, TheLatestRegistrationOfANameWins) {
 }
 
 struct Prompts : ::testing::Test {
-    Prompts() {
-        HostServices services;
-        services.context = this;
-        services.showMessage = [](void* context, const char* text, unsigned int type) {
-            auto* test = static_cast<Prompts*>(context);
-            test->shown += std::string(type == MB_YESNO ? "?" : "!") + text;
-            return test->answer;
-        };
-        SetHostServices(services);
-    }
-    ~Prompts() override { SetHostServices(HostServices{}); }
-
     /// "1 " or "0 " and the result.
     std::string Ask(int action, const char* name, std::initializer_list<Var> values) {
         TOrderedList<Var> arguments(List(values).GetList());
@@ -75,8 +58,7 @@ struct Prompts : ::testing::Test {
     }
 
     std::unique_ptr<CCoreScriptable> library{CreateScriptableObject(StrId("CStdScriptLib"))};
-    std::string shown;
-    int answer = IDYES;
+    RecordingHost host;
 };
 
 TEST_F(Prompts, OfTheStandardLibrary) {
@@ -85,10 +67,11 @@ TEST_F(Prompts, OfTheStandardLibrary) {
     EXPECT_EQ(Ask(Action::kCall, "Prompt", {Text("a%s")}), "1 null");
     EXPECT_EQ(Ask(Action::kCall, "Prompt", {Int(5)}), "1 null");
     EXPECT_EQ(Ask(Action::kCall, "Prompt", {}), "1 null");
+    host.answer = IDYES;
     EXPECT_EQ(Ask(Action::kCall, "PromptYesNo", {Text("b"), Text("c")}), "1 bool true");
-    answer = IDNO;
+    host.answer = IDNO;
     EXPECT_EQ(Ask(Action::kCall, "PromptYesNo", {}), "1 bool false");
-    EXPECT_EQ(shown, "!a%s!!?b?");
+    EXPECT_EQ(host.shown, (Texts{"a%s|0", "|0", "|0", "b|4", "|4"}));
     EXPECT_EQ(Ask(Action::kCall, "prompt", {Text("a")}), "0 null");
     for (const int action : {int{Action::kGet}, int{Action::kSet}, 5})
         EXPECT_EQ(Ask(action, "Prompt", {Int(1)}), "0 null");
@@ -128,21 +111,16 @@ TEST(CreatedObjectsDeathTest, TheRestIsDeletedAtTheEnd) {
 
 TEST(CreatedObjects, ComeAndGoOnAnyThread) {
     const std::size_t before = CreatedCount();
-    const auto work = [](std::vector<std::unique_ptr<CCoreScriptable>>& kept) {
+    std::vector<std::unique_ptr<CCoreScriptable>> kept[2];
+    OnThreads(2, [&](int thread) {
         for (int i = 0; i < 2000; ++i) {
-            kept.emplace_back(TrackCreated(new Probe));
+            kept[thread].emplace_back(TrackCreated(new Probe));
             const Probe untracked;
-            if (i % 3 != 0) kept.pop_back();
+            if (i % 3 != 0) kept[thread].pop_back();
         }
-    };
-    std::vector<std::unique_ptr<CCoreScriptable>> here, there;
-    std::thread other(work, std::ref(there));
-    work(here);
-    other.join();
+    });
     EXPECT_EQ(CreatedCount(), before + 2 * 667);
-    here.swap(there);
-    here.clear();
-    there.clear();
+    OnThreads(2, [&](int thread) { kept[1 - thread].clear(); });
     EXPECT_EQ(CreatedCount(), before);
     EXPECT_EQ(Probe::alive, 0);
 }

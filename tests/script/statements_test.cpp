@@ -1,7 +1,5 @@
 #include "brenta/statements.h"
 
-#include <gtest/gtest.h>
-
 #include <memory>
 
 #include "script/parser.h"
