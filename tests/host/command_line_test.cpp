@@ -9,11 +9,7 @@ namespace {
 using Lines = std::vector<std::string>;
 
 TEST(EvalCommand, PrintsInternalUnitsAndAllFourUnits) {
-    struct Row {
-        Lines words;
-        std::string line;
-    };
-    const Row rows[] = {
+    const std::pair<Lines, std::string> rows[] = {
         {{"eval", "20mil+5mil"}, "250000\t0.025in\t25mil\t0.0635cm\t0.635mm"},
         {{"eval", "--units", "mm", "10"}, "3937010\t0.393701in\t393.701mil\t1cm\t10mm"},
         {{"eval", "-u", "in", "1"}, "10000000\t1in\t1000mil\t2.54cm\t25.4mm"},
@@ -21,10 +17,10 @@ TEST(EvalCommand, PrintsInternalUnitsAndAllFourUnits) {
         {{"eval", "-25mil"}, "-250000\t-0.025in\t-25mil\t-0.0635cm\t-0.635mm"},
         {{"eval", "--", "--units"}, ""},
     };
-    for (const Row& row : rows) {
-        const HostResult result = RunHost(row.words);
-        EXPECT_EQ(result.status, row.line.empty() ? 1 : 0) << row.words.back();
-        EXPECT_EQ(result.output, row.line.empty() ? Lines{} : Lines{row.line}) << row.words.back();
+    for (const auto& [words, line] : rows) {
+        const HostResult result = RunHost(words);
+        EXPECT_EQ(result.status, line.empty() ? 1 : 0) << words.back();
+        EXPECT_EQ(result.output, line.empty() ? Lines{} : Lines{line}) << words.back();
     }
 }
 
@@ -43,12 +39,7 @@ TEST(EvalCommand, ReadsLinesFromStandardInput) {
 }
 
 TEST(ExecCommand, PrintsTheResult) {
-    struct Row {
-        Lines words;
-        Lines output;
-        int status;
-    };
-    const Row rows[] = {
+    const std::tuple<Lines, Lines, int> rows[] = {
         {{"exec", "var x = 2; x * 21"}, {"42"}, 0},
         {{"exec", "var l = {1, 2.5, null}; l"}, {"{1, 2.5, null}"}, 0},
         {{"exec", "print(7);"}, {"7"}, 0},
@@ -62,11 +53,11 @@ TEST(ExecCommand, PrintsTheResult) {
          0},
         {{"exec", "nobody"}, {}, 1},
     };
-    for (const Row& row : rows) {
-        const HostResult result = RunHost(row.words);
-        EXPECT_EQ(result.output, row.output) << row.words.back();
-        EXPECT_EQ(result.status, row.status) << row.words.back();
-        EXPECT_EQ(result.errors.empty(), row.status == 0) << row.words.back();
+    for (const auto& [words, output, status] : rows) {
+        const HostResult result = RunHost(words);
+        EXPECT_EQ(result.output, output) << words.back();
+        EXPECT_EQ(result.status, status) << words.back();
+        EXPECT_EQ(result.errors.empty(), status == 0) << words.back();
     }
 }
 

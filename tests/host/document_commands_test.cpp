@@ -19,13 +19,7 @@ using Lines = std::vector<std::string>;
 
 TEST(DocumentCommands, PrintWhatTheReadersMake) {
     const char* const library = "<a k=\"1\" b=\"&lt;&quot;\"><!-- c --><b/><b n=\"2\"><c/></b></a>";
-    struct Row {
-        const char* text;
-        Lines words;
-        Lines output;
-        Lines errors;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Lines, Lines, Lines> rows[] = {
         {library, {"xml"}, {"a k=\"1\" b=\"<&quot;\"", "  b", "  b n=\"2\"", "    c"}, {}},
         {library, {"xml", "--quick"}, {"a k=\"1\" b=\"<&quot;\"", "  b", "  b n=\"2\"", "    c"}, {}},
         {"<a>text</a>", {"xml", "--platform"}, {"a"}, {}},
@@ -51,14 +45,13 @@ TEST(DocumentCommands, PrintWhatTheReadersMake) {
          {"brenta: 'file' is malformed behind these records"}},
         {library, {"report"}, {}, {"brenta: 'file' is no part library: it has no drawing/library/packages"}},
     };
-    for (const Row& row : rows) {
-        std::ofstream(ScratchFolder() / "file", std::ios::binary) << row.text;
-        Lines words = row.words;
+    for (auto [text, words, output, errors] : rows) {
+        std::ofstream(ScratchFolder() / "file", std::ios::binary) << text;
         words.push_back("file");
         const HostResult result = RunHost(words);
-        EXPECT_EQ(result.output, row.output) << row.words[0] << ' ' << row.text;
-        EXPECT_EQ(result.errors, row.errors) << row.words[0] << ' ' << row.text;
-        EXPECT_EQ(result.status, row.errors.empty() ? 0 : 1) << row.words[0] << ' ' << row.text;
+        EXPECT_EQ(result.output, output) << words[0] << ' ' << text;
+        EXPECT_EQ(result.errors, errors) << words[0] << ' ' << text;
+        EXPECT_EQ(result.status, errors.empty() ? 0 : 1) << words[0] << ' ' << text;
     }
 }
 
@@ -102,12 +95,7 @@ std::string Library(const std::string& name) {
 
 // Figures worked out by hand from the coordinates in the files.
 TEST(DocumentCommands, ReportOnRealLibraries) {
-    struct Row {
-        const char* library;
-        std::size_t packages;
-        Lines lines;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::size_t, Lines> rows[] = {
         {"Resistors.lbr",
          39,
          {"0805 2 0 70.9 1.800 102.4 x 47.2 2.600 x 1.200",
@@ -124,16 +112,16 @@ TEST(DocumentCommands, ReportOnRealLibraries) {
           "SO08 8 0 50.0 1.270 174.0 x 293.0 4.420 x 7.442",
           "TDFN-8 9 0 19.7 0.500 141.7 x 74.0 3.600 x 1.880"}},
     };
-    for (const Row& row : rows) {
-        const std::string library = Library(row.library);
-        if (library.empty()) GTEST_SKIP() << "no " << row.library << " in " << DataFolder();
+    for (const auto& [name, packages, figures] : rows) {
+        const std::string library = Library(name);
+        if (library.empty()) GTEST_SKIP() << "no " << name << " in " << DataFolder();
         const HostResult result = RunHost({"report", library});
         EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.output.size(), row.packages + 1) << row.library;
+        EXPECT_EQ(result.output.size(), packages + 1) << name;
         Lines lines;
         for (const std::string& line : result.output)
             lines.push_back(Words(line));
-        for (const std::string& line : row.lines)
+        for (const std::string& line : figures)
             EXPECT_NE(std::find(lines.begin(), lines.end(), line), lines.end()) << line;
     }
 }
