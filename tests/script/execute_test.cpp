@@ -65,7 +65,7 @@ TEST(Execute, Statements) {
         {"{ 1; return 2; 3; }", "=2"},
         {"{ { 5 } { ; 6 } } return 7", "=7"},
         {"_halt 4", "=4"},
-        {"1) 2) ; 3 ) print(1)) 4", ">1 =4"},
+        {") 1) 2) ; 3 ) print(1)) 4", ">1 =4"},
         {"5 ]", "!Syntax error: expecting ';', but found ']' failed"},
         {"if (0) 1; else 2; 3", "=3"},
         {"if (1) if (0) 1; else 2;", "=2"},
