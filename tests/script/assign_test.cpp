@@ -35,6 +35,8 @@ TEST(Assign, Targets) {
         {"p.z = 6", "!Expression does not evaluate to an object. failed"},
         {"Env.Nothing.x = 1", "!Expression does not evaluate to an object. failed"},
         {"p.(1 + 1) = 6", "!Missing right member. failed"},
+        {"l[] = 6", "!Missing subscript 'l' failed"},
+        {"s[0] = 6", "!Subscript on non-array 's' failed"},
         {"l = 5", "!Assigning a scalar to a structure or list. failed"},
         {"p.l = {}", "!Assigning a scalar to a structure or list. failed"},
         {"l += 4", "!Assigning a scalar to a structure or list. failed"},

@@ -17,6 +17,8 @@ TEST(Execute, Expressions) {
          "={-2147483648, 1073741824.0, \"a12.5\", true, null}"},
         {"({1, 2.5, \"a\", {true}, (2, 3), })", "={1, 2.5, \"a\", {true}, 2, 3}"},
         {"var l = {1} + {2}; var m = {1} 5; ({l, m})", "={{1, {2}}, {1, 5}}"},
+        {"var zz = 3; 1 zz", "=1"},
+        {"1 zz", "!Symbol 'zz' not defined. failed"},
         {"", "=null"},
         {"\n y + z", "!cmd:(2): Symbol 'y' not defined. failed"},
         {"var i = 1; i++", "!Illigal expression. failed"},
@@ -49,7 +51,9 @@ TEST(Execute, MembersAndSubscripts) {
         {"Env.Nothing[0]", "!Expression does not evaluate to an object. failed"},
         {"p.z", "!Expression does not evaluate to an object. failed"},
         {"= .x", "!Missing  left member. failed"},
+        {"u.x", "!Expression does not evaluate to an object. failed"},
         {"p.", "!Missing right member. failed"},
+        {"p.(i + 1)", "!Missing right member. failed"},
     };
     CheckRows(kRows, kModule);
 }
@@ -78,6 +82,7 @@ TEST(Execute, Statements) {
         {"var x = 1; { var x = x + 1; x; }", "=null"},
         {"print(); print(1.5) print(true) print({1, {2, \"b\"}})", ">1.5 >1 >12b =null"},
         {"print(null)", "!Unknown var type. failed"},
+        {"print(reflect)", "!Unknown var type. failed"},
         {"var a[2]; print(a)", "!Unknown var type. failed"},
         {"for (var i = 0; i < 3; i += 1) print(i); i", ">0 >1 >2 =3"},
         {"for (var i = 0; ; i += 1) { print(i); }", "=null"},

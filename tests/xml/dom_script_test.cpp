@@ -63,6 +63,7 @@ TEST(DomScript, Requests) {
         {"var a = A(); a.AddAttribute(\"k\", \"2\"); a.GetAttributeValue(\"k\")", "=\"2\""},
         {"var a = A(); var k as CCoreXmlDomAttribute; k.Name = \"k\"; a.AddAttribute(k); Tags(a.AttrList)",
          "=\"kk\""},
+        {"var a = A(); a.AddAttribute(\"k\")", REFUSED("AddAttribute")},
         {"var a = A(); a.AddAttribute(\"k\", 2)", REFUSED("AddAttribute")},
         {"var a = A(); a.DeleteAttribute(\"k\"); a.GetAttributeValue(\"k\")", "=\"\""},
         {"var a = A(); var k = K(); a.DeleteAttribute(k); k.Value + Tags(a.AttrList)", "=\"1\""},

@@ -53,6 +53,7 @@ TEST(HtmlReader, ReadsWhatItUnderstands) {
         {"<a ", "false\n  a\n"},
         {"<a b", "false\n  a\n"},
         {"<a b ", "false\n  a b=\"1\"\n"},
+        {"<a b=", "false\n  a\n"},
         {"<a b=\"1\"", "false\n  a b=\"1\"\n"},
         {"<b></b>", "false\n  b\n"},
         {"<a>t</a><!-- end -->", "false\n  a\n    Text #t\n"},
