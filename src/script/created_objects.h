@@ -21,8 +21,8 @@ void ForgetCreated(const CCoreScriptable* object);
 /// How many objects are in.
 std::size_t CreatedCount();
 
-/// Takes all objects out and hands each to `dispose`, which may delete it and others; for the unloading of the
-/// library, after the last engine.
+/// Takes all objects out and hands each to `dispose`, which may delete it and others; for the unloading of
+/// the library, after the last engine.
 void DisposeOfCreated(void (*dispose)(CCoreScriptable*));
 
 }  // namespace brenta
