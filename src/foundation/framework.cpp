@@ -1,6 +1,9 @@
 #include "brenta/framework.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
 #include <utility>
 
 #include "brenta/host.h"
@@ -209,6 +212,54 @@ CDynLinkLibrary::~CDynLinkLibrary() {
 const CDynLinkLibrary* CDynLinkLibrary::GetFirst() {
     const os::LockGuard guard(g_chainLock);
     return g_pChain;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Waiting and progress
+
+struct CSemaphore::State {
+    std::mutex mutex;
+    std::condition_variable changed;
+    long passes = 0;
+    long maximum = 0;
+};
+
+CSemaphore::CSemaphore(long initial, long maximum) : m_pState(new State) {
+    m_pState->passes = initial;
+    m_pState->maximum = maximum;
+}
+
+CSemaphore::~CSemaphore() {
+    delete m_pState;
+}
+
+bool CSemaphore::Lock(unsigned long milliseconds) {
+    constexpr unsigned long kWithoutLimit = 0xFFFFFFFF;
+    std::unique_lock<std::mutex> lock(m_pState->mutex);
+    const auto hasPass = [this] { return m_pState->passes > 0; };
+    if (milliseconds == kWithoutLimit) {
+        m_pState->changed.wait(lock, hasPass);
+    } else if (!m_pState->changed.wait_for(lock, std::chrono::milliseconds(milliseconds), hasPass)) {
+        return false;
+    }
+    --m_pState->passes;
+    return true;
+}
+
+bool CSemaphore::Unlock() {
+    {
+        const std::lock_guard<std::mutex> lock(m_pState->mutex);
+        if (m_pState->passes >= m_pState->maximum) return false;
+        ++m_pState->passes;
+    }
+    m_pState->changed.notify_one();
+    return true;
+}
+
+void CProgressCtrl::SetRange32(int, int) {}
+
+int CProgressCtrl::SetPos(int) {
+    return 0;
 }
 
 }  // namespace brenta

@@ -1,7 +1,7 @@
 /// @file
 /// The few types of the application framework that the library's interfaces name, with just the operations
 /// that are used: texts, objects with run-time class, exceptions, the chain of loaded modules, message boxes,
-/// windows that take messages, targets of commands.
+/// windows that take messages, targets of commands, semaphores, progress.
 /// They are the same on every platform.
 ///
 /// Use them where an interface asks for them; for everything else CoreString (brenta/string.h) and the
@@ -162,6 +162,37 @@ class BRENTA_API CCmdTarget : public CObject {
     virtual bool OnCmdMsg(unsigned int id, int code, void* extra, AFX_CMDHANDLERINFO* handlerInfo);
 
     static const CRuntimeClass kRuntimeClass;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Waiting and progress
+
+/// A counting semaphore among the threads of one process. Any thread may use it.
+class BRENTA_API CSemaphore : public CObject {
+ public:
+    /// `initial` of at most `maximum` passes are there at first.
+    explicit CSemaphore(long initial = 1, long maximum = 1);
+    ~CSemaphore() override;
+    CSemaphore(const CSemaphore&) = delete;
+    CSemaphore& operator=(const CSemaphore&) = delete;
+
+    /// Takes a pass, waiting at most that many milliseconds, or without limit; false if there was none.
+    bool Lock(unsigned long milliseconds = 0xFFFFFFFF);
+    /// Gives a pass back; false if all are there.
+    bool Unlock();
+
+ private:
+    struct State;
+    State* m_pState;
+};
+
+/// Shows how far a long operation has come. The base shows nothing: derive from it. Called on the thread that
+/// works.
+class BRENTA_API CProgressCtrl : public CObject {
+ public:
+    virtual void SetRange32(int lower, int upper);
+    /// Returns the position before.
+    virtual int SetPos(int position);
 };
 
 // ---------------------------------------------------------------------------------------------------------

@@ -22,10 +22,30 @@
 #include <cstddef>
 
 #include "brenta/export.h"
+#include "brenta/string.h"
 
 namespace brenta {
 
-class CoreString;
+/// Flags of the internet settings; several may be set.
+inline constexpr int kDirectConnection = 1;     ///< without a proxy
+inline constexpr int kNamedProxy = 2;           ///< the proxy and bypass lists hold
+inline constexpr int kConfigurationScript = 4;  ///< the script at scriptUrl tells the proxy for each address
+inline constexpr int kDetectProxy = 8;          ///< the network tells where the script is
+
+/// How a person's programs reach the internet.
+struct InternetSettings {
+    int flags = kDirectConnection;
+    CoreString proxyList;   ///< "host:port" or "scheme=host:port", separated by semicolons or blanks
+    CoreString bypassList;  ///< hosts that are reached without the proxy
+    CoreString scriptUrl;   ///< "" if none is set
+};
+
+/// What the library reaches of its own accord.
+enum class Endpoint : int {
+    WebService = 1,  ///< the service for which proxies are looked up
+    WebSite = 2,     ///< the site by which the connection is tested
+    WebServer = 3,   ///< the server that is asked for newer versions
+};
 
 /// The services of a host. New members are only ever added at the end.
 struct HostServices {
@@ -52,6 +72,45 @@ struct HostServices {
     /// Stores the full path of the running executable, in the platform's own form; false if it is unknown.
     /// Default: the path that the system reports.
     bool (*executablePath)(void* context, CoreString& path) = nullptr;
+
+    /// Opens a file or web address the way the desktop does when a person double-clicks it; false if that
+    /// failed. Default: on Linux $BROWSER or xdg-open, without a shell in between; on Windows the shell.
+    bool (*shellOpen)(void* context, const char* target) = nullptr;
+
+    /// Starts a program and does not wait for it. `arguments` are `count` words, the program first. False
+    /// if it could not be started; `error` is then the system's error number. Default: the system's way.
+    bool (*startProcess)(void* context, const char* const* arguments, int count, int& error) = nullptr;
+
+    /// Lets a person choose a folder and stores its path; false if nothing was chosen. Default: false.
+    bool (*browseForFolder)(void* context, const char* title, CoreString& folder) = nullptr;
+
+    /// The time in seconds since 1970, UTC. Default: the system's clock.
+    long long (*currentTime)(void* context) = nullptr;
+
+    /// The settings that the host application keeps itself (GetRegValue and SetRegValue in
+    /// brenta/settings.h): reads one, "" if it is absent; writes one. False on failure. Default: the
+    /// application's key in the registry of the current user.
+    bool (*readProfile)(void* context, const char* section, const char* key, CoreString& value) = nullptr;
+    bool (*writeProfile)(void* context, const char* section, const char* key, const char* value) = nullptr;
+
+    /// The IPv4 address of a host name, in dotted decimals; false if there is none. `host` is never empty.
+    /// Default: the system's resolver.
+    bool (*resolveHost)(void* context, const char* host, CoreString& address) = nullptr;
+
+    /// The internet settings of the person at the machine; false if they cannot be had. Default: on Linux the
+    /// environment and the desktop's settings, on Windows the system's.
+    bool (*internetSettings)(void* context, InternetSettings& settings) = nullptr;
+
+    /// Whether the machine is connected to a network beyond itself. Default: whether it has a route there.
+    bool (*isOnline)(void* context) = nullptr;
+
+    /// Asks a person for the name and password that a proxy or server wants; false if they were not given.
+    /// Both strings hold what is known already. Default: false.
+    bool (*askForLogin)(void* context, const char* server, CoreString& user, CoreString& password) = nullptr;
+
+    /// The addresses that the library reaches of its own accord. Default: none, and what needs one fails as
+    /// if the machine were offline.
+    bool (*endpoint)(void* context, Endpoint which, CoreString& url) = nullptr;
 };
 
 /// Replaces all services at once with a copy of `services`; `HostServices{}` restores the defaults.
