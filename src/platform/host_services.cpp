@@ -1,0 +1,58 @@
+#include "platform/host_services.h"
+
+#include "os/programs.h"
+#include "os/system.h"
+
+namespace brenta {
+
+bool HostShellOpen(const char* target) {
+    if (!target || *target == 0) return false;
+    const HostServices services = GetHostServices();
+    return services.shellOpen ? services.shellOpen(services.context, target) : os::OpenWithDesktop(target);
+}
+
+bool HostStartProcess(const char* const* arguments, int count, int& error) {
+    error = 0;
+    if (!arguments || count <= 0 || !arguments[0] || arguments[0][0] == 0) {
+        error = os::kErrorNoSuchFile;
+        return false;
+    }
+    const HostServices services = GetHostServices();
+    return services.startProcess ? services.startProcess(services.context, arguments, count, error)
+                                 : os::StartProgram(arguments, count, error);
+}
+
+bool HostBrowseForFolder(const char* title, CoreString& folder) {
+    const HostServices services = GetHostServices();
+    CoreString chosen = folder;
+    if (!services.browseForFolder || !services.browseForFolder(services.context, title ? title : "", chosen))
+        return false;
+    folder = chosen;
+    return true;
+}
+
+long long HostTime() {
+    const HostServices services = GetHostServices();
+    return services.currentTime ? services.currentTime(services.context) : os::CurrentTime();
+}
+
+bool HostAskForLogin(const char* server, CoreString& user, CoreString& password) {
+    const HostServices services = GetHostServices();
+    CoreString givenUser = user, givenPassword = password;
+    if (!services.askForLogin ||
+        !services.askForLogin(services.context, server ? server : "", givenUser, givenPassword))
+        return false;
+    user = givenUser;
+    password = givenPassword;
+    return true;
+}
+
+bool HostEndpoint(Endpoint which, CoreString& url) {
+    const HostServices services = GetHostServices();
+    CoreString known;
+    if (!services.endpoint || !services.endpoint(services.context, which, known)) return false;
+    url = known;
+    return true;
+}
+
+}  // namespace brenta
