@@ -38,6 +38,9 @@ struct InternetSettings {
     CoreString proxyList;   ///< "host:port" or "scheme=host:port", separated by semicolons or blanks
     CoreString bypassList;  ///< hosts that are reached without the proxy
     CoreString scriptUrl;   ///< "" if none is set
+    CoreString user;        ///< name for the proxy, if the settings hold it
+    CoreString password;    ///< password for the proxy, if the settings hold it
+    CoreString source;      ///< where the settings come from, for a person to read: "environment"
 };
 
 /// What the library reaches of its own accord.
