@@ -4,6 +4,7 @@
 
 #include "brenta/containers.h"
 #include "brenta/dump.h"
+#include "brenta/error_log.h"
 #include "brenta/failure.h"
 #include "brenta/files.h"
 #include "brenta/framework.h"
