@@ -1,0 +1,56 @@
+/// @file
+/// The platform seam for files that hold a person's own data: folders and files that nobody else may read,
+/// locks among processes, and what tells one version of a file from the next. Paths as in os/os.h.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace brenta::os {
+
+/// Creates a folder, and those above it that are missing, for the user alone. True also if it is there
+/// already; its rights then stay as they are.
+bool CreatePrivateFolder(const char* path);
+
+/// Creates an empty file for the user alone. True also if there is anything of that name already, which is
+/// not opened.
+bool CreatePrivateFile(const char* path);
+
+/// Which file a path leads to, and which version of it.
+struct FileStamp {
+    std::uint64_t device = 0;
+    std::uint64_t file = 0;    ///< the file's number on its device
+    std::uint64_t size = 0;    ///< in bytes
+    std::int64_t changed = 0;  ///< time of the last change, in nanoseconds since 1970
+
+    bool operator==(const FileStamp&) const = default;
+    /// Whether both are the same file, be its content the same or not.
+    bool IsSameFile(const FileStamp& other) const { return device == other.device && file == other.file; }
+};
+
+/// The stamp of whatever the path leads to; false, and `stamp` as it was, if that is nothing.
+bool StampOfFile(const char* path, FileStamp& stamp);
+
+/// A lock that excludes all other FileLocks of its path, in this process and in others, while it lives.
+class FileLock {
+ public:
+    FileLock() = default;
+    ~FileLock();
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+    /// Once per object. Waits so long at most; false if others held the lock all the time, or if it cannot
+    /// be taken at all. The file is created, for the user alone, and stays.
+    bool Acquire(const char* path, int milliseconds);
+
+ private:
+    std::intptr_t m_handle = -1;
+};
+
+/// The number of this process; another one in a forked child.
+std::uint64_t ProcessId();
+
+/// A text that stays the same until the system is started again; "" if it is unknown.
+std::string BootId();
+
+}  // namespace brenta::os

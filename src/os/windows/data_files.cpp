@@ -1,0 +1,95 @@
+// Windows: private files, locks among processes, versions of files. Rights are those that the folder hands
+// down: application data belong to the user already.
+#include "os/data_files.h"
+
+#include <chrono>
+#include <thread>
+
+#include "os/os.h"
+
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+
+namespace brenta::os {
+
+namespace {
+
+/// Opens for nothing but questions, letting others do as they like.
+HANDLE OpenToAsk(const char* path) {
+    return CreateFileA(NativePath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                       nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+}
+
+std::uint64_t Joined(DWORD high, DWORD low) {
+    return static_cast<std::uint64_t>(high) << 32 | low;
+}
+
+std::int64_t SinceNineteenSeventy(const FILETIME& time) {
+    constexpr std::int64_t kSinceSixteenHundred = 116'444'736'000'000'000;  // in 100 nanoseconds
+    const auto ticks = static_cast<std::int64_t>(Joined(time.dwHighDateTime, time.dwLowDateTime));
+    return (ticks - kSinceSixteenHundred) * 100;
+}
+
+}  // namespace
+
+bool CreatePrivateFolder(const char* path) {
+    const std::string folder = NativePath(path);
+    for (std::size_t end = 0; end != std::string::npos;) {
+        end = folder.find_first_of("\\/", end + 1);
+        CreateDirectoryA(folder.substr(0, end).c_str(), nullptr);
+    }
+    return KindOfPath(path) == PathKind::Directory;
+}
+
+bool CreatePrivateFile(const char* path) {
+    const HANDLE file = CreateFileA(NativePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_FILE_EXISTS;
+    return CloseHandle(file) != 0;
+}
+
+bool StampOfFile(const char* path, FileStamp& stamp) {
+    const HANDLE file = OpenToAsk(path);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    BY_HANDLE_FILE_INFORMATION info;
+    const bool known = GetFileInformationByHandle(file, &info) != 0;
+    CloseHandle(file);
+    if (!known) return false;
+    stamp.device = info.dwVolumeSerialNumber;
+    stamp.file = Joined(info.nFileIndexHigh, info.nFileIndexLow);
+    stamp.size = Joined(info.nFileSizeHigh, info.nFileSizeLow);
+    stamp.changed = SinceNineteenSeventy(info.ftLastWriteTime);
+    return true;
+}
+
+FileLock::~FileLock() {
+    if (m_handle != -1) CloseHandle(reinterpret_cast<HANDLE>(m_handle));
+}
+
+bool FileLock::Acquire(const char* path, int milliseconds) {
+    using Clock = std::chrono::steady_clock;
+    const HANDLE file = CreateFileA(NativePath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    m_handle = reinterpret_cast<std::intptr_t>(file);
+    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    for (;;) {
+        OVERLAPPED start{};
+        if (LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &start))
+            return true;
+        if (GetLastError() != ERROR_LOCK_VIOLATION || Clock::now() >= end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+std::uint64_t ProcessId() {
+    return GetCurrentProcessId();
+}
+
+std::string BootId() {
+    return "";
+}
+
+}  // namespace brenta::os
