@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -86,6 +87,33 @@ class TextFileWriter {
  private:
     std::intptr_t m_handle = -1;
 };
+
+/// A file that is written beside another and takes its place when it is whole, with the other's access
+/// rights. Unless Commit succeeds, the other file is as it was and the new one goes with the object.
+class Replacement {
+ public:
+    Replacement() = default;
+    ~Replacement();
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+
+    /// Creates the new file, empty; once per object. False if that fails, or `path` leads to something that
+    /// is no regular file or may not be written. A symbolic link stays, and what it leads to is replaced.
+    bool Create(const char* path);
+    /// The new file's path, in the platform's form.
+    const std::string& NewPath() const { return m_newPath; }
+    /// Brings the content to the disk and puts the new file in place. Nothing may have it open for writing
+    /// then.
+    bool Commit();
+
+ private:
+    std::string m_path;
+    std::string m_newPath;
+};
+
+/// Opens a regular file for random access, "rb" or "r+b"; null for whatever is none. It is not inherited by
+/// other programs.
+std::FILE* OpenStream(const char* path, const char* mode);
 
 /// The path in the platform's form: on Linux with "/" for every "\", on Windows unchanged.
 std::string NativePath(const char* path);

@@ -25,3 +25,4 @@
 #include "brenta/xml_emitter.h"
 #include "brenta/xml_readers.h"
 #include "brenta/xml_stream.h"
+#include "brenta/zip.h"

@@ -47,8 +47,8 @@ ssize_t ReadSome(int file, char* buffer, std::size_t size) {
 
 /// -1 for whatever is no regular file. Without O_NONBLOCK opening a pipe that nobody writes to would wait for
 /// ever.
-int OpenToRead(const char* path, struct stat& info) {
-    Descriptor file(open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+int OpenToRead(const char* path, struct stat& info, int access = O_RDONLY) {
+    Descriptor file(open(NativePath(path).c_str(), access | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     const bool regular = file.Get() >= 0 && fstat(file.Get(), &info) == 0 && S_ISREG(info.st_mode);
     return regular ? file.Release() : -1;
 }
@@ -115,20 +115,30 @@ bool TakeRights(int file, const struct stat& old) {
     return fchmod(file, old.st_mode & 07777) == 0;
 }
 
-/// Writes a file under a name of its own and renames it to `path`. Returns 0, or what went wrong.
-int WriteBeside(const std::string& path, std::string_view content, const struct stat* old) {
+/// Creates a file with a name of its own in the folder of another, and with its rights. Returns a descriptor,
+/// or -1 and an error number.
+int CreateBeside(const std::string& path, const struct stat* old, std::string& name) {
     static std::atomic<unsigned int> counter;
     const std::string folder = path.substr(0, path.rfind('/') + 1);  // npos + 1 is 0
-    std::string name;
     int number = -1;
     do {
         name = folder + ".brenta-" + std::to_string(getpid()) + "-" + std::to_string(++counter) + ".tmp";
         number = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     } while (number < 0 && errno == EEXIST);
-    if (number < 0) return errno;
-    Descriptor file(number);
-    const bool written = (old == nullptr || TakeRights(number, *old)) && WriteAll(number, content) &&
-                         fsync(number) == 0 && file.Close() && rename(name.c_str(), path.c_str()) == 0;
+    if (number < 0 || old == nullptr || TakeRights(number, *old)) return number;
+    close(number);
+    unlink(name.c_str());
+    errno = EIO;
+    return -1;
+}
+
+/// Writes a file beside another and renames it to `path`. Returns 0, or what went wrong.
+int WriteBeside(const std::string& path, std::string_view content, const struct stat* old) {
+    std::string name;
+    Descriptor file(CreateBeside(path, old, name));
+    if (file.Get() < 0) return errno;
+    const bool written = WriteAll(file.Get(), content) && fsync(file.Get()) == 0 && file.Close() &&
+                         rename(name.c_str(), path.c_str()) == 0;
     if (written) return 0;
     unlink(name.c_str());
     return EIO;
@@ -207,6 +217,43 @@ bool TextFileWriter::Write(std::string_view text) {
 
 bool TextFileWriter::Close() {
     return !IsOpen() || close(static_cast<int>(std::exchange(m_handle, -1))) == 0;
+}
+
+Replacement::~Replacement() {
+    if (!m_newPath.empty()) unlink(m_newPath.c_str());
+}
+
+bool Replacement::Create(const char* path) try {
+    std::string target = FollowLinks(NativePath(path)), name;
+    struct stat old;
+    const bool exists = stat(target.c_str(), &old) == 0;
+    if (exists && (!S_ISREG(old.st_mode) || access(target.c_str(), W_OK) != 0)) return false;
+    const Descriptor file(CreateBeside(target, exists ? &old : nullptr, name));
+    if (file.Get() < 0) return false;
+    m_path.swap(target);
+    m_newPath.swap(name);
+    return true;
+} catch (const std::exception&) {
+    return false;
+}
+
+bool Replacement::Commit() {
+    Descriptor file(open(m_newPath.c_str(), O_WRONLY | O_CLOEXEC));
+    if (file.Get() < 0 || fsync(file.Get()) != 0 || !file.Close()) return false;
+    if (rename(m_newPath.c_str(), m_path.c_str()) != 0) return false;
+    m_newPath.clear();
+    return true;
+}
+
+std::FILE* OpenStream(const char* path, const char* mode) try {
+    const bool changes = std::string_view(mode) != "rb";
+    struct stat info;
+    Descriptor file(OpenToRead(path, info, changes ? O_RDWR : O_RDONLY));
+    std::FILE* const stream = file.Get() < 0 ? nullptr : fdopen(file.Get(), mode);
+    if (stream) file.Release();
+    return stream;
+} catch (const std::exception&) {
+    return nullptr;
 }
 
 PathKind KindOfPath(const char* path) {

@@ -1,0 +1,55 @@
+// Reading archives, as the functions for reading and those for adding need it.
+#pragma once
+
+#include <minizip/unzip.h>
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace brenta {
+
+/// The file functions for minizip: paths in either form, regular files only, nothing inherited by other
+/// programs.
+zlib_filefunc64_def ZipFileFunctions();
+
+/// An archive that is open for reading, standing at one of its entries.
+class ZipReader {
+ public:
+    enum class Step { Entry, End, Damaged };
+
+    explicit ZipReader(const char* path);
+
+    /// Whether the file is an archive. One without entries may be open or not.
+    bool IsArchive() const { return m_archive || m_isEmpty; }
+
+    /// The steps through the directory. Name and Info then tell of the entry.
+    Step First();
+    Step Next();
+    std::string_view Name() const { return m_name; }
+    const unz_file_info64& Info() const { return m_info; }
+
+    /// Whether the entry's sizes are possible, so that memory may be asked for, and it can be unpacked.
+    bool IsReadable() const;
+    /// Unpacks the whole entry; how much of it is in `data` then is returned in `count`. False if it is
+    /// damaged.
+    bool Read(unsigned char* data, std::uint64_t& count);
+
+ private:
+    struct Closer {
+        void operator()(void* archive) const { unzClose(archive); }
+    };
+
+    Step ReadEntry();
+
+    std::unique_ptr<void, Closer> m_archive;
+    bool m_isEmpty = false;
+    std::uint64_t m_fileSize = 0;
+    std::uint64_t m_passed = 0;
+    unz_file_info64 m_info{};
+    std::vector<char> m_nameBuffer;
+    std::string_view m_name;
+};
+
+}  // namespace brenta

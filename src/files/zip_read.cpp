@@ -1,0 +1,187 @@
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <new>
+
+#include "brenta/zip.h"
+#include "files/zip_archive.h"
+#include "foundation/characters.h"
+#include "os/os.h"
+
+namespace brenta {
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Files
+
+namespace {
+
+voidpf OpenForZip(voidpf, const void* path, int mode) {
+    const bool changes = (mode & ZLIB_FILEFUNC_MODE_READWRITEFILTER) != ZLIB_FILEFUNC_MODE_READ;
+    return os::OpenStream(static_cast<const char*>(path), changes ? "r+b" : "rb");
+}
+
+/// An error of a write that was kept back for a while shows here at the latest.
+int CloseForZip(voidpf, voidpf stream) {
+    auto* const file = static_cast<std::FILE*>(stream);
+    const bool failed = std::ferror(file) != 0;
+    return std::fclose(file) != 0 || failed ? EOF : 0;
+}
+
+/// Whether a file is the end record of an archive without entries and nothing else: minizip writes such
+/// archives and does not open them.
+bool IsEmptyArchive(const char* path, std::uint64_t size) {
+    constexpr std::size_t kEndRecordSize = 22;
+    constexpr unsigned char kEmptyEnd[kEndRecordSize - 2] = {'P', 'K', 5, 6};
+    if (size < kEndRecordSize) return false;
+    os::FileReader file;
+    unsigned char end[kEndRecordSize];
+    if (!file.Open(path) || file.Read(reinterpret_cast<char*>(end), sizeof end) != sizeof end) return false;
+    const std::size_t commentSize = end[20] + std::size_t{256} * end[21];
+    return std::memcmp(end, kEmptyEnd, sizeof kEmptyEnd) == 0 && kEndRecordSize + commentSize == size;
+}
+
+}  // namespace
+
+zlib_filefunc64_def ZipFileFunctions() {
+    zlib_filefunc64_def functions;
+    fill_fopen64_filefunc(&functions);
+    functions.zopen64_file = &OpenForZip;
+    functions.zclose_file = &CloseForZip;
+    return functions;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// One archive
+
+ZipReader::ZipReader(const char* path) {
+    os::FileReader file;
+    if (!path || !file.Open(path)) return;
+    m_fileSize = file.Size();
+    m_isEmpty = IsEmptyArchive(path, m_fileSize);
+    zlib_filefunc64_def functions = ZipFileFunctions();
+    if (!m_isEmpty) m_archive.reset(unzOpen2_64(path, &functions));
+}
+
+ZipReader::Step ZipReader::First() {
+    unz_global_info64 archive{};
+    if (m_isEmpty) return Step::End;
+    if (!m_archive || unzGetGlobalInfo64(m_archive.get(), &archive) != UNZ_OK) return Step::Damaged;
+    if (archive.number_entry == 0) return Step::End;
+    m_passed = 0;
+    return unzGoToFirstFile(m_archive.get()) == UNZ_OK ? ReadEntry() : Step::Damaged;
+}
+
+ZipReader::Step ZipReader::Next() {
+    // minizip takes this count for "as many as there are", since old writers let it overflow, and then comes
+    // to the directory's end without noticing it.
+    constexpr std::uint64_t kUncounted = 0xFFFF;
+    const int result = unzGoToNextFile(m_archive.get());
+    if (result == UNZ_OK) return ReadEntry();
+    return result == UNZ_END_OF_LIST_OF_FILE || m_passed == kUncounted ? Step::End : Step::Damaged;
+}
+
+ZipReader::Step ZipReader::ReadEntry() {
+    constexpr std::size_t kLongestName = 0xFFFF;
+    m_nameBuffer.resize(kLongestName + 1);
+    const int result =
+        unzGetCurrentFileInfo64(m_archive.get(), &m_info, m_nameBuffer.data(),
+                                static_cast<uLong>(m_nameBuffer.size()), nullptr, 0, nullptr, 0);
+    if (result != UNZ_OK) return Step::Damaged;
+    ++m_passed;
+    const std::string_view whole(m_nameBuffer.data(),
+                                 std::min<std::size_t>(m_info.size_filename, kLongestName));
+    m_name = whole.substr(0, whole.find('\0'));
+    return Step::Entry;
+}
+
+bool ZipReader::IsReadable() const {
+    // Deflate makes at most this many bytes of one; the rest is for the smallest streams.
+    constexpr std::uint64_t kMostExpansion = 1032, kAllowance = 64;
+    constexpr uLong kEncrypted = 1;
+    const std::uint64_t packed = m_info.compressed_size, unpacked = m_info.uncompressed_size;
+    if ((m_info.flag & kEncrypted) != 0 || packed > m_fileSize) return false;
+    if (m_info.compression_method == 0) return packed == unpacked;
+    return m_info.compression_method == Z_DEFLATED && unpacked <= packed * kMostExpansion + kAllowance;
+}
+
+bool ZipReader::Read(unsigned char* data, std::uint64_t& count) {
+    constexpr ZPOS64_T kPiece = ZPOS64_T{1} << 30;  // a count that minizip's type holds
+    count = 0;
+    if (unzOpenCurrentFile(m_archive.get()) != UNZ_OK) return false;
+    int result = 1;
+    while (result > 0 && count < m_info.uncompressed_size) {
+        const auto wanted = static_cast<unsigned int>(std::min(kPiece, m_info.uncompressed_size - count));
+        result = unzReadCurrentFile(m_archive.get(), data + count, wanted);
+        if (result > 0) count += static_cast<std::uint64_t>(result);
+    }
+    // Closing compares the checksum, also where the entry goes on behind the size that it states.
+    return unzCloseCurrentFile(m_archive.get()) == UNZ_OK && count == m_info.uncompressed_size;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The exported functions
+
+namespace {
+
+bool SameName(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return ToLower(x) == ToLower(y); });
+}
+
+bool FindEntry(ZipReader& archive, std::string_view name) {
+    ZipReader::Step step = archive.First();
+    while (step == ZipReader::Step::Entry && !SameName(archive.Name(), name))
+        step = archive.Next();
+    return step == ZipReader::Step::Entry;
+}
+
+/// Makes the buffer of an entry that was found; the 100 bytes more are a terminator's room for callers who
+/// need one.
+bool MakeBuffer(const ZipReader& archive, ZipFileInfo& info) {
+    constexpr std::uint64_t kRoomBehind = 100;
+    const std::uint64_t size = archive.Info().uncompressed_size;
+    if (size > UINT32_MAX) return false;
+    info.data = new (std::nothrow) unsigned char[size + kRoomBehind];
+    if (!info.data) return false;
+    std::memset(info.data + size, 0, kRoomBehind);
+    info.size = static_cast<std::uint32_t>(size);
+    return true;
+}
+
+}  // namespace
+
+bool IsZipFile(const char* path) try { return ZipReader(path).IsArchive(); } catch (const std::exception&) {
+    return false;
+}
+
+bool GetZipDirectory(const char* path, TOrderedList<ZipFileInfo>& entries) try {
+    ZipReader archive(path);
+    ZipReader::Step step = archive.First();
+    if (step != ZipReader::Step::Entry) return false;
+    for (; step == ZipReader::Step::Entry; step = archive.Next()) {
+        ZipFileInfo entry;
+        entry.name = CoreString(archive.Name());
+        entry.size =
+            static_cast<std::uint32_t>(std::min<std::uint64_t>(archive.Info().uncompressed_size, UINT32_MAX));
+        entries.Add(entry);
+    }
+    return step == ZipReader::Step::End;
+} catch (const std::exception&) {
+    return false;
+}
+
+bool UnzipFile(const char* path, ZipFileInfo& info) try {
+    ZipReader archive(path);
+    if (!FindEntry(archive, info.name.View()) || !archive.IsReadable()) return false;
+    const bool ownBuffer = !info.data;
+    if (ownBuffer && !MakeBuffer(archive, info)) return false;
+    std::uint64_t count = 0;
+    const bool good = archive.Read(info.data, count);
+    if (ownBuffer) std::memset(info.data + count, 0, info.size - count);
+    return good;
+} catch (const std::exception&) {
+    return false;
+}
+
+}  // namespace brenta
