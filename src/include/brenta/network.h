@@ -107,12 +107,12 @@ class BRENTA_API CNetworkManager : public CObject {
     CString m_password;  ///< for the proxy, readable
     /// The host's own; the library copies them and does nothing else with them.
     CString m_texts[5];
-    int m_numbers[2] = {0, 0};          ///< likewise
-    bool m_autoProxy = false;           ///< a script or detection was asked for the proxy at the last look-up
-    bool m_connected = false;           ///< the last answer of IsConnectedToInternet
-    long long m_lastTest = 0;           ///< when it was tested, in seconds since 1970
-    int m_lastDiscoveryError = 0;       ///< of the automatic configuration; 0 after success
-    CString m_scriptUrl;                ///< the configuration script's address, if one is set
+    int m_numbers[2] = {0, 0};     ///< likewise
+    bool m_autoProxy = false;      ///< a script or detection was asked for the proxy at the last look-up
+    bool m_connected = false;      ///< the last answer of IsConnectedToInternet
+    long long m_lastTest = 0;      ///< when it was tested, in seconds since 1970
+    int m_lastDiscoveryError = 0;  ///< of the automatic configuration; 0 after success
+    CString m_scriptUrl;           ///< the configuration script's address, if one is set
 
  protected:
     /// The HTTP proxy of the list, in lower case: the first entry of the scheme "http", else the first entry
@@ -126,8 +126,6 @@ class BRENTA_API CNetworkManager : public CObject {
     CString& ConvertToDottedDecimals(CString& list);
 
  private:
-    friend class ProxyDiscovery;
-
     void CopyFields(const CNetworkManager& other);
 };
 
