@@ -30,12 +30,13 @@ namespace {
 constexpr std::size_t kChunk = std::size_t{256} * 1024;
 constexpr std::uint64_t kLargeForm = 0xFFFFFFFF;  // from this size on an entry needs the larger form
 constexpr std::size_t kLongestName = 0xFFFF;
+constexpr std::uint64_t kMostEntries = 0xFFFF;  // minizip writes no directory that counts more
 
 enum class Outcome {
     Added,
-    NotReadable,  ///< the source cannot be opened, or the name is none; the archive is as before
-    Broken,       ///< the source failed in the middle and has left a part of itself in the archive
-    Failed,       ///< the archive cannot be written
+    Refused,  ///< the source cannot be opened, or there is no room for its name; the archive is as before
+    Broken,   ///< the source failed in the middle and has left a part of itself in the archive
+    Failed,   ///< the archive cannot be written
 };
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -161,14 +162,16 @@ class ChangedArchive {
 
     os::Replacement m_replacement;  // goes after the archive is closed
     std::unique_ptr<void, Closer> m_archive;
+    std::uint64_t m_oldEntries = 0;
     std::uint64_t m_entries = 0;
 };
 
 bool ChangedArchive::Open(const char* path) {
     if (os::KindOfPath(path) == os::PathKind::File) {
         os::FileReader file;
-        if (!file.Open(path) || (file.Size() != 0 && !CountEntries(path, m_entries))) return false;
+        if (!file.Open(path) || (file.Size() != 0 && !CountEntries(path, m_oldEntries))) return false;
     }
+    m_entries = m_oldEntries;
     if (!m_replacement.Create(path)) return false;
     const char* const newPath = m_replacement.NewPath().c_str();
     if (m_entries != 0 && !CopyFile(path, newPath)) return false;
@@ -180,7 +183,7 @@ bool ChangedArchive::Open(const char* path) {
 
 Outcome ChangedArchive::Add(const CoreString& name, ZipSource& source) {
     constexpr uLong kMadeBy = 0, kUtf8Name = uLong{1} << 11;
-    if (name.View().size() > kLongestName) return Outcome::NotReadable;
+    if (name.View().size() > kLongestName || m_entries >= kMostEntries) return Outcome::Refused;
     const zip_fileinfo stamp = TimeStamp();
     if (zipOpenNewFileInZip4_64(m_archive.get(), name, &stamp, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
                                 Z_DEFAULT_COMPRESSION, 0, -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY,
@@ -201,6 +204,7 @@ Outcome ChangedArchive::Add(const CoreString& name, ZipSource& source) {
 }
 
 bool ChangedArchive::Commit() {
+    if (m_entries == m_oldEntries && m_entries != 0) return true;  // nothing was added: the old archive stays
     std::uint64_t written = 0;
     return zipClose(m_archive.release(), nullptr) == ZIP_OK &&
            CountEntries(m_replacement.NewPath().c_str(), written) && written == m_entries &&
@@ -217,7 +221,7 @@ bool IsSameFile(const char* a, const char* b) {
 
 Outcome AddFile(ChangedArchive& archive, const char* path, const CoreString& file, bool namesOnly) {
     FileSource source;
-    if (IsSameFile(path, file) || !source.Open(file)) return Outcome::NotReadable;
+    if (IsSameFile(path, file) || !source.Open(file)) return Outcome::Refused;
     return archive.Add(namesOnly ? GetFileName(file, true) : StripDriveName(file), source);
 }
 
