@@ -43,7 +43,7 @@ namespace {
 /// The message box of a console program.
 int ShowOnTerminal(const char* text, unsigned int type) {
     std::string line(text);
-    if (type != MB_YESNO) {
+    if ((type & MB_TYPEMASK) != MB_YESNO) {
         os::WriteError(line += '\n');
         return IDOK;
     }

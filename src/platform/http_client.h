@@ -81,4 +81,8 @@ HttpResult HttpGet(const HttpRequest& request, HttpSink& sink);
 /// The same into a text; on failure it is as it was. Set limits.bodyBytes.
 HttpResult HttpGetText(const HttpRequest& request, std::string& text);
 
+/// Builds what the backend shares among all requests. The first request does it, too; an object that makes
+/// requests until its destructor has run calls it in its constructor.
+void PrepareHttp();
+
 }  // namespace brenta

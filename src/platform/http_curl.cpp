@@ -33,6 +33,11 @@ class CurlLibrary {
     const bool m_isReady;
 };
 
+const CurlLibrary& Library() {
+    static const CurlLibrary library;
+    return library;
+}
+
 template <auto Function>
 struct Call {
     template <class T>
@@ -230,9 +235,12 @@ class Transfer {
 
 }  // namespace
 
+void PrepareHttp() {
+    Library();
+}
+
 std::string Exchange(const HttpExchange& exchange, HttpReceiver& receiver) {
-    static const CurlLibrary library;
-    const Handle handle(library.IsReady() ? curl_easy_init() : nullptr);
+    const Handle handle(Library().IsReady() ? curl_easy_init() : nullptr);
     if (!handle) return "There is no memory";
     return Transfer(exchange, receiver, handle.get()).Run();
 }

@@ -30,6 +30,9 @@ namespace brenta {
 inline constexpr unsigned int MB_OK = 0;     ///< one button, "OK"
 inline constexpr unsigned int MB_YESNO = 4;  ///< two buttons, "Yes" and "No"
 
+inline constexpr unsigned int MB_ICONWARNING = 0x30;  ///< added to either: with the sign for a warning
+inline constexpr unsigned int MB_TYPEMASK = 0xF;      ///< what tells the buttons of a type
+
 inline constexpr int IDOK = 1;   ///< answer: "OK"
 inline constexpr int IDYES = 6;  ///< answer: "Yes"
 inline constexpr int IDNO = 7;   ///< answer: "No"

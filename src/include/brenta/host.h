@@ -60,7 +60,7 @@ struct HostServices {
     void* context = nullptr;
 
     /// Shows `text` (never null, not a format) and returns the answer: IDOK for MB_OK; IDYES or IDNO for
-    /// MB_YESNO (brenta/framework.h). Default: the text on standard error; a yes/no question is asked on the
+    /// MB_YESNO (brenta/framework.h; MB_ICONWARNING may be added to the type). Default: the text on standard error; a yes/no question is asked on the
     /// terminal and answered "no" where there is none.
     int (*showMessage)(void* context, const char* text, unsigned int type) = nullptr;
 
