@@ -5,6 +5,7 @@
 #include "brenta/host.h"
 #include "brenta/settings.h"
 #include "os/os.h"
+#include "platform/application_places.h"
 
 namespace brenta {
 
@@ -51,10 +52,13 @@ CoreString GetAppPath() {
     return CoreString(whole.substr(0, separator + (isRoot ? 1 : 0)));
 }
 
-CoreString GetAppDataFolder() {
+CoreString ApplicationDataRoot() {
     const HostServices services = GetHostServices();
-    const CoreString folder =
-        AskFor(services.applicationDataFolder, services.context, &os::ApplicationDataFolder);
+    return AskFor(services.applicationDataFolder, services.context, &os::ApplicationDataFolder);
+}
+
+CoreString GetAppDataFolder() {
+    const CoreString folder = ApplicationDataRoot();
     return folder.IsEmpty() ? CoreString() : AppendPaths(folder, GetAppName(false, false));
 }
 

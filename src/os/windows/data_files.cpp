@@ -69,9 +69,9 @@ FileLock::~FileLock() {
 
 bool FileLock::Acquire(const char* path, int milliseconds) {
     using Clock = std::chrono::steady_clock;
-    const HANDLE file = CreateFileA(NativePath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file =
+        CreateFileA(NativePath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
     m_handle = reinterpret_cast<std::intptr_t>(file);
     const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);

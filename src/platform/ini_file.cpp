@@ -1,0 +1,109 @@
+#include "platform/ini_file.h"
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "os/data_files.h"
+#include "os/os.h"
+#include "platform/ini_text.h"
+
+namespace brenta {
+
+namespace {
+
+constexpr int kLockMilliseconds = 5000;
+constexpr std::size_t kLargestFile = std::size_t{64} << 20;
+
+/// The file that was read last.
+struct Cache {
+    std::string path;
+    os::FileStamp stamp;
+    std::shared_ptr<const IniText> text;
+};
+
+constinit std::mutex g_mutex;
+constinit Cache* g_pCache = nullptr;
+
+/// Who reads after the end of the library's statics finds no cache, and makes a new one.
+struct CacheKeeper {
+    ~CacheKeeper() {
+        const std::lock_guard guard(g_mutex);
+        delete std::exchange(g_pCache, nullptr);
+    }
+};
+const CacheKeeper g_cacheKeeper;
+
+/// A file that was changed a moment ago may change again without its stamp telling: clocks of file systems
+/// tick slowly.
+bool IsSettled(const os::FileStamp& stamp) {
+    constexpr auto kSlowestTick = std::chrono::milliseconds(100);
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return now - std::chrono::nanoseconds(stamp.changed) > kSlowestTick;
+}
+
+bool ReadText(const std::string& path, std::string& content) {
+    return os::ReadWholeFile(path.c_str(), content, kLargestFile) == os::FileStatus::Ok;
+}
+
+/// Null if there is no such file, or it cannot be read.
+std::shared_ptr<const IniText> TextOf(const std::string& path) {
+    os::FileStamp stamp;
+    if (!os::StampOfFile(path.c_str(), stamp)) return nullptr;
+    const std::lock_guard guard(g_mutex);
+    if (!g_pCache) g_pCache = new Cache;
+    Cache& cache = *g_pCache;
+    if (cache.text && cache.stamp == stamp && cache.path == path) return cache.text;
+    std::string content;
+    if (!ReadText(path, content)) return nullptr;
+    auto text = std::make_shared<const IniText>(std::move(content));
+    // If what was read is newer than the stamp, the next stamp will differ, as the clock has ticked since.
+    if (IsSettled(stamp)) cache = {path, stamp, text};
+    return text;
+}
+
+/// The file's text as it is now, "" if there is none; false if there is one that cannot be read.
+bool ReadForChange(const std::string& path, std::string& content) {
+    os::FileStamp stamp;
+    return !os::StampOfFile(path.c_str(), stamp) || ReadText(path, content);
+}
+
+}  // namespace
+
+std::string ReadIniValue(const std::string& path, std::string_view section, std::string_view key) {
+    std::string_view value;
+    const std::shared_ptr<const IniText> text = TextOf(path);
+    if (text) text->Find(section, key, value);
+    return std::string(value);
+}
+
+std::vector<std::string> ListIniNames(const std::string& path, const std::string_view* section) {
+    const std::shared_ptr<const IniText> text = TextOf(path);
+    if (!text) return {};
+    const std::vector<std::string_view> names = section ? text->Keys(*section) : text->Sections();
+    return {names.begin(), names.end()};
+}
+
+bool WriteIniValue(const std::string& path, std::string_view section, std::string_view key,
+                   const std::string_view* value) {
+    if (!IniText::CanSet(section, key, value ? *value : "")) return false;
+    os::FileStamp stamp;
+    if (!value && !os::StampOfFile(path.c_str(), stamp)) return true;
+    const std::string folder = path.substr(0, path.find_last_of("\\/"));
+    os::FileLock lock;
+    if (!os::CreatePrivateFolder(folder.c_str()) ||
+        !lock.Acquire((path + ".lock").c_str(), kLockMilliseconds))
+        return false;
+    std::string content;
+    if (!ReadForChange(path, content)) return false;
+    IniText text(content);
+    if (value)
+        text.Set(section, key, *value);
+    else
+        text.Remove(section, key);
+    if (text.Content() == content) return true;
+    return os::CreatePrivateFile(path.c_str()) && os::ReplaceWholeFile(path.c_str(), text.Content());
+}
+
+}  // namespace brenta
