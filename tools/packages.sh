@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # Debian packages: what a command needs is installed before it starts, and nothing is asked of apt when all is there.
 
-PACKAGES_BUILD=(g++ cmake ninja-build libcli11-dev libedit-dev libxml2-dev libxslt1-dev libcurl4-openssl-dev libminizip-dev zlib1g-dev)
+PACKAGES_BUILD=(g++ cmake ninja-build libcli11-dev libedit-dev libxml2-dev libxslt1-dev libcurl4-openssl-dev libminizip-dev libpacparser-dev libsqlite3-dev zlib1g-dev)
 PACKAGES_TEST=(libgtest-dev pkg-config tinyproxy-bin zip unzip)
 PACKAGES_CLANG=(clang)
 PACKAGES_CHECK=(clang-format clang-tidy shellcheck)
