@@ -26,25 +26,26 @@ struct LocalDate {
 /// The local date of a moment; all fields are -1 if there is none.
 LocalDate LocalDateOf(long long secondsSince1970);
 
-/// A steady clock in nanoseconds, and the processor time that this process has used.
+/// A steady clock, and the processor time that this process has used, in nanoseconds.
 std::int64_t SteadyNanoseconds();
 std::int64_t ProcessorNanoseconds();
 
-/// Seconds since the last input of the person at this session: on Linux at any of the session's terminals.
-/// Below 0 if unknown.
-long long IdleSeconds();
+/// Seconds since this process was started; 0 if unknown.
+long long ProcessAge();
+
+/// Seconds since the person's last input; below 0 if unknown.
+long long IdleTime();
 
 // ---------------------------------------------------------------------------------------------------------------------
 // The machine and its system
 
-/// Bytes; 0 where the system does not tell.
+/// In bytes; 0 where the system does not tell.
 struct MemoryFacts {
     std::uint64_t physicalTotal = 0;
     std::uint64_t physicalFree = 0;  ///< could be had without moving anything to the disk
-    std::uint64_t virtualTotal = 0;  ///< address space of a process
     std::uint64_t swapTotal = 0;
     std::uint64_t swapFree = 0;
-    std::uint64_t processUsed = 0;  ///< of the physical memory, by this process
+    std::uint64_t processUsed = 0;  ///< of the physical memory
     std::uint64_t processPeak = 0;
 };
 MemoryFacts QueryMemory();
@@ -52,22 +53,17 @@ MemoryFacts QueryMemory();
 /// Processors that this process may run on; at least 1.
 int ProcessorCount();
 
-/// The system's name for a person ("Debian GNU/Linux 12 (bookworm)") and the number of its version or kernel
-/// ("6.1.0-18"); "" if unknown.
+/// The system's name for a person and the version of its kernel; "" if unknown.
 std::string SystemName();
 std::string SystemVersion();
 
-/// Names of the machine and of the person; "" if unknown.
-std::string MachineName();
-std::string UserName();
+/// The release of Windows as 100 times its first number plus its second, 601 for example; 0 on other systems.
+int WindowsRelease();
 
-/// Whether the person may administer the machine.
 bool IsAdministrator();
-
-/// Whether this is a session on a remote machine.
 bool IsRemoteSession();
 
-/// The version text of a program or library file; false where files of this kind carry none.
-bool FileVersion(const char* path, std::string& version);
+/// The version text of a program or library file; "" if it carries none or does not exist.
+std::string FileVersion(const char* path);
 
 }  // namespace brenta::os

@@ -22,6 +22,7 @@
 #include "brenta/statements.h"
 #include "brenta/string.h"
 #include "brenta/symbols.h"
+#include "brenta/system.h"
 #include "brenta/units.h"
 #include "brenta/var.h"
 #include "brenta/xml.h"

@@ -12,12 +12,14 @@
 ///     std::FILE* file = std::fopen(CoreNativePath(path), "rb");             // lib/parts/r0603.brd
 ///
 /// Every function returns a new string, takes a null argument for "" unless it says otherwise, costs time
-/// proportional to the lengths of its arguments, and may be called from any thread. Only DirectoryExists and
-/// FileExists look at the file system. Bytes of 128 and above are ordinary name characters. On Linux a file
-/// whose name really holds a "\" cannot be reached through the library.
+/// proportional to the lengths of its arguments, and may be called from any thread. Only the questions to the
+/// file system and the searches look at it. Bytes of 128 and above are ordinary name characters. On Linux a
+/// file whose name really holds a "\" cannot be reached through the library.
 #pragma once
 
+#include "brenta/containers.h"
 #include "brenta/export.h"
+#include "brenta/names.h"
 #include "brenta/string.h"
 
 namespace brenta {
@@ -109,5 +111,40 @@ BRENTA_API CoreString NormalizeFilename(const char* path, bool upper);
 /// The path in the form that the platform's own calls take: on Linux every "\" becomes "/", on Windows it is
 /// a copy.
 BRENTA_API CoreString CoreNativePath(const char* path);
+
+/// The path as seen from the folder `base`: "a\b\c" from "a\d" is "..\b\c", and from "a\b\c" it is ".". Both
+/// are taken as texts: parts "." are left out, ".." takes the part before it away, and the file system is not
+/// asked. Parts compare byte by byte, drives without regard to case. The path itself, unchanged, if the two
+/// have different drives or roots, only one begins at a root, or the way would lead through a ".." of the
+/// base.
+BRENTA_API CoreString MakeRelativePath(const char* path, const char* base);
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Searches
+//
+// In a pattern "*" stands for any number of bytes and "?" for one; letters match in either case, and "", "*"
+// and "*.*" fit every name. Results are appended, each folder's sorted by their bytes and before those of the
+// folders in it. Links to folders are found as folders and never entered, so that no loop is walked. A folder
+// that cannot be read counts as empty, except the first, which makes the result false. Names that hold a "\"
+// are left out: no path leads to them. A search takes time in proportion to all that the folders hold.
+
+/// The files, and all else that is no folder, whose names fit: in the folder itself and, if
+/// `inSubDirectories`, in all below it. With `fullPath` each is a path that begins with `folder`; without, a
+/// file name only. An empty folder means the current one, and full paths then begin with the names in it.
+BRENTA_API bool FindFiles(const char* folder, const char* pattern, TOrderedList<STRID>& out,
+                          bool inSubDirectories, bool fullPath);
+
+/// The paths of the folders in a folder, each beginning with `folder`; if `inSubDirectories`, of all below
+/// it, each followed by those in it.
+BRENTA_API bool FindSubDirectories(const char* folder, TOrderedList<STRID>& out, bool inSubDirectories);
+
+/// The paths of the files that a path with wildcards behind its last separator stands for, each beginning as
+/// the pattern does. A text without wildcards stands for itself, be there such a file or not. False if
+/// nothing was found.
+BRENTA_API bool ExpandFilename(const char* pattern, TOrderedList<STRID>& out);
+
+/// Lets the person choose a folder through the host's service (brenta/host.h), which gets the folder so far
+/// as a start, and stores it. False, and the folder as it was, if nothing was chosen.
+BRENTA_API bool BrowseForDirectory(CoreString& folder);
 
 }  // namespace brenta
