@@ -1,6 +1,7 @@
 // The registry in a database: each function of the store is one transaction.
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <unordered_set>
 #include <utility>
 
@@ -167,7 +168,7 @@ bool IsText(std::uint32_t type) {
 
 RegistryError Read(Database& database, const Key& key, std::string_view name, std::uint64_t most,
                    Value& value) {
-    constexpr std::uint64_t kAll = std::uint64_t{1} << 62;
+    constexpr std::uint64_t kAll = std::numeric_limits<std::int32_t>::max();
     const std::string folded = FoldedName(name);
     Query query(database, Sql::ReadValue);
     query.With(1, key.id).With(2, folded).With(3, static_cast<std::int64_t>(std::min(most, kAll)));

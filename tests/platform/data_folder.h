@@ -1,0 +1,65 @@
+// What tests of settings share: an application-data folder of their own, and processes to disturb it.
+#pragma once
+
+#include <sys/wait.h>
+#include <unistd.h>
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "brenta/host.h"
+#include "test_support.h"
+
+namespace brenta::test {
+
+/// While it lives, application data belong into an empty folder, and the program is "tool".
+class DataFolder {
+ public:
+    DataFolder() : m_path(m_scratch / "data") {
+        HostServices services;
+        services.context = this;
+        services.executablePath = [](void*, CoreString& path) { return !(path = "/bin/tool").IsEmpty(); };
+        services.applicationDataFolder = [](void* self, CoreString& path) {
+            return !(path = static_cast<DataFolder*>(self)->m_path.c_str()).IsEmpty();
+        };
+        SetHostServices(services);
+    }
+    ~DataFolder() { SetHostServices({}); }
+    DataFolder(const DataFolder&) = delete;
+    DataFolder& operator=(const DataFolder&) = delete;
+
+    /// From now on the folder is unknown.
+    void Forget() { m_path.clear(); }
+    std::string operator/(const char* name) const { return m_path + "/" + name; }
+
+ private:
+    Scratch m_scratch;
+    std::string m_path;
+};
+
+/// Runs work() in a process of its own, whose status tells whether it returned true.
+template <class Work>
+pid_t Fork(const Work& work) {
+    const pid_t child = fork();
+    if (child == 0) _exit(work() ? 0 : 1);
+    return child;
+}
+
+inline bool Succeeds(pid_t child) {
+    int status = 0;
+    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+/// Ends the process, wherever it is, after so many microseconds.
+inline void KillAfter(pid_t child, std::uint_fast32_t microseconds) {
+    usleep(static_cast<useconds_t>(microseconds));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+}
+
+inline unsigned int RightsOf(const std::string& path) {
+    return static_cast<unsigned int>(std::filesystem::status(path).permissions());
+}
+
+}  // namespace brenta::test

@@ -1,0 +1,332 @@
+#include "brenta/registry.h"
+
+#include <sqlite3.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "data_folder.h"
+#include "platform/registry_store.h"
+
+namespace brenta {
+namespace {
+
+using test::DataFolder;
+using test::Texts;
+
+constexpr const char* kFile = "Orvane Works/registry.db";
+
+/// A wrapper at a key of the current user, which is created.
+struct At : CCoreRegistry {
+    explicit At(const char* path, HKEY root = HKEY_CURRENT_USER) : CCoreRegistry(root) {
+        EXPECT_TRUE(SetKey(path, true)) << path;
+    }
+};
+
+Texts SubKeys(CCoreRegistry& registry) {
+    TOrderedList<CoreString> names;
+    registry.GetSubKeyNames(names);
+    return Texts(names.begin(), names.end());
+}
+
+std::string ContentOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Runs a statement on a database file as another program would; the first column of its first row.
+std::string Sql(const std::string& path, const char* sql) {
+    sqlite3* database = nullptr;
+    std::string result;
+    sqlite3_open(path.c_str(), &database);
+    const auto keep = [](void* to, int, char** columns, char**) {
+        *static_cast<std::string*>(to) += columns[0];
+        return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(database, sql, keep, &result, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+    sqlite3_close(database);
+    return result;
+}
+
+TEST(Registry, ValuesAndTheirBytes) {
+    const DataFolder folder;
+    At key("Values");
+    EXPECT_TRUE(key.WriteDword("dword", 0x80000001) && key.WriteInt("int", 256) && key.WriteInt("minus", -2));
+    EXPECT_TRUE(key.WriteBool("bool", true) && key.WriteFloat("float", -0.5) && key.WriteString("", "text"));
+    // Name, type, size; as bool, int, string.
+    const std::tuple<const char*, DWORD, int, bool, int, const char*> rows[] = {
+        {"dword", REG_DWORD, 4, true, INT_MIN + 1, "default"}, {"int", REG_BINARY, 4, false, 256, "default"},
+        {"minus", REG_BINARY, 4, true, -2, "default"},         {"bool", REG_BINARY, 1, true, 1, "default"},
+        {"float", REG_BINARY, 8, false, 0, "default"},         {"", REG_SZ, 5, true, 0x74786574, "text"},
+        {"FLOAT", REG_BINARY, 8, false, 0, "default"},         {"absent", 0, -1, true, 77, "default"}};
+    for (const auto& [name, type, size, asBool, asInt, asString] : rows) {
+        EXPECT_EQ(key.GetDataType(name), type) << name;
+        EXPECT_EQ(key.GetLastErrorCode(), size < 0 ? 2u : 0u) << name;
+        EXPECT_EQ(key.GetDataSize(name), size) << name;
+        EXPECT_EQ(key.ValueExists(name), size >= 0) << name;
+        EXPECT_EQ(key.ReadBool(name, true), asBool) << name;
+        EXPECT_EQ(key.ReadInt(name, 77), asInt) << name;
+        EXPECT_EQ(key.ReadString(name, "default"), asString) << name;
+    }
+    EXPECT_EQ(key.ReadFloat("float", 0), -0.5);
+    EXPECT_EQ(key.ReadDword("dword", 0), 0x80000001);
+    EXPECT_EQ(key.GetValueCount(), 6);
+    EXPECT_TRUE(key.WriteInt("BOOL", 3));
+    TOrderedList<CoreString> names;
+    EXPECT_TRUE(key.GetValueNames(names));
+    EXPECT_EQ(Texts(names.begin(), names.end()), (Texts{"", "bool", "dword", "float", "int", "minus"}));
+    EXPECT_TRUE(key.DeleteValue("Int"));
+    EXPECT_FALSE(key.DeleteValue("int"));
+    EXPECT_TRUE(key.WriteInt(std::string(16383, 'n').c_str(), 1));
+    EXPECT_FALSE(key.WriteInt(std::string(16384, 'n').c_str(), 1));
+    key.DeleteKey("Values");
+    EXPECT_FALSE(key.WriteInt("int", 1));
+    EXPECT_EQ(key.GetValueCount(), -1);
+    EXPECT_EQ(key.GetSubKeyCount(), -1);
+}
+
+TEST(Registry, Texts) {
+    const DataFolder folder;
+    At key("Texts");
+    const RegistryPath path("Texts");
+    std::string all;
+    for (int c = 1; c < 256; ++c)
+        all += static_cast<char>(c);
+    const std::string longest(999, 'x');
+    // Type and bytes in the store; size, text, error.
+    const std::tuple<DWORD, std::string, int, std::string, DWORD> rows[] = {
+        {REG_SZ, all + '\0', 256, all, 0},
+        {REG_EXPAND_SZ, {"%HOME%", 7}, 7, "%HOME%", 0},
+        {REG_SZ, "open", 5, "open", 0},
+        {REG_SZ, {"a\0b", 4}, 4, "a", 0},
+        {REG_SZ, "", 0, "", 0},
+        {REG_SZ, longest + '\0', 1000, longest, 0},
+        {REG_SZ, longest + "x", 1001, "default", 234},
+        {REG_SZ, std::string(70000, 'x'), 70001, "default", 234},
+        {REG_BINARY, "text", 4, "default", 0}};
+    for (const auto& [type, bytes, size, text, error] : rows) {
+        EXPECT_EQ(registry_store::WriteValue({registry_store::Root::CurrentUser, path}, all, type, bytes),
+                  RegistryError::None);
+        EXPECT_EQ(key.GetDataSize(all.c_str()), size);
+        EXPECT_EQ(key.ReadString(all.c_str(), "default"), text.c_str());
+        EXPECT_EQ(key.GetLastErrorCode(), error);
+    }
+    EXPECT_TRUE(key.WriteString("null", nullptr));
+    EXPECT_EQ(key.GetDataSize("null"), 1);
+    EXPECT_EQ(key.ReadInt(all.c_str(), 5), 0x74786574);
+    EXPECT_EQ(key.ReadString("absent", nullptr), "");
+}
+
+TEST(Registry, Paths) {
+    const DataFolder folder;
+    const auto levels = [](int count) {
+        std::string path;
+        for (int i = 0; i < count; ++i)
+            path += "k\\";
+        return path;
+    };
+    // Path, another form of it, the error of opening it after it was to be created.
+    const std::tuple<std::string, std::string, DWORD> rows[] = {
+        {"a\\b", "A\\\\B\\\\\\", 0},
+        {"a/b", "A/b", 0},
+        {std::string(255, 'n'), std::string(255, 'N'), 0},
+        {levels(512), levels(512), 0},
+        {"\\a", "\\", 161},
+        {std::string(256, 'n'), "a\\" + std::string(10000, 'n'), 87},
+        {levels(513), levels(600), 87}};
+    for (const auto& [path, other, error] : rows) {
+        CCoreRegistry key(HKEY_USERS);
+        EXPECT_EQ(key.SetKey(path.c_str(), true), error == 0);
+        EXPECT_EQ(key.GetKeyPath(), error == 0 ? path.c_str() : "");
+        EXPECT_EQ(key.SetKey(other.c_str(), false), error == 0);
+        EXPECT_EQ(key.GetLastErrorCode(), error);
+        EXPECT_EQ(key.KeyExists(other.c_str()), error == 0);
+        EXPECT_FALSE(key.KeyExists(path.c_str(), HKEY_CURRENT_USER));
+    }
+    CCoreRegistry key(HKEY_USERS);
+    EXPECT_FALSE(key.SetKey("absent", false));
+    EXPECT_EQ(key.GetLastErrorCode(), 2u);
+    EXPECT_TRUE(key.SetKey("", false) && key.WriteInt("direct", 4));
+    EXPECT_EQ(key.ReadInt("direct", 0), 4);
+    EXPECT_TRUE(key.KeyExists(nullptr));
+    EXPECT_TRUE(key.DeleteKey(levels(1).c_str()));
+    EXPECT_EQ(SubKeys(key), (Texts{"a", "a/b", std::string(255, 'n')}));
+}
+
+TEST(Registry, KeysAndRoots) {
+    const DataFolder folder;
+    At key("Tree\\Leaf\\Deep");
+    EXPECT_TRUE(key.WriteInt("v", 1) && key.CreateKey("TREE\\other") && key.CreateKey("tree"));
+    EXPECT_EQ(SubKeys(key), (Texts{"Leaf", "other"}));
+    EXPECT_EQ(key.GetSubKeyCount(), 2);
+    EXPECT_TRUE(key.DeleteKey("Tree\\"));
+    EXPECT_FALSE(key.KeyExists("Tree\\Leaf"));
+    for (const char* path : {"", "\\", "\\\\"})
+        EXPECT_FALSE(key.DeleteKey(path)) << path;
+    EXPECT_FALSE(key.DeleteKey(nullptr));
+    for (const char* path : {"absent", "\\absent"})
+        EXPECT_TRUE(key.DeleteKey(path)) << path;
+
+    At type(".brd", HKEY_CLASSES_ROOT);
+    EXPECT_TRUE(type.KeyExists("software\\classes\\.BRD", HKEY_LOCAL_MACHINE));
+    CCoreRegistry machine(HKEY_LOCAL_MACHINE);
+    EXPECT_FALSE(machine.DeleteKey("Software"));
+    EXPECT_FALSE(machine.DeleteKey("SOFTWARE\\Classes"));
+    EXPECT_TRUE(machine.DeleteKey("Software\\Classes\\.brd"));
+    EXPECT_FALSE(type.KeyExists(".brd"));
+
+    const auto unknown = reinterpret_cast<HKEY>(std::uintptr_t{0x80000004});
+    EXPECT_FALSE(type.SetRootKey(unknown));
+    EXPECT_FALSE(type.SetRootKey(nullptr));
+    EXPECT_EQ(type.GetRootKey(), HKEY_CLASSES_ROOT);
+    EXPECT_FALSE(type.KeyExists("", unknown));
+    EXPECT_TRUE(type.SetRootKey(HKEY_USERS) && type.ClearKey());
+    EXPECT_EQ(type.GetRootKey(), HKEY_CURRENT_USER);
+    EXPECT_EQ(type.GetKeyPath(), "");
+    const test::CrashRecorder crashes;
+    EXPECT_EQ(CCoreRegistry(unknown).GetRootKey(), HKEY_CURRENT_USER);
+    EXPECT_EQ(crashes.Messages(), Texts{"Forced crash! \"Root key not recognized.\""});
+    EXPECT_EQ(crashes.Last().SiteCode(), 0x0500E001u);
+}
+
+TEST(Registry, SaveAndRestore) {
+    const DataFolder folder;
+    CCoreRegistry user(HKEY_CURRENT_USER);
+    At key("S\\Sub");
+    EXPECT_TRUE(key.WriteInt("deep", 1) && key.SetKey("S", false) && key.WriteInt("v", 1));
+    EXPECT_FALSE(user.SaveKey());
+    EXPECT_FALSE(key.RestoreKey());
+    EXPECT_EQ(key.GetLastErrorCode(), 2u);
+    ASSERT_TRUE(key.SaveKey());
+    EXPECT_TRUE(key.DeleteKey("S\\Sub") && key.WriteString("V", "changed") && key.WriteInt("new", 3));
+    const CoreString scratch(SubKeys(user)[1].c_str());
+    EXPECT_FALSE(user.CreateKey(scratch + "\\lasting"));
+    EXPECT_TRUE(key.RestoreKey());
+    EXPECT_EQ(key.GetLastErrorCode(), 0u);
+    EXPECT_EQ(key.ReadInt("v", 0), 1);
+    EXPECT_EQ(key.ReadInt("new", 0), 3);
+    EXPECT_TRUE(key.SetKey("S\\Sub", false));
+    EXPECT_EQ(key.ReadInt("deep", 0), 1);
+    EXPECT_EQ(SubKeys(user), Texts{"S"});
+
+    // The second copy replaces the first; a copy of the copy there is not; another root has another key.
+    ASSERT_TRUE(key.SaveKey() && key.SetKey("S", false) && key.SaveKey() && key.SetKey(scratch, false));
+    EXPECT_FALSE(key.SaveKey());
+    EXPECT_FALSE(key.ValueExists("deep"));
+    EXPECT_TRUE(key.SetRootKey(HKEY_USERS));
+    EXPECT_FALSE(key.RestoreKey());
+    EXPECT_TRUE(key.CreateKey("S") && key.RestoreKey());
+    EXPECT_EQ(key.ReadInt("new", 0), 3);
+
+    { EXPECT_TRUE(At("S").SaveKey()); }
+    EXPECT_EQ(SubKeys(user), Texts{"S"});
+    At other("S");
+    ASSERT_TRUE(other.SaveKey());
+    Sql(folder / kFile, "UPDATE keys SET volatile_boot = 'former' WHERE volatile_boot IS NOT NULL");
+    EXPECT_TRUE(test::Succeeds(test::Fork([&] { return SubKeys(user) == Texts{"S"}; })));
+}
+
+TEST(Registry, FileIsTheUsersOwnAndNeverReplaced) {
+    DataFolder folder;
+    CCoreRegistry key(HKEY_CURRENT_USER);
+    EXPECT_TRUE(key.KeyExists("") && key.DeleteKey("a"));
+    EXPECT_FALSE(key.SetKey("a", false) || key.DeleteValue("a") || key.SaveKey() || key.RestoreKey());
+    EXPECT_EQ(key.ReadInt("a", 5), 5);
+    EXPECT_FALSE(std::filesystem::exists(folder / ""));
+    EXPECT_TRUE(key.WriteInt("a", 6));
+    EXPECT_EQ(test::RightsOf(folder / "Orvane Works"), 0700u);
+    EXPECT_EQ(test::RightsOf(folder / kFile), 0600u);
+    EXPECT_TRUE(At("Software", HKEY_LOCAL_MACHINE).WriteInt("b", 7));
+
+    for (const bool isDatabase : {false, true}) {
+        std::filesystem::remove_all(folder / "");
+        EXPECT_EQ(key.ReadInt("a", 5), 5);
+        std::filesystem::create_directories(folder / "Orvane Works");
+        if (isDatabase)
+            Sql(folder / kFile, "CREATE TABLE others(a)");
+        else
+            std::ofstream(folder / kFile) << "no database";
+        const std::string before = ContentOf(folder / kFile);
+        EXPECT_FALSE(key.SetKey("a", false));
+        EXPECT_EQ(key.GetLastErrorCode(), 1009u);
+        EXPECT_FALSE(key.SetKey("a", true) || key.WriteInt("a", 1) || key.DeleteKey("a"));
+        EXPECT_EQ(key.ReadInt("a", 5), 5);
+        EXPECT_EQ(ContentOf(folder / kFile), before);
+    }
+    folder.Forget();
+    EXPECT_FALSE(key.WriteInt("a", 1));
+    EXPECT_EQ(key.ReadInt("a", 5), 5);
+}
+
+TEST(Registry, FourProcessesWriteAtOnce) {
+    const DataFolder folder;
+    std::vector<pid_t> children;
+    for (int process = 0; process < 4; ++process) {
+        children.push_back(test::Fork([process] {
+            bool good = true;
+            At key("Shared\\Key");
+            for (int i = 0; i < 1000; ++i)
+                good &= key.WriteInt(std::to_string(process * 1000 + i).c_str(), i);
+            return good;
+        }));
+    }
+    for (const pid_t child : children)
+        EXPECT_TRUE(test::Succeeds(child));
+    At key("Shared\\Key");
+    EXPECT_EQ(key.GetValueCount(), 4000);
+    EXPECT_EQ(key.ReadInt("3999", 0), 999);
+}
+
+TEST(Registry, KillingTheWriterLeavesNothingHalf) {
+    constexpr int kValues = 8;
+    const DataFolder folder;
+    // Writes one value of the key, or of its sub-key.
+    const auto write = [](CCoreRegistry& key, int i, int value) {
+        return key.SetKey(i < kValues / 2 ? "K" : "K\\Sub", true) &&
+               key.WriteInt(std::to_string(i).c_str(), value);
+    };
+    const auto disturb = [&] {
+        At key("K");
+        for (;;) {
+            key.SetKey("K", false);
+            if (!key.SaveKey()) return false;
+            for (int i = 0; i < kValues; ++i)
+                write(key, i, 2);
+            if (!key.RestoreKey()) return false;
+        }
+    };
+    At user("");
+    std::mt19937 random(7);
+    for (int run = 0; run < 100; ++run) {
+        for (int i = 0; i < kValues; ++i)
+            ASSERT_TRUE(write(user, i, 1));
+        user.ClearKey();
+        test::KillAfter(test::Fork(disturb), random() % 6000);
+        // Without a copy all is restored; with one, the values written so far come before the others, whereas
+        // half a restoring would have begun with those.
+        const bool isRestored = SubKeys(user) == Texts{"K"};
+        int last = isRestored ? 1 : 2;
+        for (int i = 0; i < kValues; ++i) {
+            user.SetKey(i < kValues / 2 ? "K" : "K\\Sub", false);
+            const int value = user.ReadInt(std::to_string(i).c_str(), 0);
+            EXPECT_TRUE(value == 1 || value == last) << run << ": " << i << " is " << value;
+            last = value;
+        }
+        user.ClearKey();
+        for (const std::string& name : SubKeys(user))
+            if (name != "K") user.DeleteKey(name.c_str());
+    }
+    EXPECT_EQ(Sql(folder / kFile, "PRAGMA integrity_check; PRAGMA foreign_key_check"), "ok");
+}
+
+TEST(Registry, ThreadsShareTheFile) {
+    const DataFolder folder;
+    test::OnThreads(4, [](int thread) {
+        At key(std::to_string(thread).c_str());
+        for (int i = 0; i < 50; ++i)
+            EXPECT_TRUE(key.WriteInt("v", i) && key.ReadInt("v", -1) == i);
+    });
+}
+
+}  // namespace
+}  // namespace brenta
