@@ -1,49 +1,32 @@
 // brenta records: the records of an XML file of any size, read as a stream.
 #include <algorithm>
-#include <cstdio>
 
 #include "brenta/xml_stream.h"
 #include "commands.h"
 #include "console.h"
-#include "terminal.h"
+#include "progress_bar.h"
 
 namespace brenta::host {
 namespace {
 
-/// A bar on standard error, if that is a terminal.
-class ProgressBar : public CMessageWindow {
+/// Moves a bar as the reader goes on.
+class RecordsBar : public CMessageWindow {
  public:
-    ~ProgressBar() override { Clear(); }
-
     std::intptr_t OnMessage(unsigned int message, std::uintptr_t wParam, std::intptr_t) override {
-        if (message == kXmlProgressMessage) Draw(static_cast<int>(std::min<std::uintptr_t>(wParam, 100)));
+        if (message == kXmlProgressMessage)
+            m_bar.Show(static_cast<int>(std::min<std::uintptr_t>(wParam, 100)));
         return 0;
     }
-
-    /// Makes room for a line of output.
-    void Clear() {
-        if (m_visible) std::fputs("\r\033[K", stderr);
-        m_visible = false;
-    }
+    void Clear() { m_bar.Clear(); }
 
  private:
-    void Draw(int percent) {
-        if (!m_isShown) return;
-        constexpr int kWidth = 40;
-        const std::string bar(static_cast<std::size_t>(percent * kWidth / 100), '#');
-        std::fflush(stdout);
-        std::fprintf(stderr, "\r[%-*s] %3d %%", kWidth, bar.c_str(), percent);
-        m_visible = true;
-    }
-
-    const bool m_isShown = ErrorsGoToTerminal();
-    bool m_visible = false;
+    ProgressBar m_bar;
 };
 
 /// Prints each record on a line: its tag, its attributes, and how many elements it has.
 class RecordList : public CCmdTarget {
  public:
-    explicit RecordList(ProgressBar& progress) : m_progress(progress) {}
+    explicit RecordList(RecordsBar& progress) : m_progress(progress) {}
 
     bool OnCmdMsg(unsigned int id, int, void* extra, AFX_CMDHANDLERINFO*) override {
         if (id != kXmlRecordCommand) return false;
@@ -59,7 +42,7 @@ class RecordList : public CCmdTarget {
     int Count() const { return m_count; }
 
  private:
-    ProgressBar& m_progress;
+    RecordsBar& m_progress;
     int m_count = 0;
 };
 
@@ -67,7 +50,7 @@ class RecordList : public CCmdTarget {
 
 int RecordsCommand(const std::string& file) {
     if (!CheckFile(file)) return 1;
-    ProgressBar progress;
+    RecordsBar progress;
     RecordList records(progress);
     CXMLReader reader(&progress, &records);
     CString path(file.c_str());

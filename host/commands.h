@@ -42,4 +42,28 @@ int RecordsCommand(const std::string& file);
 /// Lists the packages of a part library.
 int ReportCommand(const std::string& file);
 
+/// Tells which proxy serves an address, and why.
+int ProxyCommand(const std::string& url);
+
+/// Downloads a file.
+int FetchCommand(const std::string& url, const std::string& file);
+
+struct ConfigOptions {
+    std::string action;  ///< get, set, delete or list
+    std::string section, key, value;
+};
+
+/// Reads and writes the host's initialisation file.
+int ConfigCommand(const ConfigOptions& options);
+
+struct RegistryOptions {
+    std::string action;  ///< get, set, delete or list
+    std::string path, name, value;
+    bool hasName = false;          ///< whether a name was given, be it ""
+    std::string type = "string";  ///< of the value to set: string, int, dword, bool or float
+};
+
+/// Reads and writes keys and values of the registry.
+int RegistryCommand(const RegistryOptions& options);
+
 }  // namespace brenta::host

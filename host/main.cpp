@@ -40,6 +40,10 @@ class CommandLine {
         AddHtml();
         AddRecords();
         AddReport();
+        AddConfig();
+        AddRegistry();
+        AddProxy();
+        AddFetch();
     }
 
     int Run(std::vector<std::string> arguments) {
@@ -133,6 +137,77 @@ class CommandLine {
         command->callback([this] { m_status = brenta::host::ReportCommand(m_file); });
     }
 
+    void AddProxy() {
+        CLI::App* command = m_app.add_subcommand("proxy", "Tell which proxy serves an address, and why");
+        command->add_option("URL", m_text, "The address")->required();
+        command->footer("Example: brenta proxy https://parts.example/list");
+        command->callback([this] { m_status = brenta::host::ProxyCommand(m_text); });
+    }
+
+    void AddFetch() {
+        CLI::App* command = m_app.add_subcommand("fetch", "Download a file from a web server");
+        command->add_option("URL", m_text, "The http or https address")->required();
+        command->add_option("FILE", m_file, "Where to put it; an old file stays until the new one is whole")
+            ->required();
+        command->footer("Example: brenta fetch https://parts.example/small.lbr small.lbr");
+        command->callback([this] { m_status = brenta::host::FetchCommand(m_text, m_file); });
+    }
+
+    /// Adds one form of a command with actions, "brenta config get" for example.
+    static CLI::App* AddAction(CLI::App& command, std::string& action, const char* name, const char* help) {
+        CLI::App* form = command.add_subcommand(name, help);
+        form->callback([&action, name] { action = name; });
+        return form;
+    }
+
+    void AddConfig() {
+        CLI::App* command = m_app.add_subcommand("config", "Read and write this program's settings file");
+        command->require_subcommand(1);
+        const auto add = [&](const char* name, const char* help) {
+            return AddAction(*command, m_config.action, name, help);
+        };
+        CLI::App* get = add("get", "Print a value");
+        CLI::App* set = add("set", "Write a value");
+        CLI::App* remove = add("delete", "Remove a key");
+        for (CLI::App* form : {get, set, remove}) {
+            form->add_option("SECTION", m_config.section, "The section, without brackets")->required();
+            form->add_option("KEY", m_config.key, "The key")->required();
+        }
+        set->add_option("VALUE", m_config.value, "The value, one line")->required();
+        add("list", "Print the keys and values of a section, or all sections")
+            ->add_option("SECTION", m_config.section, "The section; all sections without it");
+        command->footer("Examples:\n  brenta config set Grid Step 25\n  brenta config get Grid Step");
+        command->callback([this] { m_status = brenta::host::ConfigCommand(m_config); });
+    }
+
+    void AddRegistry() {
+        CLI::App* command = m_app.add_subcommand("registry", "Read and write keys and values of the registry");
+        command->require_subcommand(1);
+        const auto add = [&](const char* name, const char* help) {
+            CLI::App* form = AddAction(*command, m_registry.action, name, help);
+            form->add_option("PATH", m_registry.path, "The key: HKCU, HKLM, HKCR or HKU, then names behind \\")
+                ->required();
+            return form;
+        };
+        const auto addName = [this](CLI::App* form, const char* help) {
+            return form->add_option("NAME", m_registry.name, help);
+        };
+        addName(add("get", "Print a value and its type"), "The value's name; the key's default value without it");
+        CLI::App* set = add("set", "Write a value; a key that is missing is created");
+        addName(set, "The value's name; '' is the key's default value")->required();
+        set->add_option("VALUE", m_registry.value, "The value")->required();
+        set->add_option("-t,--type", m_registry.type, "string (default), int, dword, bool or float")
+            ->check(CLI::IsMember({"string", "int", "dword", "bool", "float"}).description(""))
+            ->type_name("TYPE");
+        addName(add("delete", "Delete a value, or a key with all below it"), "The value; without it the key")
+            ->each([this](const std::string&) { m_registry.hasName = true; });
+        add("list", "Print the names of sub-keys, and names, types and values");
+        command->footer(
+            "Examples:\n  brenta registry set 'HKCU\\Software\\Demo' Step 25 --type int\n"
+            "  brenta registry list 'HKCU\\Software\\Demo'");
+        command->callback([this] { m_status = brenta::host::RegistryCommand(m_registry); });
+    }
+
     CLI::App m_app;
     std::string m_file;
     bool m_quick = false;
@@ -141,6 +216,8 @@ class CommandLine {
     std::string m_text;
     std::vector<std::string> m_files;
     brenta::host::RunOptions m_run;
+    brenta::host::ConfigOptions m_config;
+    brenta::host::RegistryOptions m_registry;
     CoreUnits m_evalUnits = brenta::kMils;
     CoreUnits m_execUnits = brenta::kUnitsNone;
     int m_status = 0;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "brenta/system.h"
 #include "foundation/characters.h"
 #include "platform/update_check.h"
 
@@ -52,20 +53,6 @@ bool IsStorable(Text value) {
     return value.size() <= kLongestValue && std::none_of(value.begin(), value.end(), &IsControl);
 }
 
-/// One to four numbers of up to nine digits with points between them.
-bool IsVersion(Text text) {
-    constexpr std::size_t kMostParts = 4, kMostDigits = 9;
-    for (std::size_t part = 0; part < kMostParts; ++part) {
-        const std::size_t digits =
-            static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), &IsDigit) - text.begin());
-        if (digits == 0 || digits > kMostDigits) return false;
-        if (digits == text.size()) return true;
-        if (text[digits] != '.') return false;
-        text.remove_prefix(digits + 1);
-    }
-    return false;
-}
-
 }  // namespace
 
 bool ParseUpdateAnswer(Text answer, UpdateOffer& offer) {
@@ -86,7 +73,7 @@ bool ParseUpdateAnswer(Text answer, UpdateOffer& offer) {
         found.*key->member = value;
         key = next;
     }
-    if (!IsVersion(found.build)) return false;
+    if (CoreVersion version; !GetVersionFromString(found.build.c_str(), version)) return false;
     offer = found;
     return true;
 }

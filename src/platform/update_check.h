@@ -12,7 +12,7 @@ namespace brenta {
 
 /// What the server offers, as its answer has it.
 struct UpdateOffer {
-    std::string build;  ///< one to four numbers with points between them
+    std::string build;  ///< a version text (brenta/system.h)
     std::string installString;
     std::string size;
     std::string installArguments;
