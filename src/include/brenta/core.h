@@ -10,6 +10,7 @@
 #include "brenta/framework.h"
 #include "brenta/heap.h"
 #include "brenta/host.h"
+#include "brenta/http.h"
 #include "brenta/lexer.h"
 #include "brenta/message_stream.h"
 #include "brenta/names.h"
