@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "brenta/http.h"
 #include "foundation/characters.h"
 #include "os/os.h"
 #include "platform/host_services.h"
@@ -257,6 +258,12 @@ std::string Narrow(const wchar_t* text) {
 
 bool GetClientInternetProxyInfo(const wchar_t* url, CNetworkManager& manager, bool showErrors) {
     return FindProxy(Narrow(url), manager, showErrors);
+}
+
+bool CWinHTTP::GetWPADInternetProxyInfo(const wchar_t* url, const wchar_t* scriptUrl,
+                                        CNetworkManager& manager) {
+    manager.m_lastDiscoveryError = FindProxyForUrl(Narrow(url), Narrow(scriptUrl), manager);
+    return manager.m_lastDiscoveryError == 0;
 }
 
 bool GetInternetSettings(InternetSettings& settings) {

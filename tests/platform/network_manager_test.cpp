@@ -1,0 +1,229 @@
+#include "brenta/network.h"
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "brenta/registry.h"
+#include "made_up_network.h"
+#include "platform/routes.h"
+
+namespace brenta {
+namespace {
+
+using test::MadeUpNetwork;
+
+TEST(NetworkManager, AnswersStandForAMinute) {
+    struct Row {
+        long long later;
+        int tests;
+    };
+    const Row rows[] = {{0, 1}, {30, 1}, {60, 1}, {61, 2}, {1'000'000, 2}, {-1, 1}, {-2'000'000, 1}};
+    for (const Row& row : rows) {
+        MadeUpNetwork network;
+        network.settings.flags = kNamedProxy;
+        CNetworkManager manager;
+        EXPECT_TRUE(manager.IsConnectedToInternet());
+        EXPECT_EQ(manager.m_lastTest, 1'000'000);
+        network.isOnline = false;
+        network.time += row.later;
+        EXPECT_EQ(manager.IsConnectedToInternet(), row.tests == 1) << row.later;
+        EXPECT_EQ(network.tests, row.tests) << row.later;
+        EXPECT_EQ(manager.m_lastTest, row.tests == 1 ? 1'000'000 : network.time);
+    }
+}
+
+/// A server on this machine; once it is closed its port takes no connections.
+class Listener {
+ public:
+    Listener() : m_handle(socket(AF_INET, SOCK_STREAM, 0)) {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        EXPECT_EQ(bind(m_handle, reinterpret_cast<sockaddr*>(&address), size), 0);
+        EXPECT_EQ(listen(m_handle, 1), 0);
+        getsockname(m_handle, reinterpret_cast<sockaddr*>(&address), &size);
+        url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
+    }
+    ~Listener() { Close(); }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    void Close() {
+        if (m_handle >= 0) close(m_handle);
+        m_handle = -1;
+    }
+
+    std::string url;
+
+ private:
+    int m_handle;
+};
+
+TEST(NetworkManager, Connection) {
+    enum Site { None, Closed, Open };
+    struct Row {
+        int flags;
+        bool hasService, isOnline;
+        Site site;
+        bool expected;
+    };
+    const Row rows[] = {
+        {1, false, true, Open, true},    {1, false, true, Closed, false}, {1, false, true, None, false},
+        {1, false, false, Open, false},  {3, false, true, None, true},    {3, false, false, None, false},
+        {9, false, true, Closed, false}, {9, true, false, None, true},    {3, true, false, None, false},
+    };
+    for (const Row& row : rows) {
+        MadeUpNetwork network;
+        Listener listener;
+        if (row.site == Closed) listener.Close();
+        network.settings.flags = row.flags;
+        network.isOnline = row.isOnline;
+        if (row.site != None) network.endpoints[Endpoint::WebSite] = listener.url;
+        // Nothing can be detected for an address that is none.
+        if (row.hasService) network.endpoints[Endpoint::WebService] = "service";
+        CNetworkManager manager;
+        EXPECT_EQ(manager.IsConnectedToInternet(), row.expected)
+            << row.flags << row.hasService << row.isOnline;
+        const long long tested = manager.m_lastTest;
+        network.time += 100;
+        EXPECT_EQ(manager.AssumeConnectedToInternet(), row.hasService && row.flags == 9);
+        EXPECT_EQ(manager.m_lastTest, tested);
+    }
+}
+
+void Fill(CNetworkManager& manager) {
+    manager.m_accessType = kAccessNamedProxy;
+    manager.m_proxyList = "list";
+    manager.m_bypassList = "bypass";
+    manager.m_userName = "user";
+    manager.m_password = "password";
+    manager.m_texts[0] = "first";
+    manager.m_texts[4] = "last";
+    manager.m_numbers[1] = 5;
+    manager.m_autoProxy = manager.m_connected = true;
+    manager.m_lastTest = 1LL << 40;
+    manager.m_lastDiscoveryError = 6;
+    manager.m_scriptUrl = "script";
+}
+
+void ExpectCopy(const CNetworkManager& copy, const char* scriptUrl) {
+    EXPECT_EQ(copy.m_accessType, kAccessNamedProxy);
+    for (const auto& [text, expected] : {std::pair{&copy.m_proxyList, "list"},
+                                         {&copy.m_bypassList, "bypass"},
+                                         {&copy.m_userName, "user"},
+                                         {&copy.m_password, "password"},
+                                         {&copy.m_texts[0], "first"},
+                                         {&copy.m_texts[4], "last"}})
+        EXPECT_STREQ(*text, expected);
+    EXPECT_EQ(copy.m_numbers[1], 5);
+    EXPECT_TRUE(copy.m_autoProxy && copy.m_connected);
+    EXPECT_EQ(copy.m_lastTest, 1LL << 40);
+    EXPECT_EQ(copy.m_lastDiscoveryError, 6);
+    EXPECT_STREQ(copy.m_scriptUrl, scriptUrl);
+}
+
+TEST(NetworkManager, Copies) {
+    MadeUpNetwork network;
+    CNetworkManager from, to;
+    EXPECT_EQ(from.m_accessType, kAccessNoProxy);
+    Fill(from);
+    ExpectCopy(CNetworkManager(from), "");
+    to.m_scriptUrl = "own";
+    to = from;
+    ExpectCopy(to, "own");
+    from = *&from;
+    ExpectCopy(from, "script");
+    EXPECT_TRUE(to.IsKindOf(&CObject::kRuntimeClass));
+    EXPECT_STREQ(to.GetRuntimeClass()->name, "CNetworkManager");
+
+    CSemaphore lock;
+    CNetworkManager shared;
+    test::OnThreads(4, [&](int) {
+        CNetworkManager own;
+        for (int i = 0; i < 100; ++i) {
+            CNetworkManager::ThreadSafeCopy(shared, from, &lock);
+            CNetworkManager::ThreadSafeCopy(own, shared, &lock);
+        }
+        ExpectCopy(own, "");
+    });
+    EXPECT_TRUE(lock.Lock(0));
+    CNetworkManager::ThreadSafeCopy(to, from, nullptr);
+    ExpectCopy(to, "own");
+}
+
+TEST(NetworkManager, Credentials) {
+    const std::string binary("p\xC3\xA9\xFF", 4), longText(5000, 'x');
+    for (const std::string& password : {std::string("secret"), std::string(), binary, longText}) {
+        MadeUpNetwork network;
+        CNetworkManager manager;
+        EXPECT_FALSE(manager.LookupAuthentication());
+        manager.m_userName = "me";
+        manager.m_password = password.c_str();
+        ASSERT_TRUE(manager.SaveAuthentication());
+
+        CCoreRegistry registry(HKEY_CURRENT_USER);
+        ASSERT_TRUE(registry.SetKey("Software\\Orvane Works\\Brenta V4\\Settings\\Proxy", false));
+        EXPECT_STREQ(registry.ReadString("Username", ""), "me");
+        EXPECT_EQ(registry.GetDataType("Password"), REG_SZ);
+        EXPECT_TRUE(password.empty() || registry.ReadString("Password", "") != password.c_str());
+
+        EXPECT_TRUE(CNetworkManager().m_password == password.c_str());
+        manager.m_userName = manager.m_password = "typed";
+        EXPECT_TRUE(manager.LookupAuthentication());
+        EXPECT_STREQ(manager.m_userName, "me");
+        EXPECT_TRUE(manager.m_password == password.c_str());
+
+        EXPECT_TRUE(registry.DeleteValue("Password"));
+        EXPECT_FALSE(manager.LookupAuthentication());
+        EXPECT_STREQ(manager.m_userName, "me");
+        EXPECT_STREQ(manager.m_password, "");
+        manager.DeleteAuthentication();
+        EXPECT_STREQ(manager.m_userName, "me");
+        EXPECT_EQ(registry.GetValueCount(), 0);
+    }
+}
+
+TEST(NetworkManager, DiscoveryErrors) {
+    const std::pair<int, const char*> rows[] = {
+        {kProxyNotDetected,
+         "Could not discover auto-proxy configuration.\n\nEnsure that your proxy settings are correct and "
+         "that your "
+         "system is properly configured for auto-proxy discovery.\n\n"},
+        {kProxyBadScript, "Unable to determine internet autoproxy details\n\nThe proxy configuration script"},
+        {ENOMEM, "Unable to determine internet autoproxy details: Cannot allocate memory"},
+        {54321, "Unable to determine internet autoproxy details: error 54321"},
+        {-5, "Unable to determine internet autoproxy details: error -5"},
+    };
+    MadeUpNetwork network;
+    CNetworkManager manager;
+    CString message("old");
+    EXPECT_FALSE(manager.GetWinHttpWPADErrorMessage(message));
+    EXPECT_STREQ(message, "");
+    for (const auto& [error, text] : rows) {
+        manager.m_lastDiscoveryError = error;
+        EXPECT_TRUE(manager.GetWinHttpWPADErrorMessage(message));
+        EXPECT_EQ(std::string(message).substr(0, std::string(text).size()), text);
+    }
+}
+
+TEST(Routes, Default) {
+    const std::pair<const char*, bool> rows[] = {
+        {"Iface Destination Gateway Flags\neth0\t00000000\t0102A8C0\t0003\t0\t0\t0\t00000000\t0\t0\t0\n",
+         true},
+        {"eth0 0002A8C0 00000000 0001 0 0 0 00FFFFFF 0 0 0", false},
+        {"eth0 00000000 0102A8C0 0002 0 0 0 00000000 0 0 0", false},
+        {"lo 00000000 00000000 0001 0 0 0 00000000 0 0 0", false},
+        {"0000 00 0000 00 fe80 00000400 1 0 00000003 eth0", true},
+        {"0000 00 0000 00 0000 ffffffff 1 0 00200200 eth0", false},
+        {"fe80 40 0000 00 0000 00000100 1 0 00000001 eth0", false},
+        {"\n\n x", false},
+        {"", false},
+    };
+    for (const auto& [table, expected] : rows)
+        EXPECT_EQ(HasDefaultRoute(table), expected) << table;
+}
+
+}  // namespace
+}  // namespace brenta

@@ -1,0 +1,213 @@
+#include "platform/proxy_discovery.h"
+
+#include "made_up_network.h"
+#include "os/os.h"
+#include "platform/network_backend.h"
+
+namespace brenta {
+namespace {
+
+using test::MadeUpNetwork;
+
+int AnswerFor(const std::string& host, std::string& answer) {
+    if (host == "broken") return kProxyBadScript;
+    answer = host == "direct" ? "DIRECT" : host == "odd" ? "???" : "PROXY proxy:8080; PROXY b:1; DIRECT";
+    return 0;
+}
+
+/// Scripts that answer by the host's name; the one place where there is none is "http://none/".
+constexpr ProxyScripts kScripts = {[](const std::string& scriptUrl, std::string& script) {
+                                       script = scriptUrl;
+                                       return scriptUrl == "http://none/" ? kProxyScriptNotFetched : 0;
+                                   },
+                                   [](const std::string&, const std::string&, const std::string& host, int,
+                                      std::string& answer) { return AnswerFor(host, answer); },
+                                   [](const std::string& url, int, std::string& answer) {
+                                       answer = "PROXY detected:1";
+                                       return url == "http://broken/" ? kProxyNotDetected : 0;
+                                   }};
+
+TEST(ProxyDiscovery, Steps) {
+    struct Row {
+        int flags;
+        const char *script, *url;
+        bool isAuto;
+        const char* keptScript;
+        int error, access;
+        const char *list, *bypass;
+    };
+    const char* const byScript = "10.0.0.1:8080;b:1";
+    const char* const named = "http=10.0.0.2:80";
+    const Row rows[] = {
+        {1, "", "http://x/", false, "", 0, 1, "", ""},
+        {3, "", "http://x/", false, "", 0, 3, named, "*.local"},
+        {7, "", "http://x/", false, "", 0, 3, named, "*.local"},
+        {3, "http://s/", "http://x/", false, "", 0, 3, named, "*.local"},
+        {5, "http://s/", "http://x/", true, "http://s/", 0, 3, byScript, ""},
+        {7, "http://s/", "http://x/", true, "http://s/", 0, 3, byScript, ""},
+        {7, "http://s/", "http://direct/", true, "http://s/", 0, 1, "", ""},
+        {7, "http://s/", "http://broken/", true, "http://s/", kProxyBadScript, 3, named, "*.local"},
+        {5, "http://s/", "http://broken/", true, "http://s/", kProxyBadScript, 1, "", ""},
+        {5, "http://s/", "http://odd/", true, "http://s/", kProxyBadScript, 1, "", ""},
+        {5, "http://none/", "http://x/", true, "http://none/", kProxyScriptNotFetched, 1, "", ""},
+        {5, "http://s/", "mailto:x", true, "http://s/", kProxyInvalidUrl, 1, "", ""},
+        {5, "http://s/", "gopher://x/", true, "http://s/", kProxyUnknownScheme, 1, "", ""},
+        {9, "", "http://x/", true, "", 0, 3, "detected:1", ""},
+        {11, "", "http://broken/", true, "", kProxyNotDetected, 3, named, "*.local"},
+        {0, "", "", false, "", 0, 1, "", ""},
+    };
+    MadeUpNetwork network;
+    network.settings.proxyList = "http=a:80";
+    network.settings.bypassList = "*.local";
+    for (const Row& row : rows) {
+        CNetworkManager manager;
+        manager.m_accessType = kAccessNamedProxy;
+        manager.m_proxyList = manager.m_bypassList = manager.m_scriptUrl = "old";
+        manager.m_lastDiscoveryError = 7;
+        manager.m_autoProxy = true;
+        network.settings.flags = row.flags;
+        network.settings.scriptUrl = row.script;
+        EXPECT_TRUE(FindProxy(row.url, manager, true, kScripts));
+        const std::string what = std::to_string(row.flags) + " " + row.script + " " + row.url;
+        EXPECT_EQ(manager.m_autoProxy, row.isAuto) << what;
+        EXPECT_STREQ(manager.m_scriptUrl, row.keptScript) << what;
+        EXPECT_EQ(manager.m_lastDiscoveryError, row.error) << what;
+        EXPECT_EQ(manager.m_accessType, row.access) << what;
+        EXPECT_STREQ(manager.m_proxyList, row.list) << what;
+        EXPECT_STREQ(manager.m_bypassList, row.bypass) << what;
+    }
+    EXPECT_EQ(network.shown, test::Texts{});
+}
+
+TEST(ProxyDiscovery, NoSettings) {
+    MadeUpNetwork network;
+    network.hasSettings = false;
+    CNetworkManager manager;
+    manager.m_proxyList = "old";
+    EXPECT_FALSE(GetClientInternetProxyInfo(L"http://x/", manager, false));
+    EXPECT_EQ(network.shown, test::Texts{});
+    EXPECT_FALSE(GetClientInternetProxyInfo(nullptr, manager, true));
+    EXPECT_EQ(network.shown, test::Texts{"Could not obtain internet proxy information"});
+    EXPECT_STREQ(manager.m_proxyList, "old");
+}
+
+TEST(ProxyDiscovery, CredentialsOfTheSettings) {
+    MadeUpNetwork network;
+    network.settings.user = "me";
+    network.settings.password = "secret";
+    CNetworkManager manager;
+    FindProxy("http://x/", manager, false);
+    EXPECT_STREQ(manager.m_userName, "me");
+    EXPECT_STREQ(manager.m_password, "secret");
+    network.settings.user = "other";
+    FindProxy("http://x/", manager, false);
+    EXPECT_STREQ(manager.m_userName, "me");
+}
+
+TEST(ProxyDiscovery, Answers) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"PROXY a:1", "a:1"},
+        {" proxy  a:1 ;;SOCKS5 b ; Http c;", "a:1;socks=b:1080;c:80"},
+        {"PROXY a:1; DIRECT; PROXY b:1", "a:1"},
+        {"DIRECT; PROXY b:1", ""},
+        {"HTTPS a:1; PROXY [::1]:2", "[::1]:2"},
+        {"PROXY a:1;PROXY x=y:1;PROXY u@b:1;PROXY c:99999;PROXY", "a:1"},
+        {"", nullptr},
+        {";;;", nullptr},
+        {"undefined", nullptr},
+        {"HTTPS a:1", nullptr},
+    };
+    for (const auto& [answer, expected] : rows) {
+        std::string list = "old";
+        EXPECT_EQ(ProxiesOfAnswer(answer, list), expected != nullptr) << answer;
+        EXPECT_EQ(list, expected ? expected : "old") << answer;
+    }
+}
+
+TEST(ProxyDiscovery, Targets) {
+    struct Row {
+        const char *url, *host;
+        int port;
+        const char* visible;
+    };
+    const Row rows[] = {
+        {"http://x", "x", 80, "http://x"},
+        {"HTTP://me:pw@x:81/a b?q='\\#f", "x", 81, "http://x:81/a%20b?q=%27%5C"},
+        {"https://x:8443/secret?q", "x", 8443, "https://x:8443/"},
+        {"ftp://[::1]/f", "::1", 21, "ftp://[::1]/f"},
+    };
+    for (const Row& row : rows) {
+        const UrlTarget target = TargetOf(row.url);
+        EXPECT_EQ(target.host, row.host);
+        EXPECT_EQ(target.port, row.port);
+        EXPECT_EQ(target.visible, row.visible);
+    }
+    for (const char* url :
+         {"", "x", "://", "http://", "http://:80/", "http://x:99999/", "http://x'y/", "http://x\ny/"})
+        EXPECT_EQ(TargetOf(url).host, "") << url;
+}
+
+/// Whether this machine can run scripts.
+bool HasEngine() {
+    std::string answer;
+    return PlatformRunProxyScript("", "", "", 10, answer) != kProxyNoScriptEngine;
+}
+
+TEST(ProxyScript, PicksTheProxyOfEachHost) {
+    if (!HasEngine()) GTEST_SKIP() << "no script engine";
+    MadeUpNetwork network;
+    const test::Scratch folder;
+    const std::string path = folder / "it's a.pac";
+    os::WriteWholeFile(path.c_str(),
+                       "function FindProxyForURL(url, host) {\n"
+                       "  if (isPlainHostName(host)) return 'DIRECT';\n"
+                       "  if (dnsDomainIs(host, '.vendor.example')) return 'PROXY proxy:8080; DIRECT';\n"
+                       "  if (shExpMatch(url, 'https:*/')) return 'PROXY tls:1';\n"
+                       "  return 'PROXY ' + url.length + ':2';\n"
+                       "}\n");
+    network.settings.flags = kDirectConnection | kConfigurationScript;
+    network.settings.scriptUrl = ("file://" + folder / "it's%20a.pac").c_str();
+    const std::pair<const wchar_t*, const char*> rows[] = {
+        {L"http://intranet/", ""},
+        {L"http://parts.vendor.example/x", "10.0.0.1:8080"},
+        {L"https://x.example/secret", "tls:1"},
+        {L"http://x.example/\x20AC", "26:2"}};
+    for (const auto& [url, list] : rows) {
+        CNetworkManager manager;
+        EXPECT_TRUE(GetClientInternetProxyInfo(url, manager, true));
+        EXPECT_EQ(manager.m_lastDiscoveryError, 0);
+        EXPECT_STREQ(manager.m_proxyList, list);
+    }
+    network.settings.scriptUrl = ("file://" + folder / "missing.pac").c_str();
+    CNetworkManager manager;
+    EXPECT_TRUE(GetClientInternetProxyInfo(L"http://x/", manager, true));
+    EXPECT_EQ(manager.m_lastDiscoveryError, kProxyScriptNotFetched);
+}
+
+TEST(ProxyScript, HostileScriptsEnd) {
+    if (!HasEngine()) GTEST_SKIP() << "no script engine";
+    const std::string function = "function FindProxyForURL(url, host) { ";
+    const std::pair<std::string, int> rows[] = {
+        {function + "while (true) ; }", kProxyScriptTimedOut},
+        {function + "var a = []; while (true) a.push(a.join()); }", 0},
+        {function + "return FindProxyForURL(url, host); }", 0},
+        {function + "var s = 'PROXY a:1;'; for (i = 0; i < 20; ++i) s += s; return s; }", kProxyBadScript},
+        {function + "return null.x; }", kProxyBadScript},
+        {"for (;;) ;", kProxyScriptTimedOut},
+        {"not a script", kProxyBadScript},
+        {"", kProxyBadScript},
+    };
+    for (const auto& [script, error] : rows) {
+        std::string answer = "old";
+        const int result = PlatformRunProxyScript(script, "http://x/", "x", 1, answer);
+        // Out of time or out of memory: either may come first.
+        if (error == 0)
+            EXPECT_TRUE(result == kProxyScriptTimedOut || result == kProxyBadScript) << result << script;
+        else
+            EXPECT_EQ(result, error) << script;
+        EXPECT_EQ(answer, "old");
+    }
+}
+
+}  // namespace
+}  // namespace brenta
