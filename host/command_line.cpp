@@ -11,12 +11,15 @@ struct FreeTextCommand {
     std::string_view name;
     std::vector<std::string_view> flags;         // options without a value
     std::vector<std::string_view> valueOptions;  // options followed by a value, or joined to it by "="
+    std::size_t names = 1;                       // words that name it: two for those like "config get"
 };
 
 const FreeTextCommand* FindCommand(std::string_view name) {
-    static const std::array<FreeTextCommand, 3> commands = {{
+    static const std::array<FreeTextCommand, 5> commands = {{
+        {"config", {"-h", "--help"}, {}, 2},
         {"eval", {"-h", "--help"}, {"-u", "--units"}},
         {"exec", {"-h", "--help"}, {"-u", "--units"}},
+        {"registry", {"-h", "--help"}, {"-t", "--type"}, 2},
         {"run", {"-h", "--help", "-r", "--result"}, {}},
     }};
     const auto* found = std::find_if(commands.begin(), commands.end(),
@@ -39,9 +42,11 @@ std::vector<std::string> SeparateOptions(const std::vector<std::string>& argumen
     const FreeTextCommand* command = arguments.empty() ? nullptr : FindCommand(arguments.front());
     if (command == nullptr) return arguments;
 
-    std::vector<std::string> options = {arguments.front()};
+    const std::size_t names = std::min(command->names, arguments.size());
+    std::vector<std::string> options(arguments.begin(),
+                                     arguments.begin() + static_cast<std::ptrdiff_t>(names));
     std::vector<std::string> words;
-    for (std::size_t i = 1; i < arguments.size(); ++i) {
+    for (std::size_t i = names; i < arguments.size(); ++i) {
         const std::string& word = arguments[i];
         if (word == "--") {
             words.insert(words.end(), arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1,

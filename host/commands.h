@@ -59,11 +59,26 @@ int ConfigCommand(const ConfigOptions& options);
 struct RegistryOptions {
     std::string action;  ///< get, set, delete or list
     std::string path, name, value;
-    bool hasName = false;          ///< whether a name was given, be it ""
+    bool hasName = false;         ///< whether a name was given, be it ""
     std::string type = "string";  ///< of the value to set: string, int, dword, bool or float
 };
 
 /// Reads and writes keys and values of the registry.
 int RegistryCommand(const RegistryOptions& options);
+
+struct ZipOptions {
+    std::string action;  ///< list, test, add or extract
+    std::string archive;
+    std::vector<std::string> names;  ///< files to add, entries to extract
+    std::string folder = ".";        ///< to extract to
+    bool namesOnly = false;
+    bool overwrite = false;
+};
+
+/// Lists, tests, fills and unpacks zip archives.
+int ZipCommand(const ZipOptions& options);
+
+/// Reads messages from standard input and shows the warnings and errors among them as a report.
+int LogCommand(const std::string& title, const std::string& report);
 
 }  // namespace brenta::host

@@ -40,6 +40,8 @@ class CommandLine {
         AddHtml();
         AddRecords();
         AddReport();
+        AddZip();
+        AddLog();
         AddConfig();
         AddRegistry();
         AddProxy();
@@ -163,6 +165,7 @@ class CommandLine {
     void AddConfig() {
         CLI::App* command = m_app.add_subcommand("config", "Read and write this program's settings file");
         command->require_subcommand(1);
+        command->footer("Examples:\n  brenta config set Grid Step 25\n  brenta config get Grid Step");
         const auto add = [&](const char* name, const char* help) {
             return AddAction(*command, m_config.action, name, help);
         };
@@ -176,23 +179,25 @@ class CommandLine {
         set->add_option("VALUE", m_config.value, "The value, one line")->required();
         add("list", "Print the keys and values of a section, or all sections")
             ->add_option("SECTION", m_config.section, "The section; all sections without it");
-        command->footer("Examples:\n  brenta config set Grid Step 25\n  brenta config get Grid Step");
         command->callback([this] { m_status = brenta::host::ConfigCommand(m_config); });
     }
 
     void AddRegistry() {
-        CLI::App* command = m_app.add_subcommand("registry", "Read and write keys and values of the registry");
+        CLI::App* command = m_app.add_subcommand("registry", "Read and write the registry");
         command->require_subcommand(1);
+        command->footer(
+            "Examples:\n  brenta registry set 'HKCU\\Software\\Demo' Step 25 --type int\n"
+            "  brenta registry list 'HKCU\\Software\\Demo'");
         const auto add = [&](const char* name, const char* help) {
             CLI::App* form = AddAction(*command, m_registry.action, name, help);
-            form->add_option("PATH", m_registry.path, "The key: HKCU, HKLM, HKCR or HKU, then names behind \\")
+            form->add_option("PATH", m_registry.path, "HKCU, HKLM, HKCR or HKU, and names behind \\")
                 ->required();
             return form;
         };
         const auto addName = [this](CLI::App* form, const char* help) {
             return form->add_option("NAME", m_registry.name, help);
         };
-        addName(add("get", "Print a value and its type"), "The value's name; the key's default value without it");
+        addName(add("get", "Print a value and its type"), "The value's name; the default value without it");
         CLI::App* set = add("set", "Write a value; a key that is missing is created");
         addName(set, "The value's name; '' is the key's default value")->required();
         set->add_option("VALUE", m_registry.value, "The value")->required();
@@ -202,10 +207,42 @@ class CommandLine {
         addName(add("delete", "Delete a value, or a key with all below it"), "The value; without it the key")
             ->each([this](const std::string&) { m_registry.hasName = true; });
         add("list", "Print the names of sub-keys, and names, types and values");
-        command->footer(
-            "Examples:\n  brenta registry set 'HKCU\\Software\\Demo' Step 25 --type int\n"
-            "  brenta registry list 'HKCU\\Software\\Demo'");
         command->callback([this] { m_status = brenta::host::RegistryCommand(m_registry); });
+    }
+
+    void AddZip() {
+        CLI::App* command = m_app.add_subcommand("zip", "List, test, fill and unpack zip archives");
+        command->require_subcommand(1);
+        command->footer("Example: brenta zip add --names-only project.zip boards/main.brd");
+        const auto add = [&](const char* name, const char* help) {
+            CLI::App* form = AddAction(*command, m_zip.action, name, help);
+            form->add_option("ARCHIVE", m_zip.archive, "The archive")->required();
+            return form;
+        };
+        add("list", "Print the size and name of each entry");
+        add("test", "Unpack each entry in memory and compare its checksum");
+        CLI::App* fill = add("add", "Add files; an archive that is missing is created");
+        fill->add_option("FILE", m_zip.names,
+                         "The files; of two with one name only the first can be unpacked");
+        fill->add_flag("-j,--names-only", m_zip.namesOnly,
+                       "Leave the folders of the files out of their names");
+        CLI::App* unpack = add("extract", "Unpack entries; names that lead out of the folder are refused");
+        unpack->add_option("NAME", m_zip.names, "The entries; all without it");
+        unpack->add_option("-d,--directory", m_zip.folder, "Where to; default the current folder");
+        unpack->add_flag("-o,--overwrite", m_zip.overwrite, "Replace files that exist");
+        command->callback([this] { m_status = brenta::host::ZipCommand(m_zip); });
+    }
+
+    void AddLog() {
+        CLI::App* command =
+            m_app.add_subcommand("log", "Show the warnings and errors of standard input as a web page");
+        command->add_option("-t,--title", m_title, "The page's title");
+        command->add_option("-r,--report", m_report, "The file to write; default brenta-log.html");
+        command->footer(
+            "Takes lines such as 'panel.scr(12): warning: text', and prints all others. The page is opened "
+            "in\n"
+            "the browser.\nExample: brenta check *.scr 2>&1 | brenta log");
+        command->callback([this] { m_status = brenta::host::LogCommand(m_title, m_report); });
     }
 
     CLI::App m_app;
@@ -220,6 +257,9 @@ class CommandLine {
     brenta::host::RegistryOptions m_registry;
     CoreUnits m_evalUnits = brenta::kMils;
     CoreUnits m_execUnits = brenta::kUnitsNone;
+    brenta::host::ZipOptions m_zip;
+    std::string m_title = "Warnings and errors";
+    std::string m_report = "brenta-log.html";
     int m_status = 0;
 };
 
