@@ -8,7 +8,7 @@ namespace brenta {
 namespace {
 
 constexpr int kProxyWantsLogin = 407;
-constexpr int kMostAttempts = 4;  // the first, and one behind each login
+constexpr int kMostLogins = 3;
 
 HttpProxies ProxiesOf(const CNetworkManager& manager) {
     if (manager.m_accessType != kAccessNamedProxy) return {};
@@ -49,15 +49,14 @@ bool CWinHTTP::GetProxyAuthentication(CNetworkManager& manager) {
 }
 
 HttpResult HttpGetThroughProxy(HttpRequest request, CNetworkManager& manager, HttpSink& sink) {
-    HttpResult result;
-    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+    for (int logins = 0;; ++logins) {
         request.proxies = ProxiesOf(manager);
-        result = HttpGet(request, sink);
-        if (result.status != kProxyWantsLogin || IsStopped(request)) break;
+        const HttpResult result = HttpGet(request, sink);
+        if (result.status != kProxyWantsLogin || logins == kMostLogins || IsStopped(request)) return result;
         const bool wasRefused = !request.proxies.user.empty();
-        if (wasRefused ? !AskForProxyLogin(manager) : !CWinHTTP::GetProxyAuthentication(manager)) break;
+        if (wasRefused ? !AskForProxyLogin(manager) : !CWinHTTP::GetProxyAuthentication(manager))
+            return result;
     }
-    return result;
 }
 
 }  // namespace brenta

@@ -1,0 +1,68 @@
+#include "brenta/http.h"
+#include "brenta/registry.h"
+#include "http_host.h"
+
+namespace brenta {
+namespace {
+
+using test::HttpHost;
+using test::Texts;
+
+void SetMachineValue(const char* key, const char* value) {
+    CCoreRegistry registry(HKEY_LOCAL_MACHINE);
+    ASSERT_TRUE(registry.CreateKey((std::string("SOFTWARE\\Classes\\") + key).c_str()));
+    ASSERT_TRUE(registry.WriteString("", value));
+}
+
+TEST(Browser, CommandOfTheRegistry) {
+    constexpr char http[] = "HTTP\\shell\\open\\command", https[] = "HTTPS\\shell\\open\\command",
+                   page[] = "page\\shell\\open\\command";
+    using Values = std::vector<std::pair<const char*, const char*>>;
+    // Values of the machine; address; the words of the command.
+    const std::tuple<Values, const char*, const char*> rows[] = {
+        {{}, "http://h/", "desktop|http://h/"},
+        {{{http, "web"}}, "http://h/?a=1&b=2", "web|http://h/?a=1&b=2"},
+        {{{http, "\"C:\\My Web\\web.exe\" -url \"%1\" --last"}},
+         "https://h/",
+         "C:\\My Web\\web.exe|-url|https://h/|--last"},
+        {{{https, "secure"}, {".htm", "page"}, {page, "reader"}}, "http://h/", "secure|http://h/"},
+        {{{".htm", "page"}, {page, "reader --url=%1"}}, "http://h/", "reader|--url=http://h/"},
+        {{{".htm", "none"}, {".html", "page"}, {page, "reader"}}, "http://h/", "reader|http://h/"},
+        {{{http, "web"}}, "http://h/\" --run evil", ""},
+        {{{http, "web"}}, "http://h/\"x", "web|http://h/%22x"},
+        {{{http, "web \"%1\""}}, "http://h/%1", "web|http://h/%1"}};
+    for (const auto& [values, address, words] : rows) {
+        HttpHost host;
+        for (const auto& [key, value] : values)
+            SetMachineValue(key, value);
+        CString url(address);
+        EXPECT_EQ(CWinHTTP::LaunchWebBrowser(url), *words != 0) << address;
+        EXPECT_EQ(host.started, *words ? Texts{words} : Texts{});
+        EXPECT_STREQ(url, address);
+    }
+}
+
+TEST(Browser, Failures) {
+    const auto message = [](int error, const char* text) {
+        return "Error launching web browser.  CreateProcess( ) failed with error " + std::to_string(error) +
+               ": " + text + "|0";
+    };
+    HttpHost host;
+    for (const char* address :
+         {"", "file:///etc/passwd", "-opt", "http://", "javascript:x", "http://h/\n", "http://h/ x"}) {
+        CString url(address);
+        host.shown.clear();
+        EXPECT_FALSE(CWinHTTP::LaunchWebBrowser(url));
+        EXPECT_EQ(host.shown, Texts{message(22, "Invalid argument")}) << address;
+    }
+    EXPECT_EQ(host.started, Texts{});
+    CString url("http://h/");
+    SetMachineValue("HTTP\\shell\\open\\command", "web");
+    host.startError = 13;
+    host.shown.clear();
+    EXPECT_FALSE(CWinHTTP::LaunchWebBrowser(url));
+    EXPECT_EQ(host.shown, Texts{message(13, "Permission denied")});
+}
+
+}  // namespace
+}  // namespace brenta

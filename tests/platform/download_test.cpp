@@ -1,0 +1,241 @@
+#include "platform/download.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "brenta/http.h"
+#include "http_host.h"
+#include "loopback_server.h"
+#include "os/os.h"
+
+namespace brenta {
+namespace {
+
+using test::HttpHost;
+using test::LoopbackServer;
+using test::Page;
+using test::Reply;
+using test::Scratch;
+using test::Texts;
+
+constexpr char kStated[] = "Error downloading newer version of Brenta";
+
+/// Keeps the range and the last position; counts steps back.
+struct Bar : CProgressCtrl {
+    void SetRange32(int, int upper) override { range = upper; }
+    int SetPos(int now) override {
+        stepsBack += now < position;
+        return std::exchange(position, now);
+    }
+    int range = -1, position = 0, stepsBack = 0;
+};
+
+std::string Content(const std::string& path) {
+    std::string content = "absent";
+    os::ReadWholeFile(path.c_str(), content);
+    return content;
+}
+
+std::ptrdiff_t FilesBeside(const std::string& path) {
+    const auto folder = std::filesystem::path(path).parent_path();
+    return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+TEST(Download, WholeFileReplacesTheOld) {
+    HttpHost host;
+    const Scratch scratch;
+    const std::string file = scratch / "file", big(3'000'000, 'b');
+    const LoopbackServer server(
+        {{"/big", Page(big)},
+         {"/empty", Page("")},
+         {"/chunks", {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\n\r\n"}},
+         {"/dir/moved", {"HTTP/1.1 302 Found\r\nLocation: ../chunks\r\nContent-Length: 3\r\n\r\nbad"}}});
+    const std::tuple<const char*, std::string, int> rows[] = {
+        {"/big", big, 3'000'000}, {"/empty", "", 0}, {"/chunks", "abc", -1}, {"/dir/moved", "abc", -1}};
+    for (const auto& [path, content, range] : rows) {
+        Bar bar;
+        EXPECT_NE(DownloadFile((server.Address() + path).c_str(), file.c_str(), nullptr, &bar), 0) << path;
+        EXPECT_TRUE(Content(file) == content) << path;
+        EXPECT_EQ(bar.range, range) << path;
+        EXPECT_EQ(bar.position, std::max(range, 0)) << path;
+        EXPECT_EQ(bar.stepsBack, 0) << path;
+    }
+    EXPECT_EQ(host.shown, Texts{});
+    const std::string head = server.Requests()[0];
+    EXPECT_NE(head.find("User-Agent: BRENTA_AGENT(4.0.0.0)\r\n"), head.npos) << head;
+    EXPECT_NE(head.find("Cache-Control: no-cache\r\n"), head.npos) << head;
+}
+
+TEST(Download, FailureTellsWhyAndKeepsTheOldFile) {
+    HttpHost host;
+    const Scratch scratch;
+    const std::string file = scratch / "file", ok = "HTTP/1.1 200 OK\r\n";
+    const auto to = [](const std::string& url) {
+        return Reply{"HTTP/1.1 302 Found\r\nLocation: " + url + "\r\nContent-Length: 0\r\n\r\n"};
+    };
+    const LoopbackServer server(
+        {{"/short", {ok + "Content-Length: 10\r\n\r\nabc"}},
+         {"/cut", {ok + "Transfer-Encoding: chunked\r\n\r\n5\r\nab"}},
+         {"/unmarked", {ok + "\r\nabc"}},
+         {"/drip", {ok + "Content-Length: 1000000\r\n\r\n", Reply::Drip}},
+         {"/silent", {ok, Reply::Drip}},
+         {"/flood", {ok + "Transfer-Encoding: chunked\r\n\r\nfffffff\r\n", Reply::Flood}},
+         {"/long", {ok + "Content-Length: 99999999999\r\n\r\n", Reply::Flood}},
+         {"/loop", to("/loop")},
+         {"/local", to("file:///etc/passwd")},
+         {"/line", {ok + "X: " + std::string(1 << 20, 'x') + "\r\n\r\n"}},
+         {"/nonsense", {"nonsense\r\n\r\n"}},
+         {"/nothing", {""}}});
+    const std::string address = server.Address();
+    const std::tuple<std::string, const char*> rows[] = {
+        {address + "/missing", "The server answered with status 404"},
+        {address + "/short", "transfer closed with 7 bytes remaining to read"},
+        {address + "/cut", "transfer closed with outstanding read data remaining"},
+        {address + "/unmarked", "The server did not say how long its answer is"},
+        {address + "/drip", "Operation too slow. Less than 64 bytes/sec transferred the last 1 seconds"},
+        {address + "/silent", "Operation too slow. Less than 64 bytes/sec transferred the last 1 seconds"},
+        {address + "/flood", "The answer is longer than 5000000 bytes"},
+        {address + "/long", "The answer is longer than 5000000 bytes"},
+        {address + "/loop", "The server redirects without end"},
+        {address + "/local", "The server leads elsewhere"},
+        {address + "/line", "The server's header is too long"},
+        {address + "/nonsense", "Received HTTP/0.9 when not allowed"},
+        {address + "/nothing", "Empty reply from server"},
+        {"ftp://127.0.0.1/x", "The address is not one of the web"},
+        {"file:///etc/passwd", "The address is not one of the web"},
+        {"http://", "The address is not one of the web"},
+        {address + "/a b", "The address is not one of the web"}};
+    std::ofstream(file) << "old";
+    HttpLimits limits;
+    limits.bodyBytes = 5'000'000;
+    limits.stallSeconds = 1;
+    CNetworkManager manager;
+    for (const auto& [url, reason] : rows) {
+        host.shown.clear();
+        EXPECT_FALSE(DownloadWithin(limits, url.c_str(), file.c_str(), manager, nullptr)) << url;
+        EXPECT_EQ(host.shown, Texts{std::string(kStated) + "\n\n" + reason + "|48"}) << url;
+        EXPECT_EQ(Content(file), "old") << url;
+        EXPECT_EQ(FilesBeside(file), 1) << url;
+    }
+}
+
+TEST(Download, WhatIsRefusedBeforeTheRequest) {
+    HttpHost host;
+    const Scratch scratch;
+    const std::string file = scratch / "file", inside = file + "/inside";
+    std::ofstream(file) << "old";
+    EXPECT_EQ(DownloadFile("", file.c_str(), nullptr, nullptr), 0);
+    EXPECT_EQ(DownloadFile("http://x/", nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(host.shown, Texts{});
+    EXPECT_EQ(DownloadFile("http://x/", inside.c_str(), nullptr, nullptr), 0);
+    host.isOnline = false;
+    EXPECT_EQ(DownloadFile("http://x/", file.c_str(), nullptr, nullptr), 0);
+    EXPECT_EQ(host.shown, (Texts{std::string(kStated) + "\n\nThe file could not be written|48",
+                                 std::string(kStated) +
+                                     "\nNot connected to the Internet.\n\nNetwork is unreachable|48"}));
+    EXPECT_EQ(Content(file), "old");
+}
+
+/// A real proxy on the loopback while it lives.
+class Proxy {
+ public:
+    explicit Proxy(const char* credentials) : m_port(test::FreePort()) {
+        const std::string file = m_folder / "proxy.conf";
+        std::ofstream(file) << "Listen 127.0.0.1\nPort " << m_port << "\nAllow 127.0.0.1\nLogLevel Critical\n"
+                            << credentials;
+        m_process = fork();
+        if (m_process == 0) {
+            execl("/usr/bin/tinyproxy", "tinyproxy", "-d", "-c", file.c_str(), nullptr);
+            _exit(127);
+        }
+    }
+    ~Proxy() {
+        kill(m_process, SIGTERM);
+        waitpid(m_process, nullptr, 0);
+    }
+    Proxy(const Proxy&) = delete;
+    Proxy& operator=(const Proxy&) = delete;
+
+    std::string Address() const { return "127.0.0.1:" + std::to_string(m_port); }
+
+    /// Waits until it listens.
+    bool IsUp() const {
+        HttpRequest request;
+        request.url = "http://" + Address() + "/";
+        std::string text;
+        for (int i = 0; i < 100; ++i) {
+            if (HttpGetText(request, text).status != 0) return true;
+            usleep(50'000);
+        }
+        return false;
+    }
+
+ private:
+    Scratch m_folder;
+    int m_port;
+    pid_t m_process;
+};
+
+TEST(Download, ThroughTheProxy) {
+    if (!std::filesystem::exists("/usr/bin/tinyproxy")) GTEST_SKIP() << "no tinyproxy";
+    struct Row {
+        const char *list, *bypass;
+        std::vector<std::pair<std::string, std::string>> logins;
+        bool hasPassword;
+        const char* status;  // "" for success
+        std::size_t asked;
+        bool isThroughProxy;
+    };
+    const Row rows[] = {{"", "", {}, false, "", 0, true},
+                        {"http=", "", {}, false, "", 0, true},
+                        {"https=none:1;", "", {}, false, "", 0, true},
+                        {"", "x;127.*", {}, false, "", 0, false},
+                        {"", "", {}, true, "407", 1, false},
+                        {"", "", {{"me", "pw"}}, true, "", 1, true}};
+    const Proxy open(""), closed("BasicAuth me pw\n");
+    ASSERT_TRUE(open.IsUp() && closed.IsUp());
+    for (const Row& row : rows) {
+        HttpHost host;
+        const LoopbackServer server({{"/file", Page("content")}});
+        host.logins = row.logins;
+        host.settings.flags = kNamedProxy;
+        host.settings.proxyList = (row.list + (row.hasPassword ? closed : open).Address()).c_str();
+        host.settings.bypassList = row.bypass;
+        const std::string file = host.data / "file";
+        CNetworkManager manager;
+        const int isGood =
+            DownloadFile((server.Address() + "/file").c_str(), file.c_str(), &manager, nullptr);
+        EXPECT_EQ(isGood != 0, *row.status == 0) << row.list << testing::PrintToString(host.shown);
+        EXPECT_EQ(Content(file), isGood ? "content" : "absent");
+        EXPECT_EQ(host.asked.size(), row.asked);
+        if (!isGood) {
+            EXPECT_NE(host.shown.at(0).find(row.status), std::string::npos) << host.shown[0];
+        }
+        const Texts requests = server.Requests();
+        EXPECT_EQ(!requests.empty() && requests[0].find("Via:") != std::string::npos, row.isThroughProxy);
+        // What was typed is known the next time.
+        if (isGood && row.hasPassword) {
+            EXPECT_STREQ(CNetworkManager().m_userName, "me");
+        }
+    }
+}
+
+TEST(Download, AsksAgainForARefusedLogin) {
+    HttpHost host;
+    const std::string refusal = "HTTP/1.1 407 No\r\nProxy-Authenticate: Basic realm=\"x\"\r\n";
+    const LoopbackServer proxy({{"http://far/file", {refusal + "Content-Length: 0\r\n\r\n"}}});
+    host.settings.flags = kNamedProxy;
+    host.settings.proxyList = proxy.Address().substr(7).c_str();
+    host.logins = {{"a", "1"}, {"a", "2"}, {"b", "3"}, {"never", "asked"}};
+    const std::string file = host.data / "file", server(host.settings.proxyList());
+    EXPECT_EQ(DownloadFile("http://far/file", file.c_str(), nullptr, nullptr), 0);
+    EXPECT_EQ(host.asked, (Texts{server + "|", server + "|a", server + "|a"}));
+    EXPECT_EQ(host.shown, Texts{std::string(kStated) + "\n\nThe server answered with status 407|48"});
+    EXPECT_EQ(Content(file), "absent");
+}
+
+}  // namespace
+}  // namespace brenta

@@ -1,0 +1,52 @@
+// A web server on this machine's loopback that misbehaves as it is told.
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "test_support.h"
+
+namespace brenta::test {
+
+/// What is sent for one path, and what follows it.
+struct Reply {
+    enum Then { Close, Drip, Flood };  // the end, a byte each tenth of a second, or bytes without end
+    std::string bytes;
+    Then then = Close;
+};
+
+/// A good reply.
+Reply Page(const std::string& body);
+
+class LoopbackServer {
+ public:
+    /// Replies by path ("/name"); any other is not found.
+    explicit LoopbackServer(std::map<std::string, Reply> replies);
+    ~LoopbackServer();
+    LoopbackServer(const LoopbackServer&) = delete;
+    LoopbackServer& operator=(const LoopbackServer&) = delete;
+
+    std::string Address() const { return "http://127.0.0.1:" + std::to_string(m_port); }
+    /// The heads of the requests so far.
+    Texts Requests() const;
+
+ private:
+    void Serve();
+    void Answer(int connection);
+
+    const std::map<std::string, Reply> m_replies;
+    int m_listener = -1;
+    int m_port = 0;
+    std::atomic<bool> m_stop{false};
+    mutable std::mutex m_mutex;
+    Texts m_requests;
+    std::thread m_thread;
+};
+
+/// A port on which nobody listens.
+int FreePort();
+
+}  // namespace brenta::test
