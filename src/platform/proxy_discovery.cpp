@@ -51,8 +51,7 @@ int PortOfScheme(const std::string& scheme) {
 
 /// A byte that a quoted text of a script's language, or a header line, may hold.
 bool IsPlain(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte > ' ' && byte != 127 && c != '\'' && c != '"' && c != '\\';
+    return c > ' ' && c < 127 && c != '\'' && c != '"' && c != '\\';
 }
 
 std::string Escaped(std::string_view text) {

@@ -16,9 +16,10 @@ namespace brenta {
 
 namespace {
 
+// Exit statuses of the child; others than these come from what it loads.
 constexpr int kDone = 0;
-constexpr int kNoLibrary = 1;
-constexpr int kNoAnswer = 2;
+constexpr int kNoLibrary = 101;
+constexpr int kNoAnswer = 102;
 
 template <class Function>
 bool Find(void* library, const char* name, Function*& function) {

@@ -24,16 +24,11 @@ void AddToList(std::string& list, const std::string& entry) {
 
 /// Adds one host. Elsewhere a name stands for all names below it too; in bypass lists these are spelled out.
 void AddBypass(std::string& list, std::string host) {
-    const bool isNumeric = host.find_first_not_of("0123456789.") == std::string::npos;
-    if (host.empty()) return;
-    if (isNumeric || host.find_first_of("*:/<") != std::string::npos) {
-        AddToList(list, host);
-        return;
-    }
-    if (host.front() == '.') host.erase(0, 1);
+    if (host.starts_with('.')) host.erase(0, 1);
     if (host.empty()) return;
     AddToList(list, host);
-    AddToList(list, "*." + host);
+    const bool isNumeric = host.find_first_not_of("0123456789.") == std::string::npos;
+    if (!isNumeric && host.find_first_of("*:/<") == std::string::npos) AddToList(list, "*." + host);
 }
 
 std::string BypassFrom(std::string_view hosts) {
