@@ -1,11 +1,15 @@
 // What tests of settings share: an application-data folder of their own, and processes to disturb it.
 #pragma once
 
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <atomic>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
+#include <new>
 #include <string>
 
 #include "brenta/host.h"
@@ -57,6 +61,31 @@ inline void KillAfter(pid_t child, std::uint_fast32_t microseconds) {
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
 }
+
+/// A number that forked processes share.
+class SharedFlag {
+ public:
+    SharedFlag() {
+        void* const place =
+            mmap(nullptr, sizeof(*m_pNumber), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        m_pNumber = ::new (place) std::atomic<int>(0);
+    }
+    ~SharedFlag() { munmap(m_pNumber, sizeof(*m_pNumber)); }
+    SharedFlag(const SharedFlag&) = delete;
+    SharedFlag& operator=(const SharedFlag&) = delete;
+
+    int Get() const { return m_pNumber->load(); }
+    void Set(int number) const { m_pNumber->store(number); }
+    /// False after ten seconds.
+    bool WaitFor(int number) const {
+        for (int i = 0; i < 100000 && Get() != number; ++i)
+            usleep(100);
+        return Get() == number;
+    }
+
+ private:
+    std::atomic<int>* m_pNumber;
+};
 
 inline unsigned int RightsOf(const std::string& path) {
     return static_cast<unsigned int>(std::filesystem::status(path).permissions());

@@ -277,42 +277,48 @@ TEST(Registry, FourProcessesWriteAtOnce) {
     EXPECT_EQ(key.ReadInt("3999", 0), 999);
 }
 
+/// The values 1 to 8 of the sub-keys of "K".
+Texts ValuesOfK() {
+    Texts values;
+    for (char name = '1'; name <= '8'; ++name) {
+        CCoreRegistry key(HKEY_CURRENT_USER);
+        key.SetKey((std::string("K\\") + name).c_str(), false);
+        values.push_back(std::to_string(key.ReadInt("v", 0)));
+    }
+    return values;
+}
+
+bool SetValuesOfK(int value) {
+    bool good = true;
+    for (char name = '1'; name <= '8'; ++name)
+        good &= At((std::string("K\\") + name).c_str()).WriteInt("v", value);
+    return good;
+}
+
 TEST(Registry, KillingTheWriterLeavesNothingHalf) {
-    constexpr int kValues = 8;
     const DataFolder folder;
-    // Writes one value of the key, or of its sub-key.
-    const auto write = [](CCoreRegistry& key, int i, int value) {
-        return key.SetKey(i < kValues / 2 ? "K" : "K\\Sub", true) &&
-               key.WriteInt(std::to_string(i).c_str(), value);
-    };
-    const auto disturb = [&] {
+    CCoreRegistry user(HKEY_CURRENT_USER);
+    const test::SharedFlag isRestoring;
+    const auto saveAndRestore = [&] {
         At key("K");
-        for (;;) {
-            key.SetKey("K", false);
-            if (!key.SaveKey()) return false;
-            for (int i = 0; i < kValues; ++i)
-                write(key, i, 2);
-            if (!key.RestoreKey()) return false;
+        while (SetValuesOfK(1) && key.SaveKey() && SetValuesOfK(2)) {
+            isRestoring.Set(1);
+            if (!key.RestoreKey()) break;
+            isRestoring.Set(0);
         }
+        return false;
     };
-    At user("");
     std::mt19937 random(7);
     for (int run = 0; run < 100; ++run) {
-        for (int i = 0; i < kValues; ++i)
-            ASSERT_TRUE(write(user, i, 1));
-        user.ClearKey();
-        test::KillAfter(test::Fork(disturb), random() % 6000);
-        // Without a copy all is restored; with one, the values written so far come before the others, whereas
-        // half a restoring would have begun with those.
-        const bool isRestored = SubKeys(user) == Texts{"K"};
-        int last = isRestored ? 1 : 2;
-        for (int i = 0; i < kValues; ++i) {
-            user.SetKey(i < kValues / 2 ? "K" : "K\\Sub", false);
-            const int value = user.ReadInt(std::to_string(i).c_str(), 0);
-            EXPECT_TRUE(value == 1 || value == last) << run << ": " << i << " is " << value;
-            last = value;
+        isRestoring.Set(0);
+        const pid_t child = test::Fork(saveAndRestore);
+        ASSERT_TRUE(isRestoring.WaitFor(1));
+        test::KillAfter(child, random() % 600);
+        // Either nothing is restored and the copy is there, or all is and it is not.
+        const bool hasCopy = SubKeys(user) != Texts{"K"};
+        if (isRestoring.Get() == 1) {
+            EXPECT_EQ(ValuesOfK(), Texts(8, hasCopy ? "2" : "1")) << run;
         }
-        user.ClearKey();
         for (const std::string& name : SubKeys(user))
             if (name != "K") user.DeleteKey(name.c_str());
     }
