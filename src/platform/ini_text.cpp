@@ -133,7 +133,9 @@ string_view IniText::LineBreak() const {
     return end != std::string::npos && end > 0 && m_content[end - 1] == '\r' ? "\r\n" : "\n";
 }
 
+// Blanks around the value would not be read back; kept, they would become more with every writing.
 void IniText::Set(string_view section, string_view key, string_view value) {
+    value = Trimmed(value);
     if (const Entry* const entry = FindEntry(section, key)) {
         const auto start = static_cast<std::size_t>(entry->value.data() - m_content.data());
         m_content.replace(start, entry->value.size(), value);

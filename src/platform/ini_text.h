@@ -36,8 +36,8 @@ class IniText {
     std::vector<std::string_view> Sections() const;
     std::vector<std::string_view> Keys(std::string_view section) const;
 
-    /// Replaces the value of a key, or adds the key behind the section's last line that is not blank, or the
-    /// section behind everything. Only for what CanSet accepts.
+    /// Replaces the value of a key (blanks around it do not count), or adds the key behind the section's last
+    /// line that is not blank, or the section behind everything. Only for what CanSet accepts.
     void Set(std::string_view section, std::string_view key, std::string_view value);
 
     /// Removes all lines of a key from the section that counts.

@@ -52,7 +52,7 @@ TEST(IniText, ChangesOneLine) {
     const std::tuple<string_view, string_view, string_view, string_view, string_view> rows[] = {
         {"", "S", "k", "v", "[S]\nk=v\n"},
         {"\xEF\xBB\xBF", "S", "k", "v", "\xEF\xBB\xBF[S]\nk=v\n"},
-        {"[S]\n Key =  old\t\n;k=1\n", "s", "KEY", "new", "[S]\n Key =  new\t\n;k=1\n"},
+        {"[S]\n Key =  old\t\n;k=1\n", "s", "KEY", " new ", "[S]\n Key =  new\t\n;k=1\n"},
         {"[S]\r\nk=\r\n[T]\r\n", "S", "k", "v", "[S]\r\nk=v\r\n[T]\r\n"},
         {"[S]\r\na=1\r\n\r\n[T]\r\n", "S", "b", "2", "[S]\r\na=1\r\nb=2\r\n\r\n[T]\r\n"},
         {"[S]\na=\"1\"", "S", "b", "2", "[S]\na=\"1\"\nb=2\n"},
