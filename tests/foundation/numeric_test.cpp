@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <tuple>
+#include <utility>
 
 namespace brenta {
 namespace {
@@ -47,16 +48,16 @@ TEST(Numeric, RandomNumbers) {
     EXPECT_NE(first, second);
     CoreRandSeed(7);
     EXPECT_TRUE(CoreRand() == first && CoreRand() == second);
-    int counts[6] = {};
-    for (int i = 0; i < 60000; ++i)
-        ++counts[CoreRand(3, -2) + 2];
-    for (int count : counts)
-        EXPECT_NEAR(count, 10000, 500);
-    EXPECT_EQ(CoreRand(5, 5), 5);
-    bool high = false, low = false;
-    for (int i = 0; i < 100; ++i)
-        (CoreRand(INT_MIN, INT_MAX) < 0 ? low : high) = true;
-    EXPECT_TRUE(high && low);
+    // Both ends come, in either order of the bounds, and nothing beyond.
+    for (const auto& [least, most] : {std::pair(3, 2), {INT_MIN, INT_MIN + 1}, {5, 5}}) {
+        bool low = false, high = false;
+        for (int i = 0; i < 100; ++i) {
+            const int number = CoreRand(least, most);
+            EXPECT_TRUE(number == least || number == most);
+            (number == least ? low : high) = true;
+        }
+        EXPECT_TRUE(low && high == (least != most));
+    }
 }
 
 }  // namespace

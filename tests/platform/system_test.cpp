@@ -65,20 +65,15 @@ TEST(System, Timers) {
     CJobTime job;
     pause();
     timer.Stop();
-    const double first = timer.GetSeconds();
+    job.Stop();
+    const double passed = timer.GetSeconds(), elapsed = job.GetElapsedSeconds(),
+                 used = job.GetProcessorSeconds();
     pause();
-    EXPECT_EQ(timer.GetSeconds(), first);
+    EXPECT_TRUE(timer.GetSeconds() == passed && passed >= 0.02);
+    EXPECT_TRUE(job.GetElapsedSeconds() == elapsed && job.GetProcessorSeconds() == used && elapsed >= 0.02);
     timer.Resume();
     pause();
-    EXPECT_GE(timer.GetSeconds(), first + 0.02);
-    EXPECT_GE(first, 0.02);
-    timer.Restart();
-    EXPECT_LT(timer.GetSeconds(), first + 60);
-    job.Stop();
-    const double elapsed = job.GetElapsedSeconds(), used = job.GetProcessorSeconds();
-    pause();
-    EXPECT_TRUE(job.GetElapsedSeconds() == elapsed && job.GetProcessorSeconds() == used && elapsed >= 0.06);
-    EXPECT_LT(used, elapsed + 1);
+    EXPECT_GE(timer.GetSeconds(), passed + 0.02);
     EXPECT_DOUBLE_EQ(job.GetRemainingSeconds(0.25), 3 * elapsed);
     EXPECT_TRUE(job.GetRemainingSeconds(0) == -1 && job.GetRemainingSeconds(2) == 0);
     EXPECT_EQ(job.GetText().Left(5), "0:00:");
@@ -108,11 +103,11 @@ TEST(System, ProgramsAreStartedWithoutAShell) {
     const test::Scratch scratch;
     const std::string script = scratch / "show words", out = scratch / "out", page = scratch / "a page.html";
     std::ofstream(script) << "#!/bin/sh\nfor word in \"$@\"; do echo \"[$word]\"; done > '" << out
-                          << ".new'\nls /proc/$$/fd | wc -l >> '" << out << ".new'\nmv '" << out << ".new' '"
-                          << out << "'\n";
+                          << ".new'\nls -l /proc/$$/fd | grep -c 'a page.html' >> '" << out << ".new'\nmv '"
+                          << out << ".new' '" << out << "'\n";
     std::ofstream(page) << "";
     fs::permissions(script, fs::perms::owner_all);
-    const std::ifstream notInherited(page);  // the program has three files and its script, no more
+    const std::ifstream notInherited(page);  // by the program
 
     int error = -1;
     TOrderedList<CoreString> words;
@@ -121,7 +116,7 @@ TEST(System, ProgramsAreStartedWithoutAShell) {
     EXPECT_TRUE(ExecProgram(script.c_str(), words, &error));
     EXPECT_EQ(error, 0);
     const std::string shown = Awaited(out);
-    EXPECT_EQ(shown, "[a b]\n[$HOME;*]\n[]\n[\"'\\]\n4\n");
+    EXPECT_EQ(shown, "[a b]\n[$HOME;*]\n[]\n[\"'\\]\n0\n");
     fs::remove(out);
     EXPECT_TRUE(ExecProgram(("\"" + script + "\" one\t\"two  words\"x \"\"").c_str(), &error));
     EXPECT_EQ(Awaited(out).substr(0, 21), "[one]\n[two  wordsx]\n[");
