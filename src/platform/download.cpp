@@ -1,5 +1,6 @@
 #include "platform/download.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <limits>
@@ -56,22 +57,36 @@ class FileSink : public HttpSink {
     }
 
     bool Write(std::string_view piece) override {
-        if (std::fwrite(piece.data(), 1, piece.size(), m_file.get()) != piece.size()) return false;
+        errno = 0;
+        if (std::fwrite(piece.data(), 1, piece.size(), m_file.get()) != piece.size()) return Note(errno);
         m_taken += static_cast<std::int64_t>(piece.size());
         if (m_isCounted) m_pProgress->SetPos(static_cast<int>(m_taken / m_unit));
         return true;
     }
 
-    std::string Reason() const override { return "The file could not be written"; }
+    std::string Reason() const override {
+        const std::string reason = "The file could not be written";
+        return m_error == 0 ? reason : reason + ": " + std::generic_category().message(m_error);
+    }
 
-    bool Commit() { return std::fclose(m_file.release()) == 0 && m_replacement.Commit(); }
+    bool Commit() {
+        errno = 0;
+        if (std::fclose(m_file.release()) != 0) return Note(errno);
+        return m_replacement.Commit();
+    }
 
  private:
+    bool Note(int error) {
+        m_error = error;
+        return false;
+    }
+
     CProgressCtrl* const m_pProgress;
     os::Replacement m_replacement;
     std::unique_ptr<std::FILE, CloseFile> m_file;
     std::int64_t m_taken = 0;
     std::int64_t m_unit = 1;
+    int m_error = 0;  ///< of the C library; 0 if it told none
     bool m_isCounted = false;
 };
 

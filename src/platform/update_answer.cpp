@@ -45,8 +45,9 @@ bool IsOnlySeparators(Text text) {
 }
 
 Text Trimmed(Text text) {
-    const std::size_t start = std::min(text.find_first_not_of(" \t"), text.size());
-    return text.substr(start, text.find_last_not_of(kSeparators) + 1 - std::min(start, text.size()));
+    text = text.substr(0, text.find_last_not_of(kSeparators) + 1);  // npos + 1 is 0
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    return text;
 }
 
 bool IsStorable(Text value) {
