@@ -18,7 +18,6 @@ namespace {
 constexpr int kScriptSeconds = 10;
 constexpr std::size_t kLargestScript = 1 << 20;
 constexpr int kMostProxies = 32;  ///< of one script's answer
-constexpr std::string_view kBlanks = " \t\r\n";
 
 CString ToText(std::string_view text) {
     return CString(text.data(), static_cast<int>(text.size()));
@@ -29,13 +28,6 @@ std::string Lowered(std::string_view text) {
     for (char& c : lowered)
         c = ToLower(c);
     return lowered;
-}
-
-/// Takes the text before the first of the separators, and that, off the front.
-std::string_view TakeUpTo(std::string_view& text, std::string_view separators) {
-    const std::string_view piece = text.substr(0, text.find_first_of(separators));
-    text.remove_prefix(std::min(piece.size() + 1, text.size()));
-    return piece;
 }
 
 }  // namespace
@@ -75,6 +67,7 @@ UrlTarget TargetOf(std::string_view url) {
     const std::size_t slashes = url.find("://");
     if (slashes == std::string_view::npos) return target;
     target.scheme = Lowered(url.substr(0, slashes));
+    if (!std::all_of(target.scheme.begin(), target.scheme.end(), IsAlnum)) return target;
     url.remove_prefix(slashes + 3);
     // The text behind an equals sign is taken for the server whatever it holds.
     const std::string authority = "=" + std::string(url.substr(0, url.find_first_of("/?#")));
@@ -88,7 +81,8 @@ UrlTarget TargetOf(std::string_view url) {
     target.host = host;
     // Whoever wrote the script has no business with what is asked of a server under encryption.
     const std::string_view path = url.substr(std::min(authority.size() - 1, url.size()));
-    target.visible = target.scheme + "://" + std::string(server.host) + std::string(server.after);
+    target.visible = target.scheme + "://" + std::string(server.host);
+    if (hasPort) target.visible += ":" + std::to_string(target.port);
     target.visible += target.scheme == "https" ? "/" : Escaped(path.substr(0, path.find('#')));
     return target;
 }
@@ -139,7 +133,8 @@ const ProxyScripts kPlatformProxyScripts = {&FetchScript, &PlatformRunProxyScrip
 bool ProxiesOfAnswer(std::string_view answer, std::string& list) {
     std::string found;
     for (int count = 0; !answer.empty() && count < kMostProxies;) {
-        std::string_view alternative = TakeUpTo(answer, ";");
+        std::string_view alternative = answer.substr(0, answer.find(';'));
+        answer.remove_prefix(std::min(alternative.size() + 1, answer.size()));
         const std::string type = Lowered(TakeProxyEntry(alternative));
         if (type == "direct") {
             list = found;

@@ -34,9 +34,9 @@ std::size_t HostStart(std::string_view value) {
 }
 
 std::size_t HostLength(std::string_view text) {
-    const std::size_t bracket = text.starts_with('[') ? text.find(']') : std::string_view::npos;
-    if (bracket != std::string_view::npos) return bracket + 1;
-    return text.substr(0, text.find_first_of(":/")).size();
+    const std::size_t bracket = text.find_first_of("]/");
+    const bool isBracketed = text.starts_with('[') && bracket < text.size() && text[bracket] == ']';
+    return isBracketed ? bracket + 1 : text.substr(0, text.find_first_of(":/")).size();
 }
 
 /// Entries that stand in the list, as its text is or with their hosts replaced.

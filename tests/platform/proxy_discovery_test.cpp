@@ -135,6 +135,7 @@ TEST(ProxyDiscovery, Targets) {
         {"HTTP://me:pw@x:81/a b?q='\\#f", "x", 81, "http://x:81/a%20b?q=%27%5C"},
         {"https://x:8443/secret?q", "x", 8443, "https://x:8443/"},
         {"ftp://[::1]/f", "::1", 21, "ftp://[::1]/f"},
+        {"http://x:80'+evil()+'/", "x", 80, "http://x:80/"},
     };
     for (const Row& row : rows) {
         const UrlTarget target = TargetOf(row.url);
