@@ -101,6 +101,7 @@ bool Launch(const char* address) {
     if (words.empty()) return HostShellOpen(url.c_str()) || Fail(ENOENT);
     PlaceAddress(words, url);
     std::vector<const char*> arguments;
+    arguments.reserve(words.size());
     for (const std::string& word : words)
         arguments.push_back(word.c_str());
     int error = 0;

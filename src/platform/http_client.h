@@ -24,7 +24,7 @@ namespace brenta {
 /// What an answer may cost before the request fails.
 struct HttpLimits {
     std::int64_t bodyBytes = std::numeric_limits<std::int64_t>::max();
-    std::size_t headerBytes = 64 * 1024;  ///< all header lines of one answer together
+    std::size_t headerBytes = 65536;  ///< all header lines of one answer together
     int redirects = 5;
     int connectSeconds = 30;
     int stallSeconds = 60;  ///< without as much as 64 bytes a second, waiting for the first byte included

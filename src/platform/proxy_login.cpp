@@ -51,7 +51,7 @@ bool CWinHTTP::GetProxyAuthentication(CNetworkManager& manager) {
 HttpResult HttpGetThroughProxy(HttpRequest request, CNetworkManager& manager, HttpSink& sink) {
     for (int logins = 0;; ++logins) {
         request.proxies = ProxiesOf(manager);
-        const HttpResult result = HttpGet(request, sink);
+        HttpResult result = HttpGet(request, sink);
         if (result.status != kProxyWantsLogin || logins == kMostLogins || IsStopped(request)) return result;
         const bool wasRefused = !request.proxies.user.empty();
         if (wasRefused ? !AskForProxyLogin(manager) : !CWinHTTP::GetProxyAuthentication(manager))

@@ -142,7 +142,7 @@ bool CountDown() {
 
 HttpLimits UpdateLimits() {
     HttpLimits limits;
-    limits.bodyBytes = 64 * 1024;
+    limits.bodyBytes = 65536;
     limits.totalSeconds = 300;
     return limits;
 }
