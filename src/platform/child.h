@@ -19,8 +19,8 @@ struct ChildResult {
 
 struct ChildLimits {
     int seconds = 10;
-    std::size_t outputBytes = 64 * 1024;
-    std::size_t memoryBytes = 256 * 1024 * 1024;  ///< beyond what this process has
+    std::size_t outputBytes = 65536;
+    std::size_t memoryBytes = std::size_t{256} << 20;  ///< beyond what this process has
 };
 
 /// Runs work() in a copy of this process that is left with standard output alone, which is collected; the

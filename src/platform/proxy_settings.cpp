@@ -193,11 +193,12 @@ std::string DesktopProxies(const DesktopListing& desktop) {
     for (const std::string scheme : {"http", "https", "ftp", "socks"}) {
         const std::string host = desktop.Text("." + scheme + " host");
         const std::string port(desktop.Raw("." + scheme + " port"));
-        const std::string entry = host + ":" + port;
+        std::string entry = host;
+        (entry += ':') += port;
         // A host that holds a separator or an equals sign would become other entries.
         const bool isPlain = host.find_first_of("; \t\r\n=") == std::string::npos;
         if (isPlain && !host.empty() && SplitProxyEntry(entry).port > 0)
-            AddToList(list, scheme + "=" + entry);
+            AddToList(list, entry.insert(0, scheme + '='));
     }
     return list;
 }

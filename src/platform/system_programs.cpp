@@ -49,6 +49,7 @@ bool ExecProgram(const char* program, const TOrderedList<CoreString>& arguments,
 bool ExecProgram(const char* commandLine, int* error) try {
     const std::vector<std::string> texts = WordsOf(commandLine);
     std::vector<const char*> words;
+    words.reserve(texts.size());
     for (const std::string& text : texts)
         words.push_back(text.c_str());
     return Start(words, error);

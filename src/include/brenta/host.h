@@ -60,8 +60,8 @@ struct HostServices {
     void* context = nullptr;
 
     /// Shows `text` (never null, not a format) and returns the answer: IDOK for MB_OK; IDYES or IDNO for
-    /// MB_YESNO (brenta/framework.h; MB_ICONWARNING may be added to the type). Default: the text on standard error; a yes/no question is asked on the
-    /// terminal and answered "no" where there is none.
+    /// MB_YESNO (brenta/framework.h; MB_ICONWARNING may be added to the type). Default: the text on standard
+    /// error; a yes/no question is asked on the terminal and answered "no" where there is none.
     int (*showMessage)(void* context, const char* text, unsigned int type) = nullptr;
 
     /// Stores the string resource with this number in `text`; false if there is none. Default: none.

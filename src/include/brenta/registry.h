@@ -114,9 +114,9 @@ class BRENTA_API CCoreRegistry {
     /// Changes the root and keeps the path; false, and no change, for a root that is none of the four.
     bool SetRootKey(HKEY root);
 
-    /// Makes root\path the current key. False, and no change, if there is no such key, or, with `create`, if
-    /// it can neither be opened nor created with all keys above it. An empty path succeeds and makes the root
-    /// itself current. Without `create` the error is recorded.
+    /// Makes the path below the root the current key. False, and no change, if there is no such key, or, with
+    /// `create`, if it can neither be opened nor created with all keys above it. An empty path succeeds and
+    /// makes the root itself current. Without `create` the error is recorded.
     bool SetKey(const char* path, bool create);
 
     /// SetKey(path, true) that opens also the root, when the path is empty.

@@ -21,8 +21,6 @@
 #include "os/os.h"
 #include "os/programs.h"
 
-extern "C" char** environ;
-
 namespace brenta::os {
 
 const int kErrorNoSuchFile = ENOENT;
@@ -90,6 +88,7 @@ int OutcomeOf(pid_t child) {
 /// Starts words[0]; 0, or the system's error number.
 int Start(const std::vector<std::string>& words, Console console) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
