@@ -143,7 +143,9 @@ int OffsetInSource(const DecodedText& decoded, int offset) {
 
 std::string DeclaredEncoding(std::string_view text) {
     constexpr std::string_view kWord = "encoding";
-    if (!text.starts_with("<?xml")) return "";
+    constexpr std::string_view kStart = "<?xml";
+    // What goes on behind these is another instruction's name.
+    if (!text.starts_with(kStart) || text.size() == kStart.size() || !IsSpace(text[kStart.size()])) return "";
     text = text.substr(0, text.find("?>"));
     std::size_t at = text.find(kWord);
     if (at == text.npos || !IsSpace(text[at - 1])) return "";
