@@ -1,9 +1,9 @@
 // The document: its tree, and what passes between the tree and the platform document.
-#include <new>
 #include <utility>
 
 #include "brenta/xml.h"
 #include "brenta/xml_readers.h"
+#include "foundation/lack_of_memory.h"
 #include "xml/platform_document.h"
 
 namespace brenta {
@@ -12,20 +12,8 @@ PlatformDocumentMaker g_platformDocumentMaker = &MakePlatformDocument;
 
 namespace {
 
-/// `work`, which answers success, with a lack of memory as its failure.
-template <class Work>
-bool Attempt(Work work) {
-    try {
-        return work();
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-}
-
 PlatformDocument* NewPlatformDocument() {
-    PlatformDocument* document = nullptr;
-    Attempt([&] { return (document = g_platformDocumentMaker().release()) != nullptr; });
-    return document;
+    return OrWithoutMemory<PlatformDocument*>(nullptr, [] { return g_platformDocumentMaker().release(); });
 }
 
 bool IsGiven(const char* name) {
@@ -42,8 +30,8 @@ CCoreXmlDom::CCoreXmlDom(const CCoreXmlDom& other) : CCoreXmlDom() {
 
 CCoreXmlDom& CCoreXmlDom::operator=(const CCoreXmlDom& other) {
     if (this == &other) return *this;
-    DeleteElements();
-    CopyElements(other);
+    CCoreXmlDom copy(other);
+    std::swap(m_elements, copy.m_elements);
     return *this;
 }
 
@@ -101,11 +89,12 @@ void CCoreXmlDom::DeleteElements() {
 // ---------------------------------------------------------------------------------------------------------
 // Loading
 
-template <class Load>
-bool CCoreXmlDom::ReadPlatform(Load load) {
-    return Attempt([&] {
+/// Loads a file or a text through the platform document, whichever is given.
+bool CCoreXmlDom::LoadThroughPlatform(const char* path, const char* text) {
+    if (m_pDocument == nullptr) return false;
+    return OrWithoutMemory(false, [&] {
         ParseFault fault;
-        if (!load(fault)) {
+        if (!(text == nullptr ? m_pDocument->Load(path, fault) : m_pDocument->LoadXml(text, fault))) {
             m_parseError = fault.reason;
             m_parseErrorOffset = fault.offset;
             return false;
@@ -119,10 +108,8 @@ bool CCoreXmlDom::ReadPlatform(Load load) {
 }
 
 bool CCoreXmlDom::LoadDocument(const char* path, bool quickLoad) {
+    if (!quickLoad) return LoadThroughPlatform(path, nullptr);
     if (m_pDocument == nullptr) return false;
-    if (!quickLoad) {
-        return ReadPlatform([&](ParseFault& fault) { return m_pDocument->Load(path, fault); });
-    }
     CCoreXMLQuickReader reader;
     if (!reader.LoadDocument(path)) return false;
     m_elements.Splice(reader.TakeElements());
@@ -130,8 +117,7 @@ bool CCoreXmlDom::LoadDocument(const char* path, bool quickLoad) {
 }
 
 bool CCoreXmlDom::LoadString(const char* text) {
-    if (m_pDocument == nullptr) return false;
-    return ReadPlatform([&](ParseFault& fault) { return m_pDocument->LoadXml(text, fault); });
+    return LoadThroughPlatform(nullptr, text == nullptr ? "" : text);
 }
 
 const char* CCoreXmlDom::GetParseError(int& offset) const {
@@ -165,7 +151,7 @@ bool CCoreXmlDom::Build(const char* schemaName, const char* xslName) {
 }
 
 bool CCoreXmlDom::SaveDocument(const char* path, const char* schemaName, const char* xslName) {
-    return Attempt([&] {
+    return OrWithoutMemory(false, [&] {
         if (!Build(schemaName, xslName)) return false;
         m_pDocument->Save(path);
         return true;
@@ -173,7 +159,7 @@ bool CCoreXmlDom::SaveDocument(const char* path, const char* schemaName, const c
 }
 
 bool CCoreXmlDom::GetString(CoreString& out) {
-    return Attempt([&] {
+    return OrWithoutMemory(false, [&] {
         if (!Build(nullptr, nullptr)) return false;
         out = m_pDocument->GetXml();
         return true;
@@ -181,7 +167,7 @@ bool CCoreXmlDom::GetString(CoreString& out) {
 }
 
 bool CCoreXmlDom::TransformDocument(const char* xslName, CoreString& out) {
-    return Attempt([&] {
+    return OrWithoutMemory(false, [&] {
         if (!Build(nullptr, nullptr)) return false;
         const std::unique_ptr<PlatformDocument> stylesheet = g_platformDocumentMaker();
         ParseFault fault;

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "foundation/lack_of_memory.h"
 #include "foundation/numbers.h"
 #include "foundation/text_compare.h"
 #include "xml/platform_document.h"
@@ -12,16 +13,6 @@
 namespace brenta {
 
 namespace {
-
-/// `work`, or what is given for a lack of memory.
-template <class Result, class Work>
-Result OrWithoutMemory(Result otherwise, Work work) {
-    try {
-        return work();
-    } catch (const std::bad_alloc&) {
-        return otherwise;
-    }
-}
 
 IXMLDOMNode* Hold(IXMLDOMNode* node) {
     if (node != nullptr) node->AddRef();

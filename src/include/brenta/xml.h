@@ -308,8 +308,7 @@ class BRENTA_API CCoreXmlDom : public CCoreScriptable {
     void ResetCOMState();
 
  private:
-    template <class Load>
-    bool ReadPlatform(Load load);
+    bool LoadThroughPlatform(const char* path, const char* text);
     bool Build(const char* schemaName, const char* xslName);
     void CopyElements(const CCoreXmlDom& other);
     void DeleteElements();
