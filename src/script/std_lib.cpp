@@ -1,6 +1,7 @@
 // The standard library: two prompts. The texts are shown as they are, never used as formats.
 #include "brenta/framework.h"
 #include "brenta/scriptable.h"
+#include "script/description.h"
 
 namespace brenta {
 
@@ -35,27 +36,6 @@ bool CallMethod(CCoreScriptable::IOB& request) {
     return true;
 }
 
-Var EmptyList(STRID name) {
-    return Var(TOrderedList<Var>(), name);
-}
-
-/// A method is described by its parameters, each an int with the parameter's name.
-Var DescribeMethod(STRID name) {
-    Var method = EmptyList(name);
-    method.Add(Var(0, StrId("msg")));
-    return method;
-}
-
-Var Describe() {
-    Var methods = EmptyList(StrId("Methods"));
-    methods.Add(DescribeMethod(Names().prompt));
-    methods.Add(DescribeMethod(Names().promptYesNo));
-    Var description = EmptyList(StrId("CStdScriptLib"));
-    description.Add(EmptyList(StrId("Data")));
-    description.Add(methods);
-    return description;
-}
-
 }  // namespace
 
 bool CStdScriptLib::ScriptAction(IOB& request) {
@@ -63,8 +43,8 @@ bool CStdScriptLib::ScriptAction(IOB& request) {
         case kCall:
             return CallMethod(request);
         case kDescribe:
-            if (request.result != nullptr) *request.result = Describe();
-            return true;
+            return AnswerDescription(request, "CStdScriptLib", {},
+                                     {{"Prompt", {"msg"}}, {"PromptYesNo", {"msg"}}});
         default:
             return false;
     }

@@ -2,11 +2,10 @@
 //
 // A request is refused (false) when its name or kind is unknown, when an argument is missing or of the wrong
 // kind, and when an object is not of the class that is asked for. Further arguments are not looked at.
-#include <initializer_list>
-
 #include "brenta/var.h"
 #include "brenta/xml.h"
 #include "script/created_objects.h"
+#include "script/description.h"
 
 namespace brenta {
 
@@ -15,8 +14,8 @@ namespace {
 using IOB = CCoreScriptable::IOB;
 
 // ---------------------------------------------------------------------------------------------------------
-// Names, interned by the first request that a class gets. A name that only a description shows, or that is
-// known and never answered, is among them.
+// Names, interned by the first request that a class gets. Those that are known and never answered are among
+// them.
 
 struct AttributeNames {
     STRID name = StrId("Name");
@@ -141,40 +140,6 @@ bool AnswerList(const IOB& request, TIter<T*> iter) {
     return true;
 }
 
-// ---------------------------------------------------------------------------------------------------------
-// Descriptions
-
-Var NamedList(const char* name) {
-    return Var(TOrderedList<Var>(), StrId(name));
-}
-
-/// A property, or a parameter: an int that carries the name.
-void AddNames(Var& list, std::initializer_list<const char*> names) {
-    for (const char* name : names)
-        list.Add(Var(0, StrId(name)));
-}
-
-struct Method {
-    const char* name;
-    std::initializer_list<const char*> parameters;
-};
-
-bool Describe(const IOB& request, const char* className, std::initializer_list<const char*> properties,
-              std::initializer_list<Method> methods) {
-    Var data = NamedList("Data");
-    AddNames(data, properties);
-    Var methodList = NamedList("Methods");
-    for (const Method& method : methods) {
-        Var entry = NamedList(method.name);
-        AddNames(entry, method.parameters);
-        methodList.Add(entry);
-    }
-    Var description = NamedList(className);
-    description.Add(data);
-    description.Add(methodList);
-    return Answer(request, description);
-}
-
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------------------
@@ -194,7 +159,7 @@ bool CCoreXmlDomAttribute::ScriptAction(IOB& request) {
             if (request.name == names.value) return SetValue(text), true;
             return false;
         case kDescribe:
-            return Describe(request, "CCoreXmlDomAttribute", {"Name", "Value"}, {});
+            return AnswerDescription(request, "CCoreXmlDomAttribute", {"Name", "Value"}, {});
         default:
             return false;
     }
@@ -329,19 +294,19 @@ bool CCoreXmlDomElement::ScriptAction(IOB& request) {
             return CallElementMethod(*this, request);
         case kDescribe:
             // "GetAttribute" is what authors have always been shown; it is answered as "GetAttributeValue".
-            return Describe(request, "CCoreXmlDomElement",
-                            {"Name", "InnerText", "ChildList", "AttrList", "Parent"},
-                            {{"FindElement", {"elemName"}},
-                             {"FindElement", {"elemName", "attrName", "attrValue", "bRecurse"}},
-                             {"AddChild", {"pElem"}},
-                             {"CreateChild", {"elemName"}},
-                             {"DeleteChild", {"pElem"}},
-                             {"RemoveChild", {"pElem"}},
-                             {"AddAttribute", {"pAttr"}},
-                             {"AddAttribute", {"attrName", "attrValue"}},
-                             {"DeleteAttribute", {"attrNameOrRef"}},
-                             {"DeleteAttributes", {}},
-                             {"GetAttribute", {"attrName"}}});
+            return AnswerDescription(request, "CCoreXmlDomElement",
+                                     {"Name", "InnerText", "ChildList", "AttrList", "Parent"},
+                                     {{"FindElement", {"elemName"}},
+                                      {"FindElement", {"elemName", "attrName", "attrValue", "bRecurse"}},
+                                      {"AddChild", {"pElem"}},
+                                      {"CreateChild", {"elemName"}},
+                                      {"DeleteChild", {"pElem"}},
+                                      {"RemoveChild", {"pElem"}},
+                                      {"AddAttribute", {"pAttr"}},
+                                      {"AddAttribute", {"attrName", "attrValue"}},
+                                      {"DeleteAttribute", {"attrNameOrRef"}},
+                                      {"DeleteAttributes", {}},
+                                      {"GetAttribute", {"attrName"}}});
         default:
             return false;
     }
@@ -412,18 +377,18 @@ bool CCoreXmlDom::ScriptAction(IOB& request) {
         case kCall:
             return CallDocumentMethod(*this, request);
         case kDescribe:
-            return Describe(request, "CCoreXmlDom", {"ElementList"},
-                            {{"AddElement", {"pElem"}},
-                             {"CreateElement", {"elemName"}},
-                             {"FindElement", {"elemName"}},
-                             {"FindElement", {"elemName", "attrName", "attrValue", "bRecurse"}},
-                             {"LoadDocument", {"xmlName", "bQuickLoad"}},
-                             {"SaveDocument", {"xmlName"}},
-                             {"SaveDocument", {"xmlName", "schemaName"}},
-                             {"SaveDocument", {"xmlName", "schemaName", "xslName"}},
-                             {"TransformDocument", {"xslName"}},
-                             {"LoadString", {"strData"}},
-                             {"GetString", {}}});
+            return AnswerDescription(request, "CCoreXmlDom", {"ElementList"},
+                                     {{"AddElement", {"pElem"}},
+                                      {"CreateElement", {"elemName"}},
+                                      {"FindElement", {"elemName"}},
+                                      {"FindElement", {"elemName", "attrName", "attrValue", "bRecurse"}},
+                                      {"LoadDocument", {"xmlName", "bQuickLoad"}},
+                                      {"SaveDocument", {"xmlName"}},
+                                      {"SaveDocument", {"xmlName", "schemaName"}},
+                                      {"SaveDocument", {"xmlName", "schemaName", "xslName"}},
+                                      {"TransformDocument", {"xslName"}},
+                                      {"LoadString", {"strData"}},
+                                      {"GetString", {}}});
         default:
             return false;
     }
