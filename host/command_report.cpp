@@ -29,8 +29,7 @@ void ComplainOfLibrary(const std::string& file) {
     if (document.LoadDocument(file.c_str(), false)) {
         Complain("'" + file + "' is no part library: it has no drawing/library/packages");
     } else {
-        int offset = 0;
-        Complain("'" + file + "' cannot be read: " + document.GetParseError(offset));
+        ComplainOfFault(file, document);
     }
 }
 

@@ -33,14 +33,11 @@ void PrintTree(const CCoreXmlDomElement& root) {
 }
 
 void ComplainOfXml(const std::string& file, const CCoreXmlDom& document, bool quick) {
-    int offset = 0;
-    const std::string reason = document.GetParseError(offset);
     if (quick) {
         // The reader has said why. It takes strict XML only, and many files are more than that.
         Complain("'" + file + "' is nothing for the quick reader; 'brenta xml --platform' takes all XML");
     } else {
-        Complain("'" + file + "' cannot be read: " + (reason.empty() ? "no reason known" : reason) +
-                 (offset > 0 ? " (at byte " + std::to_string(offset) + ")" : ""));
+        ComplainOfFault(file, document);
     }
 }
 

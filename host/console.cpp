@@ -80,6 +80,13 @@ void Complain(const std::string& text) {
     WriteLine(stderr, "brenta: " + text);
 }
 
+void ComplainOfFault(const std::string& file, const CCoreXmlDom& document) {
+    int offset = 0;
+    const std::string reason = document.GetParseError(offset);
+    Complain("'" + file + "' cannot be read: " + (reason.empty() ? "no reason known" : reason) +
+             (offset > 0 ? " (at byte " + std::to_string(offset) + ")" : ""));
+}
+
 bool CheckFile(const std::string& file) {
     if (FileExists(file.c_str())) return true;
     Complain("'" + file + "' " + (DirectoryExists(file.c_str()) ? "is a folder" : "does not exist"));

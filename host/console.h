@@ -20,6 +20,9 @@ class ConsoleStream : public CScriptMsgStream {
 /// One line on standard error: "brenta: text".
 void Complain(const std::string& text);
 
+/// Says why a document could not be loaded from a file by the platform's reader.
+void ComplainOfFault(const std::string& file, const CCoreXmlDom& document);
+
 /// Whether there is such a file; complains if not.
 bool CheckFile(const std::string& file);
 
