@@ -20,13 +20,19 @@ std::string IniFileName() {
     return std::string(GetAppDataFileName(nullptr, GetAppName(false, false) + ".ini", nullptr));
 }
 
-bool WriteValue(const char* section, const char* key, const char* value) try {
-    const std::string file = IniFileName();
-    if (file.empty() || !section || !key) return false;
-    const std::string_view text = value ? value : "";
-    return WriteIniValue(file, section, key, value ? &text : nullptr);
-} catch (const std::bad_alloc&) {
-    return false;
+using TextReader = bool (*)(const char* section, const char* key, CoreString& value);
+
+bool ReadNumber(TextReader read, const char* section, const char* key, int& value) {
+    CoreString text;
+    const bool found = read(section, key, text);
+    value = ParseInt(text);
+    return found;
+}
+
+CoreString Decimal(int value) {
+    CoreString text;
+    text << value;
+    return text;
 }
 
 }  // namespace
@@ -36,10 +42,8 @@ bool WriteValue(const char* section, const char* key, const char* value) try {
 
 bool GetAppValue(const char* section, const char* key, CoreString& value) try {
     const std::string file = section && key ? IniFileName() : "";
-    value.SetEmpty();
-    if (file.empty()) return false;
-    const std::string text = ReadIniValue(file, section, key).substr(0, kLongestValue);
-    value = text.c_str();
+    const std::string text = file.empty() ? "" : ReadIniValue(file, section, key);
+    value = text.substr(0, kLongestValue).c_str();
     return !value.IsEmpty();
 } catch (const std::bad_alloc&) {
     value.SetEmpty();
@@ -47,20 +51,19 @@ bool GetAppValue(const char* section, const char* key, CoreString& value) try {
 }
 
 bool GetAppValue(const char* section, const char* key, int& value) {
-    CoreString text;
-    const bool found = GetAppValue(section, key, text);
-    value = ParseInt(text);
-    return found;
+    return ReadNumber(&GetAppValue, section, key, value);
+}
+
+bool SetAppValue(const char* section, const char* key, const char* value) try {
+    const std::string file = section && key ? IniFileName() : "";
+    const std::string_view text = value ? value : "";
+    return !file.empty() && WriteIniValue(file, section, key, value ? &text : nullptr);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 bool SetAppValue(const char* section, const char* key, int value) {
-    CoreString text;
-    text << value;
-    return SetAppValue(section, key, text);
-}
-
-bool SetAppValue(const char* section, const char* key, const char* value) {
-    return WriteValue(section, key, value);
+    return SetAppValue(section, key, Decimal(value));
 }
 
 bool GetAppNames(const char* section, TOrderedList<CoreString>& names) try {
@@ -87,20 +90,15 @@ bool GetRegValue(const char* section, const char* key, CoreString& value) {
 }
 
 bool GetRegValue(const char* section, const char* key, int& value) {
-    CoreString text;
-    const bool found = GetRegValue(section, key, text);
-    value = ParseInt(text);
-    return found;
-}
-
-bool SetRegValue(const char* section, const char* key, int value) {
-    CoreString text;
-    text << value;
-    return SetRegValue(section, key, text);
+    return ReadNumber(&GetRegValue, section, key, value);
 }
 
 bool SetRegValue(const char* section, const char* key, const char* value) {
     return section && key && HostWriteProfile(section, key, value);
+}
+
+bool SetRegValue(const char* section, const char* key, int value) {
+    return SetRegValue(section, key, Decimal(value));
 }
 
 }  // namespace brenta
