@@ -219,7 +219,9 @@ RegistryError CreateKey(const Place& place) {
 
 RegistryError DeleteKey(const Place& place) {
     if (IsProtected(place)) return RegistryError::AccessDenied;
-    return At(Purpose::Change, place, &Delete);
+    // A key that is not there needs no right to write, nor any waiting for it.
+    const RegistryError error = FindKey(place);
+    return error == RegistryError::None ? At(Purpose::Change, place, &Delete) : error;
 }
 
 RegistryError CountKey(const Place& place, Counts& counts) {

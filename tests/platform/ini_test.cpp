@@ -122,6 +122,17 @@ TEST(AppValues, ReadBackOrRefused) {
     EXPECT_FALSE(SetAppValue("S", "k", "v") || GetAppValue("S", "k", text));
 }
 
+TEST(AppValues, AFileThatMayNotBeWritten) {
+    const DataFolder folder;
+    ASSERT_TRUE(SetAppValue("S", "k", 1));
+    EXPECT_TRUE(test::Succeeds(test::Fork([&] {
+        int number = 0;
+        return folder.MakeReadOnly("tool/tool.ini") && !SetAppValue("S", "k", 2) &&
+               GetAppValue("S", "k", number) && number == 1;
+    })));
+    EXPECT_EQ(test::ReadFile(folder / "tool/tool.ini"), "[S]\nk=1\n");
+}
+
 TEST(AppValues, FollowTheFile) {
     const DataFolder folder;
     int number = 0;

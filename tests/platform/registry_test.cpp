@@ -3,8 +3,8 @@
 #include <sqlite3.h>
 
 #include <fstream>
-#include <iterator>
 
+#include "brenta/system.h"
 #include "data_folder.h"
 #include "platform/registry_store.h"
 
@@ -27,11 +27,6 @@ Texts SubKeys(CCoreRegistry& registry) {
     TOrderedList<CoreString> names;
     registry.GetSubKeyNames(names);
     return Texts(names.begin(), names.end());
-}
-
-std::string ContentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// Runs a statement on a database file as another program would; the first column of its first row.
@@ -246,16 +241,49 @@ TEST(Registry, FileIsTheUsersOwnAndNeverReplaced) {
             Sql(folder / kFile, "CREATE TABLE others(a)");
         else
             std::ofstream(folder / kFile) << "no database";
-        const std::string before = ContentOf(folder / kFile);
+        const std::string before = test::ReadFile(folder / kFile);
         EXPECT_FALSE(key.SetKey("a", false));
         EXPECT_EQ(key.GetLastErrorCode(), 1009u);
         EXPECT_FALSE(key.SetKey("a", true) || key.WriteInt("a", 1) || key.DeleteKey("a"));
         EXPECT_EQ(key.ReadInt("a", 5), 5);
-        EXPECT_EQ(ContentOf(folder / kFile), before);
+        EXPECT_EQ(test::ReadFile(folder / kFile), before);
     }
     folder.Forget();
     EXPECT_FALSE(key.WriteInt("a", 1));
     EXPECT_EQ(key.ReadInt("a", 5), 5);
+}
+
+TEST(Registry, WaitsForAnotherProgramButNotForEver) {
+    const DataFolder folder;
+    At key("K");
+    ASSERT_TRUE(key.WriteInt("v", 1) && key.SaveKey());
+    const test::SharedFlag isLocked;
+    const pid_t other = test::Fork([&] {
+        sqlite3* database = nullptr;
+        sqlite3_open((folder / kFile).c_str(), &database);
+        isLocked.Set(sqlite3_exec(database, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK);
+        return pause() == 0;
+    });
+    ASSERT_TRUE(isLocked.WaitFor(1));
+    const CoreTimer timer;
+    EXPECT_TRUE(key.SetKey("K", true) && key.ReadInt("v", 0) == 1 && key.DeleteKey("absent"));
+    EXPECT_LT(timer.GetSeconds(), 2);
+    EXPECT_FALSE(key.RestoreKey());
+    EXPECT_EQ(key.GetLastErrorCode(), 5u);
+    EXPECT_TRUE(timer.GetSeconds() > 4 && timer.GetSeconds() < 9) << timer.GetSeconds();
+    test::KillAfter(other, 0);
+    EXPECT_TRUE(key.RestoreKey());
+}
+
+TEST(Registry, ReadsAFileThatItMayNotWrite) {
+    const DataFolder folder;
+    EXPECT_TRUE(At("K").WriteInt("v", 1));
+    EXPECT_TRUE(test::Succeeds(test::Fork([&] {
+        CCoreRegistry key(HKEY_CURRENT_USER);
+        return folder.MakeReadOnly(kFile) && key.SetKey("K", true) && !key.SetKey("New", true) &&
+               !key.WriteInt("v", 2) && !key.DeleteKey("K") && key.DeleteKey("absent") &&
+               key.ReadInt("v", 0) == 1;
+    })));
 }
 
 TEST(Registry, FourProcessesWriteAtOnce) {
