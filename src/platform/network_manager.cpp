@@ -119,8 +119,10 @@ bool CNetworkManager::IsConnectedToInternet() {
 
 bool CNetworkManager::AssumeConnectedToInternet() {
     CoreString service;
-    return HostEndpoint(Endpoint::WebService, service) && FindProxy(service.View(), *this, false) &&
-           m_autoProxy;
+    if (!HostEndpoint(Endpoint::WebService, service)) return false;
+    // Where the settings cannot be had, what was known of them before still holds.
+    FindProxy(service.View(), *this, false);
+    return m_autoProxy;
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -254,9 +256,9 @@ bool CNetworkManager::GetWinHttpWPADErrorMessage(CString& message) {
     const std::string system = SystemText(m_lastDiscoveryError);
     if (m_lastDiscoveryError == kProxyNotDetected) {
         message =
-            "Could not discover auto-proxy configuration.\n\nEnsure that your proxy settings are correct and "
-            "that "
-            "your system is properly configured for auto-proxy discovery.\n\n";
+            "Could not discover auto-proxy configuration.\n\n"
+            "Ensure that your proxy settings are correct and that your system is properly configured for "
+            "auto-proxy discovery.\n\n";
         message += known;
     } else if (known) {
         message = "Unable to determine internet autoproxy details\n\n";

@@ -189,8 +189,7 @@ TEST(NetworkManager, DiscoveryErrors) {
     const std::pair<int, const char*> rows[] = {
         {kProxyNotDetected,
          "Could not discover auto-proxy configuration.\n\nEnsure that your proxy settings are correct and "
-         "that your "
-         "system is properly configured for auto-proxy discovery.\n\n"},
+         "that your system is properly configured for auto-proxy discovery.\n\n"},
         {kProxyBadScript, "Unable to determine internet autoproxy details\n\nThe proxy configuration script"},
         {ENOMEM, "Unable to determine internet autoproxy details: Cannot allocate memory"},
         {54321, "Unable to determine internet autoproxy details: error 54321"},

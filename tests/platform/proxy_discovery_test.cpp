@@ -84,6 +84,9 @@ TEST(ProxyDiscovery, NoSettings) {
     network.hasSettings = false;
     CNetworkManager manager;
     manager.m_proxyList = "old";
+    manager.m_autoProxy = true;
+    network.endpoints[Endpoint::WebService] = "http://x/";
+    EXPECT_TRUE(manager.AssumeConnectedToInternet());
     EXPECT_FALSE(GetClientInternetProxyInfo(L"http://x/", manager, false));
     EXPECT_EQ(network.shown, test::Texts{});
     EXPECT_FALSE(GetClientInternetProxyInfo(nullptr, manager, true));

@@ -71,8 +71,8 @@ class BRENTA_API CNetworkManager : public CObject {
     bool IsConnectedToInternet();
 
     /// Looks up the proxy for the web service among the endpoints, and returns whether proxies are configured
-    /// automatically. Nothing is tested, and the answer of IsConnectedToInternet stays as it was. False
-    /// without that endpoint.
+    /// automatically: as at the last look-up, where the settings cannot be had. Nothing is tested, and the
+    /// answer of IsConnectedToInternet stays as it was. False without that endpoint.
     bool AssumeConnectedToInternet();
 
     // -----------------------------------------------------------------------------------------------------
