@@ -2,10 +2,10 @@
 /// Small numeric helpers: the greatest common divisor, primes for table sizes, shades of colours, and a
 /// generator of pseudo-random numbers.
 ///
-///     int buckets = CorePrimeAtLeast(2 * partCount);                        // a table size that spreads
-///     keys well TIntMap<STRID, int> parts(buckets); CoreColour face = CoreRgb(200, 120, 40);
-///     Frame(GetHighlightColor(face), GetShadowColor(face));                 // a raised button
-///     Label(RGBToLuminosity(face) < 128 ? kWhite : kBlack);                 // that can be read
+///     TIntMap<STRID, int> parts(CorePrimeAtLeast(2 * partCount));   // a size that spreads keys well
+///     CoreColour face = CoreRgb(200, 120, 40);
+///     Frame(GetHighlightColor(face), GetShadowColor(face));         // a raised button
+///     Label(RGBToLuminosity(face) < 128 ? kWhite : kBlack);         // that can be read
 ///
 /// Everything takes constant or logarithmic time, allocates nothing and may be called from any thread.
 #pragma once
@@ -16,7 +16,7 @@
 
 namespace brenta {
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Numbers
 
 /// The greatest number that divides both, never negative; signs do not matter. gcd(a, 0) is |a|, gcd(0, 0) is
@@ -35,7 +35,7 @@ BRENTA_API int CorePrimeAtLeast(int n);
 /// Whether a number, of the table or not, is prime. Takes time in proportion to the number's square root.
 BRENTA_API bool CorePrimeTest(int n);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Colours
 
 /// A colour: red in the lowest byte, then green, then blue; the highest byte is 0.
@@ -56,7 +56,7 @@ BRENTA_API CoreColour GetHighlightColor(CoreColour colour);
 /// How bright a colour looks, 0 to 255: 0.299 red + 0.587 green + 0.114 blue, rounded.
 BRENTA_API int RGBToLuminosity(CoreColour colour);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Pseudo-random numbers. Each thread has a sequence of its own, which begins as after CoreRandSeed(1) and is
 // the same on every platform. For placing and shuffling; worthless for secrets.
 

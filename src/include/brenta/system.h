@@ -3,9 +3,10 @@
 /// programs.
 ///
 ///     CoreVersion offered, own;
-///     if (GetVersionFromString("4.1", offered) && GetModuleVersion(own) && CompareVersions(offered, own) >
-///     0)
+///     if (GetVersionFromString("4.1", offered) && GetModuleVersion(own) &&
+///         CompareVersions(offered, own) > 0) {
 ///         Offer(GetVersionString(offered));                                 // 4.1.0.0
+///     }
 ///     CoreTimer timer;
 ///     Route(board);
 ///     Report(timer.GetSeconds(), SysGetProcessMemory() >> 20);              // seconds, megabytes
@@ -23,7 +24,7 @@
 
 namespace brenta {
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Versions
 
 /// The version of a module: four numbers of 0 to 65,535, the first the most important.
@@ -53,7 +54,7 @@ BRENTA_API bool GetModuleVersion(CoreVersion& version);
 /// once links are followed (libpart.so leads to libpart.so.4.0.1).
 BRENTA_API bool GetModuleVersion(const char* path, CoreVersion& version);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Timers
 
 /// A stopwatch that nobody's change of the clock disturbs. It is as fine as the system's best clock.
@@ -117,7 +118,7 @@ class BRENTA_API CJobTime {
     std::int64_t m_processorUsed = -1;  // below 0 while the job runs
 };
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Session and idle time
 
 /// Full seconds since the application was started; 0 if unknown.
@@ -127,7 +128,7 @@ BRENTA_API int SysGetSessionSeconds();
 /// at the terminal that the application was started from.
 BRENTA_API int SysGetIdleSeconds();
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Memory, in bytes; 0 if unknown
 
 BRENTA_API std::uint64_t SysGetTotalPhysicalMemory();
@@ -140,7 +141,7 @@ BRENTA_API std::uint64_t SysGetFreeSwapMemory();
 BRENTA_API std::uint64_t SysGetProcessMemory();
 BRENTA_API std::uint64_t SysGetProcessPeakMemory();
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // The operating system
 
 /// Whether this is exactly that release of Windows; all false on other systems. SysIsWin10 holds for its
@@ -165,7 +166,7 @@ BRENTA_API bool SysIsAdministrator();
 /// Whether the person sits at another machine.
 BRENTA_API bool SysIsRemoteSession();
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Other programs. Both go through the host's services (brenta/host.h) and do not wait for the program's end.
 
 /// Starts a program with arguments; no shell reads them, so they may hold any characters. A program without a
