@@ -7,6 +7,7 @@
 
 #include "brenta/http.h"
 #include "brenta/registry.h"
+#include "platform/command_words.h"
 #include "platform/host_services.h"
 #include "platform/http_url.h"
 
@@ -48,25 +49,6 @@ std::string BrowserCommand() {
     return "";
 }
 
-/// Cuts a command line into its words: blanks separate them, save between double quotes, which go.
-std::vector<std::string> WordsOf(const std::string& command) {
-    std::vector<std::string> words;
-    bool isQuoted = false, isInWord = false;
-    for (const char c : command) {
-        if (!isQuoted && (c == ' ' || c == '\t')) {
-            isInWord = false;
-            continue;
-        }
-        if (!isInWord) words.emplace_back();
-        isInWord = true;
-        if (c == '"')
-            isQuoted = !isQuoted;
-        else
-            words.back() += c;
-    }
-    return words;
-}
-
 /// Puts the address in place of "%1", or behind the other words where that does not stand. The program itself
 /// is never replaced. As the address stays within one word, nothing in it can become an option of its own.
 void PlaceAddress(std::vector<std::string>& words, const std::string& url) {
@@ -97,15 +79,11 @@ std::string SafeAddress(const char* url) {
 bool Launch(const char* address) {
     const std::string url = SafeAddress(address);
     if (url.empty()) return Fail(EINVAL);
-    std::vector<std::string> words = WordsOf(BrowserCommand());
+    std::vector<std::string> words = CommandWords(BrowserCommand());
     if (words.empty()) return HostShellOpen(url.c_str()) || Fail(ENOENT);
     PlaceAddress(words, url);
-    std::vector<const char*> arguments;
-    arguments.reserve(words.size());
-    for (const std::string& word : words)
-        arguments.push_back(word.c_str());
     int error = 0;
-    return HostStartProcess(arguments.data(), static_cast<int>(arguments.size()), error) || Fail(error);
+    return HostStartProcess(words, error) || Fail(error);
 }
 
 }  // namespace

@@ -11,15 +11,17 @@ bool HostShellOpen(const char* target) {
     return services.shellOpen ? services.shellOpen(services.context, target) : os::OpenWithDesktop(target);
 }
 
-bool HostStartProcess(const char* const* arguments, int count, int& error) {
+bool HostStartProcess(const std::vector<std::string>& words, int& error) {
+    error = os::kErrorNoSuchFile;
+    if (words.empty() || words[0].empty()) return false;
     error = 0;
-    if (!arguments || count <= 0 || !arguments[0] || arguments[0][0] == 0) {
-        error = os::kErrorNoSuchFile;
-        return false;
-    }
+    std::vector<const char*> arguments;
+    for (const std::string& word : words)
+        arguments.push_back(word.c_str());
+    const int count = static_cast<int>(arguments.size());
     const HostServices services = GetHostServices();
-    return services.startProcess ? services.startProcess(services.context, arguments, count, error)
-                                 : os::StartProgram(arguments, count, error);
+    return services.startProcess ? services.startProcess(services.context, arguments.data(), count, error)
+                                 : os::StartProgram(arguments.data(), count, error);
 }
 
 bool HostBrowseForFolder(const char* title, CoreString& folder) {

@@ -5,6 +5,9 @@
 // A default stands with those who know about it: the comment behind a group names the file.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "brenta/host.h"
 
 namespace brenta {
@@ -13,8 +16,8 @@ namespace brenta {
 // target or program is refused.
 
 bool HostShellOpen(const char* target);
-/// `error` is 0 on success and the system's error number otherwise.
-bool HostStartProcess(const char* const* arguments, int count, int& error);
+/// The program comes first. `error` is 0 on success and the system's error number otherwise.
+bool HostStartProcess(const std::vector<std::string>& words, int& error);
 /// On false `folder` is as it was.
 bool HostBrowseForFolder(const char* title, CoreString& folder);
 /// Seconds since 1970, UTC.
