@@ -5,24 +5,13 @@
 #include "foundation/characters.h"
 #include "platform/http_transfer.h"
 #include "platform/http_url.h"
+#include "platform/proxy_list.h"
 
 namespace brenta {
 
 namespace {
 
 using Text = std::string_view;
-
-constexpr Text kProxySeparators = "; \t\r\n";
-constexpr Text kBypassSeparators = ";, \t\r\n";
-
-/// Takes the next entry off the front of a list; "" at the end.
-Text NextEntry(Text& list, Text separators) {
-    const std::size_t start = std::min(list.find_first_not_of(separators), list.size());
-    const std::size_t end = std::min(list.find_first_of(separators, start), list.size());
-    const Text entry = list.substr(start, end - start);
-    list.remove_prefix(end);
-    return entry;
-}
 
 /// Whether a host has the form of a pattern in which "*" stands for any text.
 bool HasForm(Text host, Text pattern) {
@@ -46,8 +35,8 @@ bool HasForm(Text host, Text pattern) {
 }
 
 bool IsBypassed(const HttpUrl& url, Text bypass) {
-    for (Text entry = NextEntry(bypass, kBypassSeparators); !entry.empty();
-         entry = NextEntry(bypass, kBypassSeparators)) {
+    for (Text entry = TakeProxyEntry(bypass, kBypassSeparators); !entry.empty();
+         entry = TakeProxyEntry(bypass, kBypassSeparators)) {
         if (EqualIgnoringCase(entry, "<local>") ? url.host.find_first_of(".:") == Text::npos
                                                 : HasForm(url.host, entry))
             return true;
@@ -65,8 +54,7 @@ bool IsBypassed(const HttpUrl& url, Text bypass) {
 Text ChooseProxy(const HttpUrl& url, const HttpProxies& proxies) {
     if (IsBypassed(url, proxies.bypass)) return {};
     Text list = proxies.list, forAll;
-    for (Text entry = NextEntry(list, kProxySeparators); !entry.empty();
-         entry = NextEntry(list, kProxySeparators)) {
+    for (Text entry = TakeProxyEntry(list); !entry.empty(); entry = TakeProxyEntry(list)) {
         const std::size_t equals = entry.find('=');
         if (equals == Text::npos) {
             if (forAll.empty()) forAll = entry;
@@ -161,27 +149,19 @@ HttpResult Get(const HttpRequest& request, HttpSink& sink) {
     }
 }
 
-/// Keeps the body in memory.
-class TextSink : public HttpSink {
- public:
-    bool Begin(std::int64_t) override { return true; }
-    bool Write(Text piece) override try {
-        text += piece;
-        return true;
-    } catch (const std::exception&) {
-        return false;
-    }
-    std::string Reason() const override { return "There is no memory for the answer"; }
-
-    std::string text;
-};
-
 }  // namespace
 
 HttpResult HttpGet(const HttpRequest& request, HttpSink& sink) try {
     return Get(request, sink);
 } catch (const std::exception&) {
     return {0, "There is no memory"};
+}
+
+bool TextSink::Write(Text piece) try {
+    text += piece;
+    return true;
+} catch (const std::exception&) {
+    return false;
 }
 
 HttpResult HttpGetText(const HttpRequest& request, std::string& text) {

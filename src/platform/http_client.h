@@ -74,11 +74,21 @@ class HttpSink {
     virtual std::string Reason() const = 0;
 };
 
+/// Keeps the body in memory. Set limits.bodyBytes.
+class TextSink : public HttpSink {
+ public:
+    bool Begin(std::int64_t) override { return true; }
+    bool Write(std::string_view piece) override;
+    std::string Reason() const override { return "There is no memory for the answer"; }
+
+    std::string text;
+};
+
 /// Fetches an address, following redirects; one from https never leads to http. Any status but 2xx is a
 /// failure, and so is a body that does not have the announced length.
 HttpResult HttpGet(const HttpRequest& request, HttpSink& sink);
 
-/// The same into a text; on failure it is as it was. Set limits.bodyBytes.
+/// The same into a text; on failure it is as it was.
 HttpResult HttpGetText(const HttpRequest& request, std::string& text);
 
 /// Builds what the backend shares among all requests. The first request does it, too; an object that makes

@@ -8,7 +8,6 @@ namespace brenta {
 
 namespace {
 
-constexpr std::string_view kSeparators = "; \t\r\n";
 constexpr int kLargestPort = 65535;
 
 /// The number at the start of a text, 0 if it is none or beyond the ports.
@@ -66,10 +65,10 @@ class HostReplacer {
 
 }  // namespace
 
-std::string_view TakeProxyEntry(std::string_view& list) {
-    const std::size_t start = list.find_first_not_of(kSeparators);
+std::string_view TakeProxyEntry(std::string_view& list, std::string_view separators) {
+    const std::size_t start = list.find_first_not_of(separators);
     list.remove_prefix(start == std::string_view::npos ? list.size() : start);
-    const std::string_view entry = list.substr(0, list.find_first_of(kSeparators));
+    const std::string_view entry = list.substr(0, list.find_first_of(separators));
     list.remove_prefix(entry.size());
     return entry;
 }

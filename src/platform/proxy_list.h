@@ -21,8 +21,11 @@ struct ProxyEntry {
 
 ProxyEntry SplitProxyEntry(std::string_view entry);
 
+inline constexpr std::string_view kProxySeparators = "; \t\r\n";
+inline constexpr std::string_view kBypassSeparators = ",; \t\r\n";
+
 /// Takes the next entry off the front of a list; "" once there is none.
-std::string_view TakeProxyEntry(std::string_view& list);
+std::string_view TakeProxyEntry(std::string_view& list, std::string_view separators = kProxySeparators);
 
 /// A proxy's host and port; "" and 0 for none.
 struct ProxyServer {

@@ -32,13 +32,9 @@ void AddBypass(std::string& list, std::string host) {
 }
 
 std::string BypassFrom(std::string_view hosts) {
-    constexpr std::string_view kSeparators = ",; \t\r\n";
     std::string list;
-    while (!hosts.empty()) {
-        const std::size_t end = std::min(hosts.find_first_of(kSeparators), hosts.size());
-        AddBypass(list, std::string(hosts.substr(0, end)));
-        hosts.remove_prefix(std::min(end + 1, hosts.size()));
-    }
+    while (!hosts.empty())
+        AddBypass(list, std::string(TakeProxyEntry(hosts, kBypassSeparators)));
     return list;
 }
 

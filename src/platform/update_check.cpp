@@ -28,19 +28,6 @@ std::string PageAddress(std::string_view server) {
     return (hasScheme ? "" : "http://") + std::string(server) + kPath;
 }
 
-/// Keeps a body that is small.
-class AnswerSink : public HttpSink {
- public:
-    bool Begin(std::int64_t) override { return true; }
-    bool Write(std::string_view piece) override {
-        text += piece;
-        return true;
-    }
-    std::string Reason() const override { return ""; }
-
-    std::string text;
-};
-
 /// False if any of the values could not be stored. The version comes last: a host that looks at it first
 /// finds the others in place.
 bool Store(const UpdateOffer& offer) {
@@ -156,7 +143,7 @@ bool CheckForUpdate(const std::string& server, CNetworkManager& manager, const H
     request.limits = limits;
     request.pStop = &stop;
     FindProxy(request.url, manager, false);
-    AnswerSink answer;
+    TextSink answer;
     const HttpResult result = HttpGetThroughProxy(request, manager, answer);
     if (!result.Ok()) return Fail(stop, result.error);
     UpdateOffer offer;
