@@ -1,11 +1,11 @@
 #include "brenta/http.h"
 #include "brenta/registry.h"
-#include "http_host.h"
+#include "made_up_network.h"
 
 namespace brenta {
 namespace {
 
-using test::HttpHost;
+using test::MadeUpNetwork;
 using test::Texts;
 
 void SetMachineValue(const char* key, const char* value) {
@@ -32,7 +32,7 @@ TEST(Browser, CommandOfTheRegistry) {
         {{{http, "web"}}, "http://h/\"x", "web|http://h/%22x"},
         {{{http, "web \"%1\""}}, "http://h/%1", "web|http://h/%1"}};
     for (const auto& [values, address, words] : rows) {
-        HttpHost host;
+        MadeUpNetwork host;
         for (const auto& [key, value] : values)
             SetMachineValue(key, value);
         CString url(address);
@@ -47,7 +47,7 @@ TEST(Browser, Failures) {
         return "Error launching web browser.  CreateProcess( ) failed with error " + std::to_string(error) +
                ": " + text + "|0";
     };
-    HttpHost host;
+    MadeUpNetwork host;
     for (const char* address :
          {"", "file:///etc/passwd", "-opt", "http://", "javascript:x", "http://h/\n", "http://h/ x"}) {
         CString url(address);

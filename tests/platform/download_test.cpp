@@ -7,16 +7,16 @@
 #include <fstream>
 
 #include "brenta/http.h"
-#include "http_host.h"
 #include "loopback_server.h"
-#include "os/os.h"
+#include "made_up_network.h"
 
 namespace brenta {
 namespace {
 
-using test::HttpHost;
 using test::LoopbackServer;
+using test::MadeUpNetwork;
 using test::Page;
+using test::ReadFile;
 using test::Reply;
 using test::Scratch;
 using test::Texts;
@@ -33,19 +33,13 @@ struct Bar : CProgressCtrl {
     int range = -1, position = 0, stepsBack = 0;
 };
 
-std::string Content(const std::string& path) {
-    std::string content = "absent";
-    os::ReadWholeFile(path.c_str(), content);
-    return content;
-}
-
 std::ptrdiff_t FilesBeside(const std::string& path) {
     const auto folder = std::filesystem::path(path).parent_path();
     return std::distance(std::filesystem::directory_iterator(folder), {});
 }
 
 TEST(Download, WholeFileReplacesTheOld) {
-    HttpHost host;
+    MadeUpNetwork host;
     const Scratch scratch;
     const std::string file = scratch / "file", big(3'000'000, 'b');
     const LoopbackServer server(
@@ -58,7 +52,7 @@ TEST(Download, WholeFileReplacesTheOld) {
     for (const auto& [path, content, range] : rows) {
         Bar bar;
         EXPECT_NE(DownloadFile((server.Address() + path).c_str(), file.c_str(), nullptr, &bar), 0) << path;
-        EXPECT_TRUE(Content(file) == content) << path;
+        EXPECT_TRUE(ReadFile(file) == content) << path;
         EXPECT_EQ(bar.range, range) << path;
         EXPECT_EQ(bar.position, std::max(range, 0)) << path;
         EXPECT_EQ(bar.stepsBack, 0) << path;
@@ -70,7 +64,7 @@ TEST(Download, WholeFileReplacesTheOld) {
 }
 
 TEST(Download, FailureTellsWhyAndKeepsTheOldFile) {
-    HttpHost host;
+    MadeUpNetwork host;
     const Scratch scratch;
     const std::string file = scratch / "file", ok = "HTTP/1.1 200 OK\r\n";
     const auto to = [](const std::string& url) {
@@ -117,13 +111,13 @@ TEST(Download, FailureTellsWhyAndKeepsTheOldFile) {
         host.shown.clear();
         EXPECT_FALSE(DownloadWithin(limits, url.c_str(), file.c_str(), manager, nullptr)) << url;
         EXPECT_EQ(host.shown, Texts{std::string(kStated) + "\n\n" + reason + "|48"}) << url;
-        EXPECT_EQ(Content(file), "old") << url;
+        EXPECT_EQ(ReadFile(file), "old") << url;
         EXPECT_EQ(FilesBeside(file), 1) << url;
     }
 }
 
 TEST(Download, WhatIsRefusedBeforeTheRequest) {
-    HttpHost host;
+    MadeUpNetwork host;
     const Scratch scratch;
     const std::string file = scratch / "file", inside = file + "/inside";
     std::ofstream(file) << "old";
@@ -136,7 +130,7 @@ TEST(Download, WhatIsRefusedBeforeTheRequest) {
     EXPECT_EQ(host.shown, (Texts{std::string(kStated) + "\n\nThe file could not be written|48",
                                  std::string(kStated) +
                                      "\nNot connected to the Internet.\n\nNetwork is unreachable|48"}));
-    EXPECT_EQ(Content(file), "old");
+    EXPECT_EQ(ReadFile(file), "old");
 }
 
 /// A real proxy on the loopback while it lives.
@@ -198,7 +192,7 @@ TEST(Download, ThroughTheProxy) {
     const Proxy open(""), closed("BasicAuth me pw\n");
     ASSERT_TRUE(open.IsUp() && closed.IsUp());
     for (const Row& row : rows) {
-        HttpHost host;
+        MadeUpNetwork host;
         const LoopbackServer server({{"/file", Page("content")}});
         host.logins = row.logins;
         host.settings.flags = kNamedProxy;
@@ -209,7 +203,7 @@ TEST(Download, ThroughTheProxy) {
         const int isGood =
             DownloadFile((server.Address() + "/file").c_str(), file.c_str(), &manager, nullptr);
         EXPECT_EQ(isGood != 0, *row.status == 0) << row.list << testing::PrintToString(host.shown);
-        EXPECT_EQ(Content(file), isGood ? "content" : "absent");
+        EXPECT_EQ(ReadFile(file), isGood ? "content" : "absent");
         EXPECT_EQ(host.asked.size(), row.asked);
         if (!isGood) {
             EXPECT_NE(host.shown.at(0).find(row.status), std::string::npos) << host.shown[0];
@@ -224,7 +218,7 @@ TEST(Download, ThroughTheProxy) {
 }
 
 TEST(Download, AsksAgainForARefusedLogin) {
-    HttpHost host;
+    MadeUpNetwork host;
     const std::string refusal = "HTTP/1.1 407 No\r\nProxy-Authenticate: Basic realm=\"x\"\r\n";
     const LoopbackServer proxy({{"http://far/file", {refusal + "Content-Length: 0\r\n\r\n"}}});
     host.settings.flags = kNamedProxy;
@@ -234,7 +228,7 @@ TEST(Download, AsksAgainForARefusedLogin) {
     EXPECT_EQ(DownloadFile("http://far/file", file.c_str(), nullptr, nullptr), 0);
     EXPECT_EQ(host.asked, (Texts{server + "|", server + "|a", server + "|a"}));
     EXPECT_EQ(host.shown, Texts{std::string(kStated) + "\n\nThe server answered with status 407|48"});
-    EXPECT_EQ(Content(file), "absent");
+    EXPECT_EQ(ReadFile(file), "absent");
 }
 
 }  // namespace

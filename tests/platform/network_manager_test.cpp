@@ -1,10 +1,7 @@
 #include "brenta/network.h"
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include "brenta/registry.h"
+#include "loopback_server.h"
 #include "made_up_network.h"
 #include "platform/routes.h"
 
@@ -33,34 +30,6 @@ TEST(NetworkManager, AnswersStandForAMinute) {
     }
 }
 
-/// A server on this machine; once it is closed its port takes no connections.
-class Listener {
- public:
-    Listener() : m_handle(socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        EXPECT_EQ(bind(m_handle, reinterpret_cast<sockaddr*>(&address), size), 0);
-        EXPECT_EQ(listen(m_handle, 1), 0);
-        getsockname(m_handle, reinterpret_cast<sockaddr*>(&address), &size);
-        url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
-    }
-    ~Listener() { Close(); }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    void Close() {
-        if (m_handle >= 0) close(m_handle);
-        m_handle = -1;
-    }
-
-    std::string url;
-
- private:
-    int m_handle;
-};
-
 TEST(NetworkManager, Connection) {
     enum Site { None, Closed, Open };
     struct Row {
@@ -74,13 +43,14 @@ TEST(NetworkManager, Connection) {
         {1, false, false, Open, false},  {3, false, true, None, true},    {3, false, false, None, false},
         {9, false, true, Closed, false}, {9, true, false, None, true},    {3, true, false, None, false},
     };
+    const test::LoopbackServer server({});
     for (const Row& row : rows) {
         MadeUpNetwork network;
-        Listener listener;
-        if (row.site == Closed) listener.Close();
         network.settings.flags = row.flags;
         network.isOnline = row.isOnline;
-        if (row.site != None) network.endpoints[Endpoint::WebSite] = listener.url;
+        if (row.site == Open) network.endpoints[Endpoint::WebSite] = server.Address();
+        if (row.site == Closed)
+            network.endpoints[Endpoint::WebSite] = "http://127.0.0.1:" + std::to_string(test::FreePort());
         // Nothing can be detected for an address that is none.
         if (row.hasService) network.endpoints[Endpoint::WebService] = "service";
         CNetworkManager manager;

@@ -90,7 +90,7 @@ TEST(ProxyDiscovery, NoSettings) {
     EXPECT_FALSE(GetClientInternetProxyInfo(L"http://x/", manager, false));
     EXPECT_EQ(network.shown, test::Texts{});
     EXPECT_FALSE(GetClientInternetProxyInfo(nullptr, manager, true));
-    EXPECT_EQ(network.shown, test::Texts{"Could not obtain internet proxy information"});
+    EXPECT_EQ(network.shown, test::Texts{"Could not obtain internet proxy information|0"});
     EXPECT_STREQ(manager.m_proxyList, "old");
 }
 

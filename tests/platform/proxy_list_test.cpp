@@ -61,7 +61,7 @@ TEST(ProxyList, HttpProxy) {
         EXPECT_STREQ(host, row.host) << row.list;
         EXPECT_EQ(port, row.port) << row.list;
     }
-    EXPECT_EQ(std::count(network.asked.begin(), network.asked.end(), ""), 0);
+    EXPECT_EQ(std::count(network.resolved.begin(), network.resolved.end(), ""), 0);
 }
 
 TEST(ProxyList, DottedDecimals) {
@@ -101,7 +101,7 @@ TEST(ProxyList, ManyEntriesAskOnce) {
     int port = 7;
     manager.ConvertToDottedDecimals(text);
     EXPECT_TRUE(text == converted.c_str());
-    EXPECT_EQ(network.asked, test::Texts{"a"});
+    EXPECT_EQ(network.resolved, test::Texts{"a"});
     manager.m_proxyList = list.c_str();
     manager.ParseClientProxyInfo(host, port);
     EXPECT_EQ(port, 0);

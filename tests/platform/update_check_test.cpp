@@ -2,14 +2,14 @@
 
 #include "brenta/http.h"
 #include "brenta/settings.h"
-#include "http_host.h"
 #include "loopback_server.h"
+#include "made_up_network.h"
 
 namespace brenta {
 namespace {
 
-using test::HttpHost;
 using test::LoopbackServer;
+using test::MadeUpNetwork;
 using test::Page;
 using test::Reply;
 using test::Texts;
@@ -54,9 +54,9 @@ TEST(UpdateCheck, Answers) {
         {"build=5\ninstall=" + longest + "x", ""},
         {"build=5\ninstall=" + std::string(70'000, ' '), ""}};
     for (const auto& [answer, stored] : rows) {
-        HttpHost host;
+        MadeUpNetwork host;
         const LoopbackServer server({{kPath, Page(answer)}});
-        host.server = server.Address() + "/";
+        host.endpoints[Endpoint::WebServer] = server.Address() + "/";
         ReadUpdatePage(nullptr);
         WaitForUpdateCheck();
         EXPECT_EQ(Stored(), stored.empty() ? "-|-|-|-" : stored) << answer;
@@ -74,9 +74,9 @@ TEST(UpdateCheck, ServersThatFail) {
         {"HTTP/1.1 200 OK\r\n\r\n" + build},
         {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nfffffff\r\n", Reply::Flood}};
     for (const Reply& reply : replies) {
-        HttpHost host;
+        MadeUpNetwork host;
         const LoopbackServer server({{kPath, reply}});
-        host.server = server.Address().substr(7);
+        host.endpoints[Endpoint::WebServer] = server.Address().substr(7);
         ReadUpdatePage(nullptr);
         WaitForUpdateCheck();
         EXPECT_EQ(Stored(), "-|-|-|-");
@@ -86,7 +86,7 @@ TEST(UpdateCheck, ServersThatFail) {
 }
 
 TEST(UpdateCheck, CountsDownToTheNextCheck) {
-    HttpHost host;
+    MadeUpNetwork host;
     const LoopbackServer server({{kPath, Page("build=5")}});
     // Countdown before; online, endpoint; countdown after, requests so far.
     const std::tuple<int, bool, bool, int, std::size_t> rows[] = {
@@ -95,7 +95,7 @@ TEST(UpdateCheck, CountsDownToTheNextCheck) {
     for (const auto& [before, isOnline, hasServer, after, requests] : rows) {
         SetAppValue("Settings", "CheckForUpdates", before);
         host.isOnline = isOnline;
-        host.server = hasServer ? server.Address() : "";
+        host.endpoints[Endpoint::WebServer] = hasServer ? server.Address() : "";
         ReadUpdatePage(nullptr);
         WaitForUpdateCheck();
         int countdown = 99;
@@ -106,9 +106,9 @@ TEST(UpdateCheck, CountsDownToTheNextCheck) {
 }
 
 TEST(UpdateCheck, OneAtATimeAndStopsWhenTold) {
-    HttpHost host;
+    MadeUpNetwork host;
     const LoopbackServer server({{kPath, {"HTTP/1.1 200 OK\r\nContent-Length: 60000\r\n\r\n", Reply::Drip}}});
-    host.server = server.Address();
+    host.endpoints[Endpoint::WebServer] = server.Address();
     {
         const CNetworkManager manager;
         ReadUpdatePage(&const_cast<CNetworkManager&>(manager));
