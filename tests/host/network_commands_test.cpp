@@ -51,30 +51,24 @@ TEST(FetchCommand, TakesAFileFromAServer) {
 TEST(ProxyCommand, TellsTheProxyAndWhy) {
     const LoopbackServer server({{"/proxy.pac", Page(kScript)}});
     const std::string address = server.Address(), list = "http=" + address.substr(7);
-    const Texts script = {"settings  desktop", "ways      direct, configuration script",
-                          "script    " + address + "/proxy.pac"};
+    const std::string desktop =
+        "settings  desktop\nways      direct, configuration script\nscript    " + address;
     // Proxy, script, address; what is printed.
-    const std::tuple<std::string, const char*, const char*, Texts> rows[] = {
-        {"", "/proxy.pac", "http://far/x", {script[0], script[1], script[2], "result    127.0.0.1:8080"}},
-        {"", "/proxy.pac", "https://near/", {script[0], script[1], script[2], "result    direct"}},
-        {"",
-         "/none",
-         "http://far/",
-         {script[0], script[1], "script    " + address + "/none",
-          "failed    Unable to determine internet autoproxy details The proxy configuration script could not "
-          "be downloaded.",
-          "result    direct"}},
-        {address,
-         "/proxy.pac",
-         "http://far/",
-         {"settings  environment", "ways      direct, named proxy", "proxies   " + list,
-          "result    " + list}},
-        {"", "/proxy.pac", "mailto:x", {}}};
+    const std::tuple<std::string, const char*, const char*, std::string> rows[] = {
+        {"", "/proxy.pac", "http://far/x", desktop + "/proxy.pac\nresult    127.0.0.1:8080\n"},
+        {"", "/proxy.pac", "https://near/", desktop + "/proxy.pac\nresult    direct\n"},
+        {"", "/none", "http://far/",
+         desktop + "/none\nfailed    Unable to determine internet autoproxy details The proxy configuration "
+                   "script could not be downloaded.\nresult    direct\n"},
+        {address, "/proxy.pac", "http://far/",
+         "settings  environment\nways      direct, named proxy\nproxies   " + list + "\nresult    " + list +
+             "\n"},
+        {"", "/proxy.pac", "mailto:x", ""}};
     for (const auto& [proxy, path, url, output] : rows) {
         SetNetwork(proxy, address + path);
         const HostResult result = RunHost({"proxy", url});
         EXPECT_EQ(result.status, output.empty() ? 1 : 0) << url;
-        EXPECT_EQ(result.output, output) << url;
+        EXPECT_EQ(ReadText(ScratchFolder() / "out"), output) << url;
         EXPECT_EQ(result.errors.size(), output.empty() ? 1u : 0u) << url;
     }
 }

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdint>
@@ -66,6 +67,15 @@ pid_t Fork(const Work& work) {
 inline bool Succeeds(pid_t child) {
     int status = 0;
     return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+/// Runs work(0) to work(3) in four processes at once; false if any of them returned false.
+template <class Work>
+bool SucceedInFourProcesses(const Work& work) {
+    pid_t children[4];
+    for (int i = 0; i < 4; ++i)
+        children[i] = Fork([&] { return work(i); });
+    return std::ranges::count_if(children, Succeeds) == 4;
 }
 
 /// Ends the process, wherever it is, after so many microseconds.

@@ -147,17 +147,12 @@ TEST(AppValues, FollowTheFile) {
 TEST(AppValues, ProcessesWriteAtOnceAndMayBeKilled) {
     constexpr int kWrites = 25;
     const DataFolder folder;
-    std::vector<pid_t> children;
-    for (int process = 0; process < 4; ++process) {
-        children.push_back(test::Fork([process] {
-            bool good = true;
-            for (int i = 0; i < kWrites; ++i)
-                good &= SetAppValue("S", std::to_string(process * kWrites + i).c_str(), i);
-            return good;
-        }));
-    }
-    for (const pid_t child : children)
-        EXPECT_TRUE(test::Succeeds(child));
+    EXPECT_TRUE(test::SucceedInFourProcesses([](int process) {
+        bool good = true;
+        for (int i = 0; i < kWrites; ++i)
+            good &= SetAppValue("S", std::to_string(process * kWrites + i).c_str(), i);
+        return good;
+    }));
     std::mt19937 random(9);
     TOrderedList<CoreString> names;
     for (int run = 0; run < 100; ++run) {

@@ -288,18 +288,13 @@ TEST(Registry, ReadsAFileThatItMayNotWrite) {
 
 TEST(Registry, FourProcessesWriteAtOnce) {
     const DataFolder folder;
-    std::vector<pid_t> children;
-    for (int process = 0; process < 4; ++process) {
-        children.push_back(test::Fork([process] {
-            bool good = true;
-            At key("Shared\\Key");
-            for (int i = 0; i < 1000; ++i)
-                good &= key.WriteInt(std::to_string(process * 1000 + i).c_str(), i);
-            return good;
-        }));
-    }
-    for (const pid_t child : children)
-        EXPECT_TRUE(test::Succeeds(child));
+    EXPECT_TRUE(test::SucceedInFourProcesses([](int process) {
+        bool good = true;
+        At key("Shared\\Key");
+        for (int i = 0; i < 1000; ++i)
+            good &= key.WriteInt(std::to_string(process * 1000 + i).c_str(), i);
+        return good;
+    }));
     At key("Shared\\Key");
     EXPECT_EQ(key.GetValueCount(), 4000);
     EXPECT_EQ(key.ReadInt("3999", 0), 999);
