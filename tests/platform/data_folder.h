@@ -19,13 +19,16 @@
 
 namespace brenta::test {
 
-/// While it lives, application data belong into an empty folder, and the program is "tool".
+/// While it lives, application data belong into an empty folder of the program, which is "tool".
 class DataFolder {
  public:
-    DataFolder() : m_path(m_scratch / "data") {
+    explicit DataFolder(const char* executable = "/bin/tool")
+        : m_executable(executable), m_path(m_scratch / "data") {
         HostServices services;
         services.context = this;
-        services.executablePath = [](void*, CoreString& path) { return !(path = "/bin/tool").IsEmpty(); };
+        services.executablePath = [](void* self, CoreString& path) {
+            return !(path = static_cast<DataFolder*>(self)->m_executable).IsEmpty();
+        };
         services.applicationDataFolder = [](void* self, CoreString& path) {
             return !(path = static_cast<DataFolder*>(self)->m_path.c_str()).IsEmpty();
         };
@@ -52,7 +55,8 @@ class DataFolder {
     }
 
  private:
-    Scratch m_scratch;
+    const Scratch m_scratch;
+    const char* m_executable;
     std::string m_path;
 };
 

@@ -128,23 +128,19 @@ TEST(ProxyDiscovery, Answers) {
 }
 
 TEST(ProxyDiscovery, Targets) {
-    struct Row {
-        const char *url, *host;
-        int port;
-        const char* visible;
-    };
-    const Row rows[] = {
+    // Address; host, port, what a script may see.
+    const std::tuple<const char*, const char*, int, const char*> rows[] = {
         {"http://x", "x", 80, "http://x"},
         {"HTTP://me:pw@x:81/a b?q='\\#f", "x", 81, "http://x:81/a%20b?q=%27%5C"},
         {"https://x:8443/secret?q", "x", 8443, "https://x:8443/"},
         {"ftp://[::1]/f", "::1", 21, "ftp://[::1]/f"},
         {"http://x:80'+evil()+'/", "x", 80, "http://x:80/"},
     };
-    for (const Row& row : rows) {
-        const UrlTarget target = TargetOf(row.url);
-        EXPECT_EQ(target.host, row.host);
-        EXPECT_EQ(target.port, row.port);
-        EXPECT_EQ(target.visible, row.visible);
+    for (const auto& [url, host, port, visible] : rows) {
+        const UrlTarget target = TargetOf(url);
+        EXPECT_EQ(target.host, host);
+        EXPECT_EQ(target.port, port);
+        EXPECT_EQ(target.visible, visible);
     }
     for (const char* url :
          {"", "x", "://", "http://", "http://:80/", "http://x:99999/", "http://x'y/", "http://x\ny/"})

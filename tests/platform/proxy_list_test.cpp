@@ -16,11 +16,8 @@ class Manager : public CNetworkManager {
 };
 
 TEST(ProxyList, HttpProxy) {
-    struct Row {
-        const char *list, *host;
-        int port;
-    };
-    const Row rows[] = {
+    // List; host and port.
+    const std::tuple<const char*, const char*, int> rows[] = {
         {"ftp=a:21; http=proxy:8080", "10.0.0.1", 8080},
         {"proxy:3128", "10.0.0.1", 3128},
         {"HTTP=Unknown.Example:80", "unknown.example", 80},
@@ -53,13 +50,13 @@ TEST(ProxyList, HttpProxy) {
     };
     MadeUpNetwork network;
     Manager manager;
-    for (const Row& row : rows) {
+    for (const auto& [list, expectedHost, expectedPort] : rows) {
         CString host("old");
         int port = 7;
-        manager.m_proxyList = row.list;
+        manager.m_proxyList = list;
         manager.ParseClientProxyInfo(host, port);
-        EXPECT_STREQ(host, row.host) << row.list;
-        EXPECT_EQ(port, row.port) << row.list;
+        EXPECT_STREQ(host, expectedHost) << list;
+        EXPECT_EQ(port, expectedPort) << list;
     }
     EXPECT_EQ(std::count(network.resolved.begin(), network.resolved.end(), ""), 0);
 }
@@ -108,11 +105,9 @@ TEST(ProxyList, ManyEntriesAskOnce) {
 }
 
 TEST(ProxySettings, Environment) {
-    struct Row {
-        std::map<std::string, std::string> variables;
-        const char *list, *bypass, *user, *password;
-    };
-    const Row rows[] = {
+    using Variables = std::map<std::string, std::string>;
+    // Variables; proxies (null: none found) and bypass, user and password.
+    const std::tuple<Variables, const char*, const char*, const char*, const char*> rows[] = {
         {{{"http_proxy", "http://proxy:8080/"}}, "http=proxy:8080", "", "", ""},
         {{{"https_proxy", "proxy"}, {"all_proxy", "socks5://s"}}, "https=proxy:80;socks=s:1080", "", "", ""},
         {{{"ALL_PROXY", "https://p"}, {"NO_PROXY", "*"}}, "p:443", "*", "", ""},
@@ -130,19 +125,19 @@ TEST(ProxySettings, Environment) {
         {{{"http_proxy", ""}, {"no_proxy", "a"}}, nullptr, "", "", ""},
         {{{"http_proxy", "p:99999"}, {"ftp_proxy", "a b:1"}, {"all_proxy", "://"}}, nullptr, "", "", ""},
     };
-    for (const Row& row : rows) {
-        const auto read = [&row](const char* name, std::string& value) {
-            const auto position = row.variables.find(name);
-            if (position != row.variables.end()) value = position->second;
-            return position != row.variables.end();
+    for (const auto& [variables, list, bypass, user, password] : rows) {
+        const auto read = [&known = variables](const char* name, std::string& value) {
+            const auto position = known.find(name);
+            if (position != known.end()) value = position->second;
+            return position != known.end();
         };
         InternetSettings settings;
-        ASSERT_EQ(SettingsFromEnvironment(read, settings), row.list != nullptr);
-        EXPECT_EQ(settings.flags, row.list ? kDirectConnection | kNamedProxy : kDirectConnection);
-        EXPECT_STREQ(settings.proxyList, row.list ? row.list : "");
-        EXPECT_STREQ(settings.bypassList, row.bypass);
-        EXPECT_STREQ(settings.user, row.user);
-        EXPECT_STREQ(settings.password, row.password);
+        ASSERT_EQ(SettingsFromEnvironment(read, settings), list != nullptr);
+        EXPECT_EQ(settings.flags, list ? kDirectConnection | kNamedProxy : kDirectConnection);
+        EXPECT_STREQ(settings.proxyList, list ? list : "");
+        EXPECT_STREQ(settings.bypassList, bypass);
+        EXPECT_STREQ(settings.user, user);
+        EXPECT_STREQ(settings.password, password);
     }
 }
 
@@ -153,12 +148,8 @@ TEST(ProxySettings, Desktop) {
                                 ".socks host \"it's\"\n" + base + ".socks port 0\n" + base +
                                 " ignore-hosts ['l', \"127.0.0.0/8\", '::1']\n";
     const std::string script = base + " autoconfig-url 'http://s/it\\'s.pac'";
-    struct Row {
-        std::string listing;
-        int flags;  // 0: nothing found
-        const char *list, *bypass, *script;
-    };
-    const Row rows[] = {
+    // What is listed; flags (0: nothing found), proxies, bypass, script.
+    const std::tuple<std::string, int, const char*, const char*, const char*> rows[] = {
         {base + " mode 'manual'\n" + servers, 3, "http=p:8080", "l;*.l;127.0.0.0/8;::1", ""},
         {base + " mode 'auto'\n" + servers + script, 5, "", "", "http://s/it's.pac"},
         {base + " mode 'auto'\n" + base + " autoconfig-url ''", 9, "", "", ""},
@@ -170,13 +161,13 @@ TEST(ProxySettings, Desktop) {
         {base, 0, "", "", ""},
         {"", 0, "", "", ""},
     };
-    for (const Row& row : rows) {
+    for (const auto& [listing, flags, list, bypass, autoconfig] : rows) {
         InternetSettings settings;
-        ASSERT_EQ(SettingsFromDesktop(row.listing, settings), row.flags != 0) << row.listing;
-        EXPECT_EQ(settings.flags, row.flags ? row.flags : kDirectConnection) << row.listing;
-        EXPECT_STREQ(settings.proxyList, row.list) << row.listing;
-        EXPECT_STREQ(settings.bypassList, row.bypass) << row.listing;
-        EXPECT_STREQ(settings.scriptUrl, row.script) << row.listing;
+        ASSERT_EQ(SettingsFromDesktop(listing, settings), flags != 0) << listing;
+        EXPECT_EQ(settings.flags, flags ? flags : kDirectConnection) << listing;
+        EXPECT_STREQ(settings.proxyList, list) << listing;
+        EXPECT_STREQ(settings.bypassList, bypass) << listing;
+        EXPECT_STREQ(settings.scriptUrl, autoconfig) << listing;
     }
 }
 

@@ -3,31 +3,13 @@
 #include <filesystem>
 
 #include "brenta/files.h"
-#include "brenta/host.h"
-#include "test_support.h"
+#include "data_folder.h"
 
 namespace brenta {
 namespace {
 
+using test::DataFolder;
 using Text = const char*;
-
-/// Answers for the platform while it lives; a data folder "unknown" is one.
-struct Places {
-    Places(Text executable, Text data) : m_executable(executable), m_data(data) {
-        HostServices services;
-        services.context = this;
-        services.executablePath = [](void* self, CoreString& path) {
-            return !(path = static_cast<Places*>(self)->m_executable).IsEmpty();
-        };
-        services.applicationDataFolder = [](void* self, CoreString& folder) {
-            return (folder = static_cast<Places*>(self)->m_data) != "unknown";
-        };
-        SetHostServices(services);
-    }
-    ~Places() { SetHostServices(HostServices{}); }
-
-    Text m_executable, m_data;
-};
 
 TEST(Settings, ApplicationName) {
     // Executable; full path without extension, file name with and without it, folder.
@@ -38,7 +20,8 @@ TEST(Settings, ApplicationName) {
         {"D:\\tool.exe", "D:\\tool", "tool.exe", "tool", "D:\\"},
         {"", "", "", "", ""}};
     for (const auto& [executable, whole, file, name, folder] : rows) {
-        const Places places(executable, "unknown");
+        DataFolder places(executable);
+        places.Forget();
         EXPECT_EQ(GetAppName(true, true), executable);
         EXPECT_EQ(GetAppName(true, false), whole);
         EXPECT_EQ(GetAppName(false, true), file);
@@ -49,9 +32,11 @@ TEST(Settings, ApplicationName) {
 }
 
 TEST(Settings, DataFiles) {
-    const Places places("/usr/bin/tool.bin", "/share");
-    EXPECT_EQ(GetAppDataFileName("State", "recent", "txt"), "/share\\tool\\State\\recent.txt");
-    EXPECT_EQ(GetAppDataFileName(nullptr, "tool.ini", nullptr), "/share\\tool\\tool.ini");
+    const DataFolder folder("/usr/bin/tool.bin");
+    std::string data = folder / "";
+    data.back() = '\\';
+    EXPECT_EQ(GetAppDataFileName("State", "recent", "txt"), (data + "tool\\State\\recent.txt").c_str());
+    EXPECT_EQ(GetAppDataFileName(nullptr, "tool.ini", nullptr), (data + "tool\\tool.ini").c_str());
 }
 
 TEST(Settings, PlatformKnowsTheRunningProgram) {
