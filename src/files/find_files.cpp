@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr string_view kSeparators = "\\/";
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Patterns
 
 bool FitsEverything(string_view pattern) {
@@ -49,7 +49,7 @@ bool Fits(string_view name, string_view pattern) {
     return pattern.find_first_not_of('*', p) == string_view::npos;
 }
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Folders
 
 struct Folder {
@@ -72,10 +72,9 @@ bool ReadFolder(const std::string& path, FolderContent& content) {
     if (error) return false;
     for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
         std::error_code unknown;
-        const fs::file_status status = entry->status(unknown);
         std::string name = entry->path().filename().string();
-        if (HasSeparator(name) || !fs::exists(status)) continue;
-        if (fs::is_directory(status)) {
+        if (HasSeparator(name) || !entry->exists(unknown)) continue;
+        if (entry->is_directory(unknown)) {
             content.folders.push_back({std::move(name), entry->is_symlink(unknown)});
         } else {
             content.files.push_back(std::move(name));
@@ -85,7 +84,7 @@ bool ReadFolder(const std::string& path, FolderContent& content) {
     std::sort(content.files.begin(), content.files.end());
     std::sort(content.folders.begin(), content.folders.end(),
               [](const Folder& a, const Folder& b) { return a.name < b.name; });
-    return true;
+    return !error;
 }
 
 std::string Joined(const std::string& folder, const std::string& name) {
@@ -112,11 +111,11 @@ bool Walk(const char* first, bool inSubDirectories, const Visit& visit) {
     return true;
 }
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Relative paths
 
 struct PathParts {
-    string_view root;  ///< the drive with its ":" and the separators behind it
+    string_view root;
     std::vector<string_view> parts;
 };
 
@@ -127,15 +126,23 @@ bool IsRootEqual(string_view a, string_view b) {
     });
 }
 
+/// The part of a path that no way leads out of: the drive with its ":" and the separators behind it, or the
+/// computer and the folder that it shares, with the two separators before them.
+string_view RootOf(string_view path) {
+    const std::size_t separators = path.find_first_not_of(kSeparators);
+    const std::size_t firstEnd = path.find_first_of(kSeparators, separators);
+    if (separators == 2 && firstEnd != string_view::npos) {
+        const std::size_t second = path.find_first_not_of(kSeparators, firstEnd);
+        return path.substr(0, path.find_first_of(kSeparators, second));
+    }
+    const std::size_t colon = path.substr(0, path.find_first_of(kSeparators)).find(':');
+    const std::size_t drive = colon == string_view::npos ? 0 : colon + 1;
+    return path.substr(0, path.find_first_not_of(kSeparators, drive));
+}
+
 PathParts PartsOf(string_view path) {
-    PathParts result;
-    const std::size_t firstSeparator = path.find_first_of(kSeparators);
-    const std::size_t colon = path.substr(0, firstSeparator).find(':');
-    std::size_t rootSize = colon == string_view::npos ? 0 : colon + 1;
-    while (rootSize < path.size() && kSeparators.find(path[rootSize]) != string_view::npos)
-        ++rootSize;
-    result.root = path.substr(0, rootSize);
-    for (path.remove_prefix(rootSize); !path.empty();) {
+    PathParts result{RootOf(path), {}};
+    for (path.remove_prefix(result.root.size()); !path.empty();) {
         const std::size_t end = std::min(path.find_first_of(kSeparators), path.size());
         const string_view part = path.substr(0, end);
         path.remove_prefix(std::min(path.size(), end + 1));
@@ -166,7 +173,7 @@ std::string RelativePath(string_view path, string_view base) {
 
 }  // namespace
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // The exported functions
 
 CoreString MakeRelativePath(const char* path, const char* base) try {

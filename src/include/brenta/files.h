@@ -24,7 +24,7 @@
 
 namespace brenta {
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Questions to the file system
 
 /// Whether the path names an existing folder; a trailing separator does not matter. False for null and "".
@@ -34,7 +34,7 @@ BRENTA_API bool DirectoryExists(const char* path);
 /// as absent. False for null and "".
 BRENTA_API bool FileExists(const char* path);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Questions to the text
 
 /// Whether a path is tied to a place: it contains a ":" anywhere or starts with a separator.
@@ -46,7 +46,7 @@ BRENTA_API bool IsQualifiedFilename(const char* path);
 /// name with an extension pass.
 BRENTA_API bool IsLegalFilename(const char* path);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Taking paths apart
 
 /// The text behind the last ".", wherever it stands; "" if there is none.
@@ -80,7 +80,7 @@ BRENTA_API CoreString StripDriveName(const char* path);
 /// port stay: "ftp://srv:81/a" gives "ftp://srv:81". "" for a text without "://".
 BRENTA_API CoreString GetUrlHostName(const char* url);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Putting paths together
 
 /// The name with an extension added: "board" and ".brd", or "brd", give "board.brd". A name that holds a "."
@@ -102,7 +102,7 @@ BRENTA_API CoreString AppendPaths(const char* first, const char* second);
 /// give "a\\b\".
 BRENTA_API CoreString BuildFilename(const char* root, const char* folder, const char* name, const char* ext);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Forms of a path
 
 /// A copy of the path, in upper case (A to Z) if `upper`. Separators stay as they are.
@@ -115,11 +115,11 @@ BRENTA_API CoreString CoreNativePath(const char* path);
 /// The path as seen from the folder `base`: "a\b\c" from "a\d" is "..\b\c", and from "a\b\c" it is ".". Both
 /// are taken as texts: parts "." are left out, ".." takes the part before it away, and the file system is not
 /// asked. Parts compare byte by byte, drives without regard to case. The path itself, unchanged, if the two
-/// have different drives or roots, only one begins at a root, or the way would lead through a ".." of the
-/// base.
+/// have different drives, network shares or roots, only one begins at a root, or the way would lead through a
+/// ".." of the base.
 BRENTA_API CoreString MakeRelativePath(const char* path, const char* base);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Searches
 //
 // In a pattern "*" stands for any number of bytes and "?" for one; letters match in either case, and "", "*"
