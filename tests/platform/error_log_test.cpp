@@ -1,8 +1,6 @@
 #include "brenta/error_log.h"
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "brenta/host.h"
 #include "test_support.h"
@@ -25,12 +23,6 @@ struct Desktop {
 
     test::Texts opened;
 };
-
-std::string ReadText(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
 
 const char* const kTop =
     "<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.0 Transitional//EN\">\n<html>\n  <head>\n    "
@@ -88,7 +80,7 @@ TEST(ErrorLog, ThePageToTheByte) {
             for (const std::string& line : list.lines)
                 lines.Add(line.c_str());
             EmitLogFile(report.c_str(), "<i>T</i>", lines, text, url);
-            EXPECT_EQ(ReadText(report) == Page("<i>T</i>", list.rows, link), true) << link;
+            EXPECT_EQ(test::ReadFile(report) == Page("<i>T</i>", list.rows, link), true) << link;
             EXPECT_EQ(desktop.opened, test::Texts{report});
         }
     }
@@ -98,7 +90,7 @@ TEST(ErrorLog, ThePageToTheByte) {
         EmitLogFile(path, nullptr, none, nullptr, nullptr);
     EXPECT_TRUE(desktop.opened.empty());
     EmitLogFile(report.c_str(), nullptr, none, nullptr, nullptr);
-    EXPECT_EQ(ReadText(report), Page("", "", ""));
+    EXPECT_EQ(test::ReadFile(report), Page("", "", ""));
 }
 
 TEST(ErrorLog, PlacesAndCounts) {
@@ -133,11 +125,13 @@ TEST(ErrorLog, PlacesAndCounts) {
     EXPECT_FALSE(log.AnyWarningsOrErrors());
     copy.Error("last");
     copy.ShowLog(report.c_str(), "T");
-    EXPECT_EQ(ReadText(report), Page("T", expected + Row("#efefef", "#ff0000", "%d(-3) : error: last"), ""));
+    EXPECT_EQ(test::ReadFile(report),
+              Page("T", expected + Row("#efefef", "#ff0000", "%d(-3) : error: last"), ""));
     log.Error("alone");
     EXPECT_TRUE(log.AnyWarningsOrErrors());
     log.ShowLog(report.c_str(), "T");
-    EXPECT_EQ(ReadText(report), Page("T", Row("#afafaf", "#000000", "alone"), "")) << "no place is left";
+    EXPECT_EQ(test::ReadFile(report), Page("T", Row("#afafaf", "#000000", "alone"), ""))
+        << "no place is left";
 }
 
 }  // namespace

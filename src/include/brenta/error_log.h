@@ -7,9 +7,8 @@
 ///     CErrorLog log;
 ///     log.SetCurrentFileName("panel.scr");
 ///     log.SetCurrentLineNumber(12);
-///     log.Warning("The net GND has one pin.");              // panel.scr(12) : warning: The net GND has one
-///     pin. log.ShowLog("report.html", "Checking the panel");     // written and opened, as there is
-///     something to show
+///     log.Warning("GND has one pin.");                   // "panel.scr(12) : warning: GND has one pin."
+///     log.ShowLog("report.html", "Checking the panel");  // written and opened: something was reported
 ///
 /// A report that was written is opened through the host's `shellOpen` (brenta/host.h): by default in the
 /// program that the person chose for such files, in the background. Where there is no such program the report
@@ -26,7 +25,7 @@
 
 namespace brenta {
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // The log
 
 /// Collects messages in the order in which they are reported, and counts them. Copies are deep.
@@ -78,7 +77,7 @@ class BRENTA_API CErrorLog {
     int m_errors = 0;
 };
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // The report
 
 /// Writes `lines` as an HTML page, replacing `reportFile`, and opens it: a banner with the title, then one
