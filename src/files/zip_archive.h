@@ -23,6 +23,9 @@ class ZipReader {
 
     /// Whether the file is an archive. One without entries may be open or not.
     bool IsArchive() const { return m_archive || m_isEmpty; }
+    /// Whether the archive ends as it should: its comment is not cut, and one that counts no entries has
+    /// nothing else in it either.
+    bool IsWhole() const;
 
     /// The steps through the directory. Name and Info then tell of the entry.
     Step First();

@@ -28,6 +28,12 @@ int CloseForZip(voidpf, voidpf stream) {
     return std::fclose(file) != 0 || failed ? EOF : 0;
 }
 
+/// minizip takes what it reads behind the end of a cut file for zeros unless the end counts as an error.
+int ErrorForZip(voidpf, voidpf stream) {
+    auto* const file = static_cast<std::FILE*>(stream);
+    return std::ferror(file) != 0 || std::feof(file) != 0 ? 1 : 0;
+}
+
 /// Whether a file is the end record of an archive without entries and nothing else: minizip writes such
 /// archives and does not open them.
 bool IsEmptyArchive(const char* path, std::uint64_t size) {
@@ -48,6 +54,7 @@ zlib_filefunc64_def ZipFileFunctions() {
     fill_fopen64_filefunc(&functions);
     functions.zopen64_file = &OpenForZip;
     functions.zclose_file = &CloseForZip;
+    functions.zerror_file = &ErrorForZip;
     return functions;
 }
 
@@ -61,6 +68,14 @@ ZipReader::ZipReader(const char* path) {
     m_isEmpty = IsEmptyArchive(path, m_fileSize);
     zlib_filefunc64_def functions = ZipFileFunctions();
     if (!m_isEmpty) m_archive.reset(unzOpen2_64(path, &functions));
+}
+
+bool ZipReader::IsWhole() const {
+    unz_global_info64 archive{};
+    if (!m_archive || unzGetGlobalInfo64(m_archive.get(), &archive) != UNZ_OK) return m_isEmpty;
+    std::vector<char> comment(archive.size_comment + 1);
+    const int size = unzGetGlobalComment(m_archive.get(), comment.data(), archive.size_comment);
+    return archive.number_entry != 0 && size >= 0 && static_cast<uLong>(size) == archive.size_comment;
 }
 
 ZipReader::Step ZipReader::First() {

@@ -123,14 +123,14 @@ bool NeedsUtf8Mark(std::string_view name) {
 // ---------------------------------------------------------------------------------------------------------------------
 // A changed archive
 
-/// The entries of an archive, by walking; false if its directory is damaged.
+/// The entries of an archive, by walking; false if its directory or its end is damaged.
 bool CountEntries(const char* path, std::uint64_t& count) {
     ZipReader archive(path);
     count = 0;
     ZipReader::Step step = archive.First();
     for (; step == ZipReader::Step::Entry; step = archive.Next())
         ++count;
-    return step == ZipReader::Step::End;
+    return step == ZipReader::Step::End && archive.IsWhole();
 }
 
 /// Appends a file's content to another file.
