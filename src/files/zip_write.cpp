@@ -5,6 +5,11 @@
 // entries cannot be found; and an archive whose end is damaged is taken for an empty one. So here the old
 // directory is walked first, all changes are made to a copy beside the archive, and that copy is walked, too,
 // before it takes the archive's place.
+//
+// A second writer that copied the same archive would drop what the first has added, so writers hold a lock on
+// the archive while they work. Where that is not enough - no archive to lock yet, a file system without
+// locks, another program - the archive is found changed when the copy is to take its place, and all is done
+// anew.
 #include <minizip/zip.h>
 
 #include <algorithm>
@@ -12,6 +17,7 @@
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -20,6 +26,7 @@
 #include "brenta/host.h"
 #include "brenta/zip.h"
 #include "files/zip_archive.h"
+#include "os/data_files.h"
 #include "os/os.h"
 #include "os/system.h"
 
@@ -31,15 +38,18 @@ constexpr std::size_t kChunk = std::size_t{256} * 1024;
 constexpr std::uint64_t kLargeForm = 0xFFFFFFFF;  // from this size on an entry needs the larger form
 constexpr std::size_t kLongestName = 0xFFFF;
 constexpr std::uint64_t kMostEntries = 0xFFFF;  // minizip writes no directory that counts more
+constexpr int kLockMilliseconds = 60'000;       // others may be adding much
+constexpr int kMostAttempts = 10;
 
 enum class Outcome {
     Added,
-    Refused,  ///< the source cannot be opened, or there is no room for its name; the archive is as before
-    Broken,   ///< the source failed in the middle and has left a part of itself in the archive
-    Failed,   ///< the archive cannot be written
+    Refused,    ///< the source cannot be opened, or there is no room for its name; the archive is as before
+    Broken,     ///< the source failed in the middle and has left a part of itself in the archive
+    Failed,     ///< the archive cannot be written
+    Overtaken,  ///< somebody else has changed the archive meanwhile
 };
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Sources of an entry
 
 class ZipSource {
@@ -83,7 +93,7 @@ class FileSource : public ZipSource {
     std::vector<char> m_buffer;
 };
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // An entry's head
 
 zip_fileinfo TimeStamp() {
@@ -120,7 +130,7 @@ bool NeedsUtf8Mark(std::string_view name) {
     return beyondAscii && due == 0;
 }
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // A changed archive
 
 /// The entries of an archive, by walking; false if its directory or its end is damaged.
@@ -149,24 +159,39 @@ bool CopyFile(const char* from, const char* to) {
 /// An archive with what is added to it, still beside the old one.
 class ChangedArchive {
  public:
-    /// False if the old archive is damaged, or nothing can be written beside it.
+    /// False if the old archive is damaged, somebody else keeps changing it, or nothing can be written beside
+    /// it.
     bool Open(const char* path);
     Outcome Add(const CoreString& name, ZipSource& source);
-    /// Puts the changed archive in the place of the old one.
-    bool Commit();
+    /// Puts the changed archive in the place of the old one: Added, Failed or Overtaken.
+    Outcome Commit();
 
  private:
     struct Closer {
         void operator()(void* archive) const { zipClose(archive, nullptr); }
     };
 
-    os::Replacement m_replacement;  // goes after the archive is closed
+    bool PutInPlace();
+
+    std::string m_path;
+    os::FileLock m_lock;
+    std::optional<os::FileStamp> m_oldStamp;  // none if there was nothing
+    os::Replacement m_replacement;            // goes after the archive is closed
     std::unique_ptr<void, Closer> m_archive;
     std::uint64_t m_oldEntries = 0;
     std::uint64_t m_entries = 0;
 };
 
+/// What a path leads to; none if that is nothing.
+std::optional<os::FileStamp> StampOf(const char* path) {
+    os::FileStamp stamp;
+    return os::StampOfFile(path, stamp) ? std::optional(stamp) : std::nullopt;
+}
+
 bool ChangedArchive::Open(const char* path) {
+    if (!path || !m_lock.AcquireExisting(path, kLockMilliseconds)) return false;
+    m_path = path;
+    m_oldStamp = StampOf(path);
     if (os::KindOfPath(path) == os::PathKind::File) {
         os::FileReader file;
         if (!file.Open(path) || (file.Size() != 0 && !CountEntries(path, m_oldEntries))) return false;
@@ -203,15 +228,22 @@ Outcome ChangedArchive::Add(const CoreString& name, ZipSource& source) {
     return Outcome::Added;
 }
 
-bool ChangedArchive::Commit() {
-    if (m_entries == m_oldEntries && m_entries != 0) return true;  // nothing was added: the old archive stays
-    std::uint64_t written = 0;
-    return zipClose(m_archive.release(), nullptr) == ZIP_OK &&
-           CountEntries(m_replacement.NewPath().c_str(), written) && written == m_entries &&
-           m_replacement.Commit();
+bool ChangedArchive::PutInPlace() {
+    if (!m_oldStamp) return m_replacement.CommitAsNew();
+    return StampOf(m_path.c_str()) == m_oldStamp && m_replacement.Commit();
 }
 
-// ---------------------------------------------------------------------------------------------------------------------
+Outcome ChangedArchive::Commit() {
+    if (m_entries == m_oldEntries && m_entries != 0) return Outcome::Added;  // none: the old archive stays
+    std::uint64_t written = 0;
+    if (zipClose(m_archive.release(), nullptr) != ZIP_OK ||
+        !CountEntries(m_replacement.NewPath().c_str(), written) || written != m_entries)
+        return Outcome::Failed;
+    if (PutInPlace()) return Outcome::Added;
+    return StampOf(m_path.c_str()) == m_oldStamp ? Outcome::Failed : Outcome::Overtaken;
+}
+
+// ---------------------------------------------------------------------------------------------------------
 // Many files
 
 bool IsSameFile(const char* a, const char* b) {
@@ -225,45 +257,58 @@ Outcome AddFile(ChangedArchive& archive, const char* path, const CoreString& fil
     return archive.Add(namesOnly ? GetFileName(file, true) : StripDriveName(file), source);
 }
 
-/// Adds the first `count` files and puts the archive in place, unless one breaks in the middle: `count` is
-/// then the number of those before it. False where not all are in the archive.
-bool AddFirst(const char* path, const TOrderedList<CoreString>& files, bool namesOnly, std::size_t& count,
-              Outcome& outcome) {
+/// Adds the first `count` files and puts the archive in place, unless one breaks in the middle. `count` is
+/// then the number of those before the one that was not added.
+Outcome AddFirst(const char* path, const TOrderedList<CoreString>& files, bool namesOnly,
+                 std::size_t& count) {
     ChangedArchive archive;
-    outcome = Outcome::Failed;
-    if (!archive.Open(path)) return false;
+    if (!archive.Open(path)) return Outcome::Failed;
     std::size_t added = 0;
-    outcome = Outcome::Added;
+    Outcome outcome = Outcome::Added;
     for (TIter<CoreString> file(files); file.Get() && added < count; file.Next(), ++added) {
         outcome = AddFile(archive, path, *file.Get(), namesOnly);
         if (outcome != Outcome::Added) break;
     }
-    const bool all = outcome == Outcome::Added;
     count = added;
-    if (outcome == Outcome::Broken || outcome == Outcome::Failed) return false;
-    return archive.Commit() && all;
+    if (outcome == Outcome::Broken || outcome == Outcome::Failed) return outcome;
+    const Outcome committed = archive.Commit();
+    return committed == Outcome::Added ? outcome : committed;
+}
+
+/// Adds with `add`, anew as long as others are faster.
+template <class Add>
+Outcome AddUntilUndisturbed(const Add& add) {
+    Outcome outcome = add();
+    for (int attempt = 1; outcome == Outcome::Overtaken && attempt < kMostAttempts; ++attempt)
+        outcome = add();
+    return outcome;
 }
 
 }  // namespace
 
 bool ZipFile(const char* path, ZipFileInfo& info) try {
     if (!info.data && info.size != 0) return false;
-    ChangedArchive archive;
-    MemorySource source(info);
-    return archive.Open(path) && archive.Add(info.name, source) == Outcome::Added && archive.Commit();
+    return AddUntilUndisturbed([&] {
+               ChangedArchive archive;
+               MemorySource source(info);
+               if (!archive.Open(path)) return Outcome::Failed;
+               const Outcome outcome = archive.Add(info.name, source);
+               return outcome == Outcome::Added ? archive.Commit() : outcome;
+           }) == Outcome::Added;
 } catch (const std::exception&) {
     return false;
 }
 
 bool ZipFiles(const char* path, TOrderedList<CoreString>& files, bool namesOnly) try {
-    std::size_t count = static_cast<std::size_t>(files.GetCount());
+    const auto wanted = static_cast<std::size_t>(files.GetCount());
+    std::size_t count = wanted;
     Outcome outcome;
-    if (AddFirst(path, files, namesOnly, count, outcome)) return true;
     // A part of a file cannot be taken out of the archive again, so those before it are added anew without
     // it.
-    while (outcome == Outcome::Broken)
-        AddFirst(path, files, namesOnly, count, outcome);
-    return false;
+    do
+        outcome = AddUntilUndisturbed([&] { return AddFirst(path, files, namesOnly, count); });
+    while (outcome == Outcome::Broken);
+    return outcome == Outcome::Added && count == wanted;
 } catch (const std::exception&) {
     return false;
 }

@@ -3,6 +3,7 @@
 /// locks among processes, and what tells one version of a file from the next. Paths as in os/os.h.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -31,6 +32,14 @@ struct FileStamp {
 /// The stamp of whatever the path leads to; false, and `stamp` as it was, if that is nothing.
 bool StampOfFile(const char* path, FileStamp& stamp);
 
+/// Whether a stamp tells its file's version from those to come. A file that was changed a moment ago may
+/// change again without its stamp telling: clocks of file systems tick slowly.
+inline bool IsSettled(const FileStamp& stamp) {
+    constexpr auto kSlowestTick = std::chrono::milliseconds(100);
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return now - std::chrono::nanoseconds(stamp.changed) > kSlowestTick;
+}
+
 /// A lock that excludes all other FileLocks of its path, in this process and in others, while it lives.
 class FileLock {
  public:
@@ -42,6 +51,11 @@ class FileLock {
     /// Once per object. Waits so long at most; false if others held the lock all the time, or if it cannot
     /// be taken at all. The file is created, for the user alone, and stays.
     bool Acquire(const char* path, int milliseconds);
+
+    /// As Acquire, but locks a file's own content, and creates none. Who only reads or writes the file feels
+    /// nothing of it. A file that is replaced while this waits is locked anew. True also if there is no file,
+    /// or its file system knows no locks.
+    bool AcquireExisting(const char* path, int milliseconds);
 
  private:
     std::intptr_t m_handle = -1;

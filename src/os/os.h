@@ -105,8 +105,12 @@ class Replacement {
     /// Brings the content to the disk and puts the new file in place. Nothing may have it open for writing
     /// then.
     bool Commit();
+    /// As Commit, but false, and nothing is replaced, if there is something of that path by now.
+    bool CommitAsNew();
 
  private:
+    bool PutInPlace(bool (*rename)(const char* from, const char* to));
+
     std::string m_path;
     std::string m_newPath;
 };

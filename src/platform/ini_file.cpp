@@ -1,6 +1,5 @@
 #include "platform/ini_file.h"
 
-#include <chrono>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -35,14 +34,6 @@ struct CacheKeeper {
 };
 const CacheKeeper g_cacheKeeper;
 
-/// A file that was changed a moment ago may change again without its stamp telling: clocks of file systems
-/// tick slowly.
-bool IsSettled(const os::FileStamp& stamp) {
-    constexpr auto kSlowestTick = std::chrono::milliseconds(100);
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return now - std::chrono::nanoseconds(stamp.changed) > kSlowestTick;
-}
-
 bool ReadText(const std::string& path, std::string& content) {
     return os::ReadWholeFile(path.c_str(), content, kLargestFile) == os::FileStatus::Ok;
 }
@@ -59,7 +50,7 @@ std::shared_ptr<const IniText> TextOf(const std::string& path) {
     if (!ReadText(path, content)) return nullptr;
     auto text = std::make_shared<const IniText>(std::move(content));
     // If what was read is newer than the stamp, the next stamp will differ, as the clock has ticked since.
-    if (IsSettled(stamp)) cache = {path, stamp, text};
+    if (os::IsSettled(stamp)) cache = {path, stamp, text};
     return text;
 }
 

@@ -2,11 +2,11 @@
 
 #include <sys/resource.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "brenta/files.h"
 #include "brenta/host.h"
@@ -18,12 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 using test::Scratch;
 using test::Texts;
-
-std::string ReadText(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
 
 void WriteText(const std::string& path, const std::string& text) {
     std::ofstream(path, std::ios::binary) << text;
@@ -84,11 +78,13 @@ TEST(Zip, WhatIsAddedIsFound) {
     EXPECT_TRUE(Put(archive, "caf\xC3\xA9", ""));
     EXPECT_EQ(List(archive),
               (Texts{"readme.txt:5", "README.TXT:6", "\\work\\large:1000000", ":6", "caf\xC3\xA9:0"}));
-    EXPECT_EQ(Get(archive, "ReadMe.txt"), "first");
-    EXPECT_EQ(Get(archive, "\\WORK\\large"), large);
-    EXPECT_EQ(Get(archive, ""), odd);
-    EXPECT_EQ(Get(archive, "caf\xC3\xA9"), "");
-    EXPECT_EQ(Get(archive, "readme"), "-");
+    const std::pair<const char*, std::string> rows[] = {
+        {"ReadMe.txt", "first"}, {"\\WORK\\large", large}, {"", odd}, {"caf\xC3\xA9", ""}, {"readme", "-"}};
+    for (const int age : {0, 1}) {  // an archive that was not changed just now may be indexed
+        fs::last_write_time(archive, fs::last_write_time(archive) - std::chrono::hours(age));
+        for (const auto& [name, text] : rows)
+            EXPECT_EQ(Get(archive, name), text) << name << age;
+    }
 
     const std::string longest(65535, 'n');
     EXPECT_TRUE(Put(archive, longest.c_str(), "long"));
@@ -106,6 +102,19 @@ TEST(Zip, WhatIsAddedIsFound) {
     SetHostServices({});
     EXPECT_EQ(fs::directory_iterator(fs::path(archive).parent_path())->path(), archive)
         << "only the archive stays";
+}
+
+TEST(Zip, WritersWaitForEachOther) {
+    const Scratch scratch;
+    const std::string archive = scratch / "a.zip";
+    const auto add = [&](char writer) {
+        for (char i = '0'; i <= '9'; ++i)
+            EXPECT_TRUE(Put(archive, (std::string{writer} + i).c_str(), "x"));
+    };
+    std::thread a(add, 'a'), b(add, 'b');  // neither finds an archive
+    a.join();
+    b.join();
+    EXPECT_EQ(List(archive).size(), 20U);
 }
 
 TEST(Zip, FilesByNameAndByPath) {
@@ -136,7 +145,6 @@ TEST(Zip, FilesByNameAndByPath) {
         TOrderedList<CoreString> nothing;
         EXPECT_FALSE(ZipFiles(folder.c_str(), nothing, true)) << folder;
     }
-    EXPECT_TRUE(fs::is_empty(sub) || fs::exists(file));
 }
 
 TEST(Zip, OtherProgramsAgree) {
@@ -183,7 +191,7 @@ TEST(Zip, DamagedArchivesAreRefusedAndKept) {
     const Scratch scratch;
     const std::string archive = scratch / "a.zip", text(5000, 'r');
     ASSERT_TRUE(Put(archive, "stay", "s") && Put(archive, "name", text));
-    const std::string good = ReadText(archive);
+    const std::string good = test::ReadFile(archive);
     const std::size_t end = good.size() - 22, entry = good.rfind("PK\1\2");
     const std::size_t local = good.find("PK\3\4", 4);
     struct Row {
@@ -225,7 +233,7 @@ TEST(Zip, DamagedArchivesAreRefusedAndKept) {
         WriteText(archive, row.bytes);
         EXPECT_EQ(Get(archive, "name"), row.read) << row.what;
         EXPECT_EQ(Put(archive, "new", "n"), row.grows) << row.what;
-        EXPECT_EQ(ReadText(archive) == row.bytes, !row.grows) << row.what;
+        EXPECT_EQ(test::ReadFile(archive) == row.bytes, !row.grows) << row.what;
         EXPECT_EQ(Get(archive, "new"), row.grows ? "n" : "-") << row.what;
     }
     for (std::size_t size = 1; size < good.size(); ++size) {
@@ -249,7 +257,7 @@ TEST(Zip, AFullDiskLosesNothing) {
         return bytes;
     }();
     ASSERT_TRUE(Put(archive, "old", noise));
-    const std::string before = ReadText(archive);
+    const std::string before = test::ReadFile(archive);
     rlimit old{};
     getrlimit(RLIMIT_FSIZE, &old);
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
@@ -259,7 +267,7 @@ TEST(Zip, AFullDiskLosesNothing) {
         setrlimit(RLIMIT_FSIZE, &limit);
         EXPECT_FALSE(Put(archive, "new", noise)) << size;
         setrlimit(RLIMIT_FSIZE, &old);
-        EXPECT_EQ(ReadText(archive) == before, true) << size;
+        EXPECT_EQ(test::ReadFile(archive) == before, true) << size;
     }
     std::signal(SIGXFSZ, handler);
     EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(archive).parent_path()), {}), 1);

@@ -14,8 +14,11 @@
 ///     delete[] part.data;
 ///
 /// All functions return false on any failure, say nothing and throw nothing; a null path counts as "". They
-/// may be called from any thread, but an archive must have one writer at a time: of two, the one who ends
-/// last wins.
+/// may be called from any thread. Writers of one archive, in other processes, too, wait for each other for up
+/// to a minute, after which adding fails; readers wait for nobody, and find the archive as it was before or
+/// as it is after. Where the file system knows no locks, and when another program has changed the archive,
+/// adding starts anew, and fails if that does not help; only what such a program writes while the archive is
+/// being replaced is lost.
 ///
 /// What is added never harms what is there. The archive is read through first, and what is damaged is not
 /// added to; the new entries then go into a copy beside the archive, which takes its place when it is whole
@@ -41,12 +44,11 @@ namespace brenta {
 struct ZipFileInfo {
     CoreString name;             ///< as in the archive; a name that holds a zero byte ends there
     std::uint32_t reserved = 0;  ///< set to 0 by GetZipDirectory; not read
-    std::uint32_t size =
-        0;  ///< of the data, in bytes; 0xFFFFFFFF for entries that have more in the directory
+    std::uint32_t size = 0;      ///< of the data, in bytes; 0xFFFFFFFF in the directory for what has more
     unsigned char* data = nullptr;
 };
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Reading
 
 /// Whether a file is an archive, an empty one included. Only its end is looked at.
@@ -57,8 +59,9 @@ BRENTA_API bool IsZipFile(const char* path);
 /// stands before stays in the list.
 BRENTA_API bool GetZipDirectory(const char* path, TOrderedList<ZipFileInfo>& entries);
 
-/// Reads the first entry named `info.name`, the letters A to Z taken for a to z; the directory is searched
-/// from its start.
+/// Reads the first entry named `info.name`, the letters A to Z taken for a to z. The directory is searched
+/// from its start, but for an archive that is read again and again indexed once: unpacking all entries takes
+/// time in proportion to them.
 ///
 /// With `info.data` null a buffer is made, and `info.size` set to the entry's size; the caller releases it
 /// with `delete[]`, also after a failure, which leaves zeros for what was not read. An entry of 4 GB or more
@@ -67,7 +70,7 @@ BRENTA_API bool GetZipDirectory(const char* path, TOrderedList<ZipFileInfo>& ent
 /// is your own.
 BRENTA_API bool UnzipFile(const char* path, ZipFileInfo& info);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Writing. An archive that exists grows; entries are never replaced, and UnzipFile finds the first of those
 // with one name. The archive's own comment is dropped. An empty file counts as an empty archive. After a
 // failure the archive is as it was, but for what ZipFiles says.
@@ -77,9 +80,9 @@ BRENTA_API bool UnzipFile(const char* path, ZipFileInfo& info);
 BRENTA_API bool ZipFile(const char* path, ZipFileInfo& info);
 
 /// Adds files, in their order, each named by its file name with extension if `namesOnly`, else by its path
-/// without the drive
-/// ("C:\work\a.txt" gives "\work\a.txt"). A file that cannot be read, or is the archive itself, ends the work
-/// with false; the files before it stay in the archive. An empty list creates the archive, if there is none.
+/// without the drive ("C:\work\a.txt" gives "\work\a.txt"). A file that cannot be read, or is the archive
+/// itself, ends the work with false; the files before it stay in the archive. An empty list creates the
+/// archive, if there is none.
 BRENTA_API bool ZipFiles(const char* path, TOrderedList<CoreString>& files, bool namesOnly);
 
 }  // namespace brenta

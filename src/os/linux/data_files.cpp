@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <limits>
 #include <thread>
 
 #include "os/os.h"
@@ -24,12 +25,49 @@ bool IsFolder(const std::string& path) {
     return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
+/// 0, EWOULDBLOCK, or why there can be no lock.
 int TryLock(int file) {
     int result;
     do
         result = flock(file, LOCK_EX | LOCK_NB);
     while (result != 0 && errno == EINTR);
     return result == 0 ? 0 : errno;
+}
+
+/// As TryLock. Some network file systems keep others from reading what is locked; a byte far behind the end
+/// is read by nobody.
+int TryLockBehindEnd(int file) {
+    struct flock range {};
+    range.l_type = F_WRLCK;
+    range.l_whence = SEEK_SET;
+    range.l_start = std::numeric_limits<off_t>::max() - 1;
+    range.l_len = 1;
+    int result;
+    do
+        result = fcntl(file, F_OFD_SETLK, &range);
+    while (result != 0 && errno == EINTR);
+    return result == 0 ? 0 : errno == EACCES || errno == EAGAIN ? EWOULDBLOCK : errno;
+}
+
+/// The system would wait for ever on behalf of a process that hangs, so the lock is asked for again and
+/// again.
+template <class Try>
+int TryUntil(std::chrono::steady_clock::time_point end, const Try& tryLock) {
+    for (;;) {
+        const int error = tryLock();
+        if (error != EWOULDBLOCK || std::chrono::steady_clock::now() >= end) return error;
+        std::this_thread::sleep_for(std::chrono::microseconds(300));
+    }
+}
+
+std::chrono::steady_clock::time_point After(int milliseconds) {
+    return std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+}
+
+bool IsFileAt(int file, const char* path) {
+    struct stat open, named;
+    return fstat(file, &open) == 0 && stat(NativePath(path).c_str(), &named) == 0 &&
+           open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
 }  // namespace
@@ -66,17 +104,22 @@ FileLock::~FileLock() {
     if (m_handle != -1) close(static_cast<int>(m_handle));
 }
 
-// The system would wait for ever on behalf of a process that hangs, so the lock is asked for again and again.
 bool FileLock::Acquire(const char* path, int milliseconds) {
-    using Clock = std::chrono::steady_clock;
     m_handle = open(NativePath(path).c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY, kFileForUser);
-    if (m_handle == -1) return false;
-    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    return m_handle != -1 &&
+           TryUntil(After(milliseconds), [&] { return TryLock(static_cast<int>(m_handle)); }) == 0;
+}
+
+bool FileLock::AcquireExisting(const char* path, int milliseconds) {
+    const auto end = After(milliseconds);
     for (;;) {
-        const int error = TryLock(static_cast<int>(m_handle));
-        if (error != EWOULDBLOCK) return error == 0;
-        if (Clock::now() >= end) return false;
-        std::this_thread::sleep_for(std::chrono::microseconds(300));
+        const int file = open(NativePath(path).c_str(), O_RDWR | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+        m_handle = file;
+        if (file == -1) return errno == ENOENT;
+        const int error = TryUntil(end, [&] { return TryLockBehindEnd(file); });
+        if (error == EWOULDBLOCK) return false;
+        if (error != 0 || IsFileAt(file, path)) return true;
+        close(file);
     }
 }
 

@@ -144,6 +144,19 @@ int WriteBeside(const std::string& path, std::string_view content, const struct 
     return EIO;
 }
 
+/// rename() that replaces nothing. On file systems that know neither that nor second names for a file,
+/// something that appears at the last moment is replaced.
+bool RenameToNew(const char* from, const char* to) {
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    if (link(from, to) == 0) {
+        unlink(from);  // failing leaves a second name, and no harm
+        return true;
+    }
+    struct stat info;
+    return errno != EEXIST && lstat(to, &info) != 0 && rename(from, to) == 0;
+}
+
 /// Overwrites a file in place, once there is certainly room for its new content.
 bool Overwrite(const std::string& path, std::string_view content, off_t oldSize) {
     Descriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
@@ -237,12 +250,20 @@ bool Replacement::Create(const char* path) try {
     return false;
 }
 
-bool Replacement::Commit() {
+bool Replacement::PutInPlace(bool (*rename)(const char* from, const char* to)) {
     Descriptor file(open(m_newPath.c_str(), O_WRONLY | O_CLOEXEC));
     if (file.Get() < 0 || fsync(file.Get()) != 0 || !file.Close()) return false;
-    if (rename(m_newPath.c_str(), m_path.c_str()) != 0) return false;
+    if (!rename(m_newPath.c_str(), m_path.c_str())) return false;
     m_newPath.clear();
     return true;
+}
+
+bool Replacement::Commit() {
+    return PutInPlace([](const char* from, const char* to) { return rename(from, to) == 0; });
+}
+
+bool Replacement::CommitAsNew() {
+    return PutInPlace(&RenameToNew);
 }
 
 std::FILE* OpenStream(const char* path, const char* mode) try {

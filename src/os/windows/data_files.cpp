@@ -31,6 +31,32 @@ std::int64_t SinceNineteenSeventy(const FILETIME& time) {
     return (ticks - kSinceSixteenHundred) * 100;
 }
 
+bool StampOfHandle(HANDLE file, FileStamp& stamp) {
+    BY_HANDLE_FILE_INFORMATION info;
+    if (!GetFileInformationByHandle(file, &info)) return false;
+    stamp.device = info.dwVolumeSerialNumber;
+    stamp.file = Joined(info.nFileIndexHigh, info.nFileIndexLow);
+    stamp.size = Joined(info.nFileSizeHigh, info.nFileSizeLow);
+    stamp.changed = SinceNineteenSeventy(info.ftLastWriteTime);
+    return true;
+}
+
+std::chrono::steady_clock::time_point After(int milliseconds) {
+    return std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+}
+
+/// Locks one byte, whose offset has the given high half.
+bool TakeLock(HANDLE file, DWORD offsetHigh, std::chrono::steady_clock::time_point end) {
+    for (;;) {
+        OVERLAPPED start{};
+        start.OffsetHigh = offsetHigh;
+        if (LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &start))
+            return true;
+        if (GetLastError() != ERROR_LOCK_VIOLATION || std::chrono::steady_clock::now() >= end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
 }  // namespace
 
 bool CreatePrivateFolder(const char* path) {
@@ -52,15 +78,9 @@ bool CreatePrivateFile(const char* path) {
 bool StampOfFile(const char* path, FileStamp& stamp) {
     const HANDLE file = OpenToAsk(path);
     if (file == INVALID_HANDLE_VALUE) return false;
-    BY_HANDLE_FILE_INFORMATION info;
-    const bool known = GetFileInformationByHandle(file, &info) != 0;
+    const bool known = StampOfHandle(file, stamp);
     CloseHandle(file);
-    if (!known) return false;
-    stamp.device = info.dwVolumeSerialNumber;
-    stamp.file = Joined(info.nFileIndexHigh, info.nFileIndexLow);
-    stamp.size = Joined(info.nFileSizeHigh, info.nFileSizeLow);
-    stamp.changed = SinceNineteenSeventy(info.ftLastWriteTime);
-    return true;
+    return known;
 }
 
 FileLock::~FileLock() {
@@ -68,19 +88,28 @@ FileLock::~FileLock() {
 }
 
 bool FileLock::Acquire(const char* path, int milliseconds) {
-    using Clock = std::chrono::steady_clock;
     const HANDLE file =
         CreateFileA(NativePath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
                     FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
     m_handle = reinterpret_cast<std::intptr_t>(file);
-    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    return TakeLock(file, 0, After(milliseconds));
+}
+
+bool FileLock::AcquireExisting(const char* path, int milliseconds) {
+    const auto end = After(milliseconds);
     for (;;) {
-        OVERLAPPED start{};
-        if (LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &start))
-            return true;
-        if (GetLastError() != ERROR_LOCK_VIOLATION || Clock::now() >= end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        FileStamp before, after;
+        const HANDLE file = CreateFileA(NativePath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (file == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_FILE_NOT_FOUND;
+        m_handle = reinterpret_cast<std::intptr_t>(file);
+        constexpr DWORD kBehindEnd = 0x7FFFFFFF;  // the high half of an offset that no file reaches
+        if (!StampOfHandle(file, before) || !TakeLock(file, kBehindEnd, end)) return false;
+        if (StampOfFile(path, after) && before.IsSameFile(after)) return true;
+        CloseHandle(file);
+        m_handle = -1;
     }
 }
 
