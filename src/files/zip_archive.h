@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "os/data_files.h"
+
 namespace brenta {
 
 /// The file functions for minizip: paths in either form, regular files only, nothing inherited by other
@@ -26,10 +28,15 @@ class ZipReader {
     /// Whether the archive ends as it should: its comment is not cut, and one that counts no entries has
     /// nothing else in it either.
     bool IsWhole() const;
+    /// The version of the file, as it was before it was opened.
+    const os::FileStamp& Stamp() const { return m_stamp; }
 
     /// The steps through the directory. Name and Info then tell of the entry.
     Step First();
     Step Next();
+    /// Back to an entry that Place was asked for, which no other step may follow.
+    Step GoTo(const unz64_file_pos& place);
+    unz64_file_pos Place() const;
     std::string_view Name() const { return m_name; }
     const unz_file_info64& Info() const { return m_info; }
 
@@ -47,6 +54,7 @@ class ZipReader {
     Step ReadEntry();
 
     std::unique_ptr<void, Closer> m_archive;
+    os::FileStamp m_stamp;
     bool m_isEmpty = false;
     std::uint64_t m_fileSize = 0;
     std::uint64_t m_passed = 0;
@@ -54,5 +62,9 @@ class ZipReader {
     std::vector<char> m_nameBuffer;
     std::string_view m_name;
 };
+
+/// Goes to the first entry of a name, in any case, of the archive at a path, for which `archive` was just
+/// opened. False if there is none.
+bool FindZipEntry(ZipReader& archive, const char* path, std::string_view name);
 
 }  // namespace brenta

@@ -6,12 +6,11 @@
 
 #include "brenta/zip.h"
 #include "files/zip_archive.h"
-#include "foundation/characters.h"
 #include "os/os.h"
 
 namespace brenta {
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Files
 
 namespace {
@@ -58,12 +57,12 @@ zlib_filefunc64_def ZipFileFunctions() {
     return functions;
 }
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // One archive
 
 ZipReader::ZipReader(const char* path) {
     os::FileReader file;
-    if (!path || !file.Open(path)) return;
+    if (!os::StampOfFile(path, m_stamp) || !file.Open(path)) return;
     m_fileSize = file.Size();
     m_isEmpty = IsEmptyArchive(path, m_fileSize);
     zlib_filefunc64_def functions = ZipFileFunctions();
@@ -94,6 +93,16 @@ ZipReader::Step ZipReader::Next() {
     const int result = unzGoToNextFile(m_archive.get());
     if (result == UNZ_OK) return ReadEntry();
     return result == UNZ_END_OF_LIST_OF_FILE || m_passed == kUncounted ? Step::End : Step::Damaged;
+}
+
+ZipReader::Step ZipReader::GoTo(const unz64_file_pos& place) {
+    return unzGoToFilePos64(m_archive.get(), &place) == UNZ_OK ? ReadEntry() : Step::Damaged;
+}
+
+unz64_file_pos ZipReader::Place() const {
+    unz64_file_pos place{};
+    unzGetFilePos64(m_archive.get(), &place);
+    return place;
 }
 
 ZipReader::Step ZipReader::ReadEntry() {
@@ -134,22 +143,10 @@ bool ZipReader::Read(unsigned char* data, std::uint64_t& count) {
     return unzCloseCurrentFile(m_archive.get()) == UNZ_OK && count == m_info.uncompressed_size;
 }
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // The exported functions
 
 namespace {
-
-bool SameName(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return ToLower(x) == ToLower(y); });
-}
-
-bool FindEntry(ZipReader& archive, std::string_view name) {
-    ZipReader::Step step = archive.First();
-    while (step == ZipReader::Step::Entry && !SameName(archive.Name(), name))
-        step = archive.Next();
-    return step == ZipReader::Step::Entry;
-}
 
 /// Makes the buffer of an entry that was found; the 100 bytes more are a terminator's room for callers who
 /// need one.
@@ -188,7 +185,7 @@ bool GetZipDirectory(const char* path, TOrderedList<ZipFileInfo>& entries) try {
 
 bool UnzipFile(const char* path, ZipFileInfo& info) try {
     ZipReader archive(path);
-    if (!FindEntry(archive, info.name.View()) || !archive.IsReadable()) return false;
+    if (!FindZipEntry(archive, path, info.name.View()) || !archive.IsReadable()) return false;
     const bool ownBuffer = !info.data;
     if (ownBuffer && !MakeBuffer(archive, info)) return false;
     std::uint64_t count = 0;

@@ -1,0 +1,130 @@
+// Finding entries by their names.
+//
+// An archive's directory is a list, and has to be walked. Who unpacks all entries one by one would walk it
+// once for each: hours for 50,000. So the archive that is read for the second time in a row gets an index,
+// which stays until another archive is read or the file changes. The first reading makes none: it may be the
+// only one, and then stops where the entry is found.
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "files/zip_archive.h"
+#include "foundation/characters.h"
+#include "os/data_files.h"
+
+namespace brenta {
+
+namespace {
+
+bool SameName(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return ToLower(x) == ToLower(y); });
+}
+
+/// Where the entries stand in the directory, by the hashes of their names.
+class ZipIndex {
+ public:
+    /// Of all entries that stand before the first damage.
+    explicit ZipIndex(ZipReader& archive);
+    bool Find(ZipReader& archive, std::string_view name) const;
+
+ private:
+    struct Entry {
+        std::size_t hash;
+        unz64_file_pos place;
+    };
+
+    /// Of names that differ in case only, too. `folded` is a buffer for further use.
+    static std::size_t HashOf(std::string_view name, std::string& folded) {
+        folded.resize(name.size());
+        std::transform(name.begin(), name.end(), folded.begin(), [](char c) { return ToLower(c); });
+        return std::hash<std::string_view>()(folded);
+    }
+
+    std::vector<Entry> m_entries;  // sorted by their hashes, then in the directory's order
+};
+
+ZipIndex::ZipIndex(ZipReader& archive) {
+    std::string folded;
+    for (auto step = archive.First(); step == ZipReader::Step::Entry; step = archive.Next())
+        m_entries.push_back({HashOf(archive.Name(), folded), archive.Place()});
+    std::stable_sort(m_entries.begin(), m_entries.end(),
+                     [](const Entry& a, const Entry& b) { return a.hash < b.hash; });
+}
+
+bool ZipIndex::Find(ZipReader& archive, std::string_view name) const {
+    std::string folded;
+    const std::size_t hash = HashOf(name, folded);
+    auto entry = std::lower_bound(m_entries.begin(), m_entries.end(), hash,
+                                  [](const Entry& a, std::size_t wanted) { return a.hash < wanted; });
+    for (; entry != m_entries.end() && entry->hash == hash; ++entry) {
+        if (archive.GoTo(entry->place) == ZipReader::Step::Entry && SameName(archive.Name(), name))
+            return true;
+    }
+    return false;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// The archive that was read last
+
+struct LastArchive {
+    os::FileStamp stamp;
+    std::shared_ptr<const ZipIndex> index;  ///< null after the first reading
+};
+
+constinit std::mutex g_mutex;
+constinit LastArchive* g_pLast = nullptr;
+
+/// Who reads after the end of the library's statics finds nothing, and starts anew.
+struct LastArchiveKeeper {
+    ~LastArchiveKeeper() {
+        const std::lock_guard guard(g_mutex);
+        delete std::exchange(g_pLast, nullptr);
+    }
+};
+const LastArchiveKeeper g_lastArchiveKeeper;
+
+/// Remembers which archive is read; true if it is the last one again. `index` is that one's, if there is one.
+bool IsReadAgain(const os::FileStamp& stamp, std::shared_ptr<const ZipIndex>& index) {
+    const std::lock_guard guard(g_mutex);
+    if (!g_pLast) g_pLast = new LastArchive;
+    const bool again = g_pLast->stamp == stamp;
+    if (!again) *g_pLast = {stamp, nullptr};
+    index = g_pLast->index;
+    return again;
+}
+
+void Keep(const os::FileStamp& stamp, const std::shared_ptr<const ZipIndex>& index) {
+    const std::lock_guard guard(g_mutex);
+    if (g_pLast && g_pLast->stamp == stamp) g_pLast->index = index;
+}
+
+/// The index of an archive that is read again; null if it should be walked.
+std::shared_ptr<const ZipIndex> IndexOf(ZipReader& archive, const char* path) {
+    const os::FileStamp stamp = archive.Stamp();
+    std::shared_ptr<const ZipIndex> index;
+    if (!os::IsSettled(stamp) || !IsReadAgain(stamp, index)) return nullptr;
+    const bool isNew = !index;
+    if (isNew) index = std::make_shared<const ZipIndex>(archive);
+    os::FileStamp now;
+    if (!os::StampOfFile(path, now) || now != stamp) return nullptr;  // who knows which of both is open
+    if (isNew) Keep(stamp, index);
+    return index;
+}
+
+}  // namespace
+
+bool FindZipEntry(ZipReader& archive, const char* path, std::string_view name) {
+    if (const auto index = IndexOf(archive, path)) return index->Find(archive, name);
+    auto step = archive.First();
+    while (step == ZipReader::Step::Entry && !SameName(archive.Name(), name))
+        step = archive.Next();
+    return step == ZipReader::Step::Entry;
+}
+
+}  // namespace brenta
