@@ -50,19 +50,20 @@ bool IsBypassed(const HttpUrl& url, Text bypass) {
     return false;
 }
 
-/// The proxy for an address: the first entry for its scheme, else the first without a scheme; "" for none.
-Text ChooseProxy(const HttpUrl& url, const HttpProxies& proxies) {
+/// The proxy for an address: the first entry for its scheme, else the first without a scheme, else the first
+/// of SOCKS; "" for none.
+std::string ChooseProxy(const HttpUrl& url, const HttpProxies& proxies) {
     if (IsBypassed(url, proxies.bypass)) return {};
-    Text list = proxies.list, forAll;
+    Text list = proxies.list, forAll, socks;
     for (Text entry = TakeProxyEntry(list); !entry.empty(); entry = TakeProxyEntry(list)) {
         const std::size_t equals = entry.find('=');
-        if (equals == Text::npos) {
-            if (forAll.empty()) forAll = entry;
-        } else if (EqualIgnoringCase(entry.substr(0, equals), url.scheme)) {
-            return entry.substr(equals + 1);
-        }
+        const Text scheme = entry.substr(0, equals), server = entry.substr(equals + 1);  // npos + 1 is 0
+        if (equals != Text::npos && EqualIgnoringCase(scheme, url.scheme)) return std::string(server);
+        if (equals == Text::npos && forAll.empty()) forAll = server;
+        if (equals != Text::npos && EqualIgnoringCase(scheme, "socks") && socks.empty()) socks = server;
     }
-    return forAll;
+    // Names of hosts are the proxy's to find: those of the inner network may be unknown here.
+    return forAll.empty() && !socks.empty() ? "socks5h://" + std::string(socks) : std::string(forAll);
 }
 
 /// Judges one answer and hands the good part of it to the sink.
@@ -137,7 +138,7 @@ HttpResult Get(const HttpRequest& request, HttpSink& sink) {
         }
         isSecure = parts.scheme == "https";
         Judge judge(request, sink);
-        result.error = Exchange({request, url, std::string(ChooseProxy(parts, request.proxies))}, judge);
+        result.error = Exchange({request, url, ChooseProxy(parts, request.proxies)}, judge);
         result.status = judge.Status();
         if (result.error.empty()) result.error = judge.Verdict();
         if (!result.error.empty() || judge.Redirection().empty()) return result;

@@ -33,7 +33,8 @@ struct HttpLimits {
 
 /// The proxies that a request may use.
 struct HttpProxies {
-    std::string list;  ///< "host:port" or "scheme=host:port", separated by semicolons or blanks; "" for none
+    std::string list;  ///< "host:port" or "scheme=host:port", separated by semicolons or blanks; "" for none.
+                       ///< The scheme "socks" serves what no other entry does.
     std::string bypass;  ///< hosts reached without them, "*" for any text in them, "<local>" for names
                          ///< without a dot; separated by semicolons, commas or blanks
     std::string user;    ///< "" to give no credentials

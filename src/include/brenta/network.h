@@ -99,7 +99,8 @@ class BRENTA_API CNetworkManager : public CObject {
 
     int m_accessType = kAccessNoProxy;  ///< kAccessNoProxy or kAccessNamedProxy
     /// Entries "host:port" or "scheme=host:port" separated by semicolons or blanks; an entry without a scheme
-    /// serves all. Host names are replaced by their addresses where these are known.
+    /// serves all, and one of the scheme "socks" what no other does. Host names are replaced by their
+    /// addresses where these are known.
     CString m_proxyList;
     /// Host names, with "*" for any characters, that are reached without the proxy; separated likewise.
     CString m_bypassList;
