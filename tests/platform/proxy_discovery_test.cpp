@@ -28,53 +28,46 @@ constexpr ProxyScripts kScripts = {[](const std::string& scriptUrl, std::string&
                                    }};
 
 TEST(ProxyDiscovery, Steps) {
-    struct Row {
-        int flags;
-        const char *script, *url;
-        bool isAuto;
-        const char* keptScript;
-        int error, access;
-        const char *list, *bypass;
-    };
     const char* const byScript = "10.0.0.1:8080;b:1";
     const char* const named = "http=10.0.0.2:80";
-    const Row rows[] = {
-        {1, "", "http://x/", false, "", 0, 1, "", ""},
-        {3, "", "http://x/", false, "", 0, 3, named, "*.local"},
-        {7, "", "http://x/", false, "", 0, 3, named, "*.local"},
-        {3, "http://s/", "http://x/", false, "", 0, 3, named, "*.local"},
-        {5, "http://s/", "http://x/", true, "http://s/", 0, 3, byScript, ""},
-        {7, "http://s/", "http://x/", true, "http://s/", 0, 3, byScript, ""},
-        {7, "http://s/", "http://direct/", true, "http://s/", 0, 1, "", ""},
-        {7, "http://s/", "http://broken/", true, "http://s/", kProxyBadScript, 3, named, "*.local"},
-        {5, "http://s/", "http://broken/", true, "http://s/", kProxyBadScript, 1, "", ""},
-        {5, "http://s/", "http://odd/", true, "http://s/", kProxyBadScript, 1, "", ""},
-        {5, "http://none/", "http://x/", true, "http://none/", kProxyScriptNotFetched, 1, "", ""},
-        {5, "http://s/", "mailto:x", true, "http://s/", kProxyInvalidUrl, 1, "", ""},
-        {5, "http://s/", "gopher://x/", true, "http://s/", kProxyUnknownScheme, 1, "", ""},
-        {9, "", "http://x/", true, "", 0, 3, "detected:1", ""},
-        {11, "", "http://broken/", true, "", kProxyNotDetected, 3, named, "*.local"},
-        {0, "", "", false, "", 0, 1, "", ""},
+    // Flags, script, address; whether automatic, error, access type, proxies, bypass.
+    const std::tuple<int, const char*, const char*, bool, int, int, const char*, const char*> rows[] = {
+        {1, "", "http://x/", false, 0, 1, "", ""},
+        {3, "", "http://x/", false, 0, 3, named, "*.local"},
+        {7, "", "http://x/", false, 0, 3, named, "*.local"},
+        {3, "http://s/", "http://x/", false, 0, 3, named, "*.local"},
+        {5, "http://s/", "http://x/", true, 0, 3, byScript, ""},
+        {7, "http://s/", "http://x/", true, 0, 3, byScript, ""},
+        {7, "http://s/", "http://direct/", true, 0, 1, "", ""},
+        {7, "http://s/", "http://broken/", true, kProxyBadScript, 3, named, "*.local"},
+        {5, "http://s/", "http://broken/", true, kProxyBadScript, 1, "", ""},
+        {5, "http://s/", "http://odd/", true, kProxyBadScript, 1, "", ""},
+        {5, "http://none/", "http://x/", true, kProxyScriptNotFetched, 1, "", ""},
+        {5, "http://s/", "mailto:x", true, kProxyInvalidUrl, 1, "", ""},
+        {5, "http://s/", "gopher://x/", true, kProxyUnknownScheme, 1, "", ""},
+        {9, "", "http://x/", true, 0, 3, "detected:1", ""},
+        {11, "", "http://broken/", true, kProxyNotDetected, 3, named, "*.local"},
+        {0, "", "", false, 0, 1, "", ""},
     };
     MadeUpNetwork network;
     network.settings.proxyList = "http=a:80";
     network.settings.bypassList = "*.local";
-    for (const Row& row : rows) {
+    for (const auto& [flags, script, url, isAuto, error, access, list, bypass] : rows) {
         CNetworkManager manager;
         manager.m_accessType = kAccessNamedProxy;
         manager.m_proxyList = manager.m_bypassList = manager.m_scriptUrl = "old";
         manager.m_lastDiscoveryError = 7;
         manager.m_autoProxy = true;
-        network.settings.flags = row.flags;
-        network.settings.scriptUrl = row.script;
-        EXPECT_TRUE(FindProxy(row.url, manager, true, kScripts));
-        const std::string what = std::to_string(row.flags) + " " + row.script + " " + row.url;
-        EXPECT_EQ(manager.m_autoProxy, row.isAuto) << what;
-        EXPECT_STREQ(manager.m_scriptUrl, row.keptScript) << what;
-        EXPECT_EQ(manager.m_lastDiscoveryError, row.error) << what;
-        EXPECT_EQ(manager.m_accessType, row.access) << what;
-        EXPECT_STREQ(manager.m_proxyList, row.list) << what;
-        EXPECT_STREQ(manager.m_bypassList, row.bypass) << what;
+        network.settings.flags = flags;
+        network.settings.scriptUrl = script;
+        EXPECT_TRUE(FindProxy(url, manager, true, kScripts));
+        const std::string what = std::to_string(flags) + " " + script + " " + url;
+        EXPECT_EQ(manager.m_autoProxy, isAuto) << what;
+        EXPECT_STREQ(manager.m_scriptUrl, isAuto ? script : "") << what;
+        EXPECT_EQ(manager.m_lastDiscoveryError, error) << what;
+        EXPECT_EQ(manager.m_accessType, access) << what;
+        EXPECT_STREQ(manager.m_proxyList, list) << what;
+        EXPECT_STREQ(manager.m_bypassList, bypass) << what;
     }
     EXPECT_EQ(network.shown, test::Texts{});
 }
