@@ -81,9 +81,11 @@ std::string Describe(CCoreRegistry& registry, const char* name) {
     return type + "\t" + value;
 }
 
+/// What failed, and the code unless that says only that there is no such key or value.
 int Fail(const std::string& what, const CCoreRegistry& registry) {
     const DWORD code = registry.GetLastErrorCode();
-    Complain(what + (code == 0 ? "" : " (error " + std::to_string(code) + ")"));
+    constexpr DWORD kNotFound = 2;
+    Complain(what + (code == 0 || code == kNotFound ? "" : " (error " + std::to_string(code) + ")"));
     return 1;
 }
 
