@@ -171,10 +171,6 @@ TEST(ProxyScript, PicksTheProxyOfEachHost) {
         EXPECT_EQ(manager.m_lastDiscoveryError, 0);
         EXPECT_STREQ(manager.m_proxyList, list);
     }
-    network.settings.scriptUrl = ("file://" + folder / "missing.pac").c_str();
-    CNetworkManager manager;
-    EXPECT_TRUE(GetClientInternetProxyInfo(L"http://x/", manager, true));
-    EXPECT_EQ(manager.m_lastDiscoveryError, kProxyScriptNotFetched);
 }
 
 TEST(ProxyScript, HostileScriptsEnd) {

@@ -95,8 +95,8 @@ TEST(UpdateCheck, OneAtATimeAndStopsWhenTold) {
     const LoopbackServer server({{kPath, {"HTTP/1.1 200 OK\r\nContent-Length: 60000\r\n\r\n", Reply::Drip}}});
     host.endpoints[Endpoint::WebServer] = server.Address();
     {
-        const CNetworkManager manager;
-        ReadUpdatePage(&const_cast<CNetworkManager&>(manager));
+        CNetworkManager manager;
+        ReadUpdatePage(&manager);
     }
     while (server.Requests().empty())
         std::this_thread::yield();
