@@ -16,12 +16,20 @@ namespace brenta {
 /// programs.
 zlib_filefunc64_def ZipFileFunctions();
 
+/// What an entry says in its additional field, where the numbers in its head have no room.
+struct LargeForm {
+    bool hasSize = false;
+    std::uint64_t shift = 0;  ///< from the largest place that the head can tell to where the entry begins
+};
+
 /// An archive that is open for reading, standing at one of its entries.
 class ZipReader {
  public:
     enum class Step { Entry, End, Damaged };
 
     explicit ZipReader(const char* path);
+    ZipReader(const ZipReader&) = delete;
+    ZipReader& operator=(const ZipReader&) = delete;
 
     /// Whether the file is an archive. One without entries may be open or not.
     bool IsArchive() const { return m_archive || m_isEmpty; }
@@ -52,13 +60,17 @@ class ZipReader {
     };
 
     Step ReadEntry();
+    void ReadLargeForm(std::string_view additional);
+    bool ReadData(unsigned char* data, std::uint64_t& count);
 
+    std::uint64_t m_shift = 0;  // of all places that minizip goes to
     std::unique_ptr<void, Closer> m_archive;
     os::FileStamp m_stamp;
     bool m_isEmpty = false;
     std::uint64_t m_fileSize = 0;
     std::uint64_t m_passed = 0;
     unz_file_info64 m_info{};
+    LargeForm m_large;
     std::vector<char> m_nameBuffer;
     std::string_view m_name;
 };

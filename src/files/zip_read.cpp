@@ -27,6 +27,14 @@ int CloseForZip(voidpf, voidpf stream) {
     return std::fclose(file) != 0 || failed ? EOF : 0;
 }
 
+/// Goes to a place; `shift` is the reader's, null for others.
+long SeekForZip(voidpf shift, voidpf stream, ZPOS64_T offset, int origin) {
+    zlib_filefunc64_def plain;
+    fill_fopen64_filefunc(&plain);
+    if (shift && origin == ZLIB_FILEFUNC_SEEK_SET) offset += *static_cast<const std::uint64_t*>(shift);
+    return plain.zseek64_file(nullptr, stream, offset, origin);
+}
+
 /// minizip takes what it reads behind the end of a cut file for zeros unless the end counts as an error.
 int ErrorForZip(voidpf, voidpf stream) {
     auto* const file = static_cast<std::FILE*>(stream);
@@ -52,6 +60,7 @@ zlib_filefunc64_def ZipFileFunctions() {
     zlib_filefunc64_def functions;
     fill_fopen64_filefunc(&functions);
     functions.zopen64_file = &OpenForZip;
+    functions.zseek64_file = &SeekForZip;
     functions.zclose_file = &CloseForZip;
     functions.zerror_file = &ErrorForZip;
     return functions;
@@ -66,6 +75,7 @@ ZipReader::ZipReader(const char* path) {
     m_fileSize = file.Size();
     m_isEmpty = IsEmptyArchive(path, m_fileSize);
     zlib_filefunc64_def functions = ZipFileFunctions();
+    functions.opaque = &m_shift;
     if (!m_isEmpty) m_archive.reset(unzOpen2_64(path, &functions));
 }
 
@@ -106,17 +116,49 @@ unz64_file_pos ZipReader::Place() const {
 }
 
 ZipReader::Step ZipReader::ReadEntry() {
-    constexpr std::size_t kLongestName = 0xFFFF;
-    m_nameBuffer.resize(kLongestName + 1);
-    const int result =
-        unzGetCurrentFileInfo64(m_archive.get(), &m_info, m_nameBuffer.data(),
-                                static_cast<uLong>(m_nameBuffer.size()), nullptr, 0, nullptr, 0);
-    if (result != UNZ_OK) return Step::Damaged;
+    constexpr std::size_t kLongest = 0xFFFF;  // of a name, and of the additional field
+    m_nameBuffer.resize(2 * kLongest);
+    char* const additional = m_nameBuffer.data() + kLongest;
+    if (unzGetCurrentFileInfo64(m_archive.get(), &m_info, m_nameBuffer.data(), kLongest, additional, kLongest,
+                                nullptr, 0) != UNZ_OK)
+        return Step::Damaged;
     ++m_passed;
-    const std::string_view whole(m_nameBuffer.data(),
-                                 std::min<std::size_t>(m_info.size_filename, kLongestName));
+    const std::string_view whole(m_nameBuffer.data(), std::min<std::size_t>(m_info.size_filename, kLongest));
     m_name = whole.substr(0, whole.find('\0'));
+    ReadLargeForm({additional, std::min<std::size_t>(m_info.size_file_extra, kLongest)});
     return Step::Entry;
+}
+
+std::uint64_t NumberAt(std::string_view bytes, std::size_t at, int size) {
+    std::uint64_t number = 0;
+    while (size-- > 0)
+        number = number << 8 | static_cast<unsigned char>(bytes[at + static_cast<std::size_t>(size)]);
+    return number;
+}
+
+/// Not every release of minizip understands the larger form where `long` has 64 bits: it then takes the marks
+/// in the entry's head for the numbers themselves. So they are read here, and an entry that begins behind 4
+/// GB is reached by shifting the places that minizip goes to.
+void ZipReader::ReadLargeForm(std::string_view additional) {
+    constexpr std::uint64_t kMark = 0xFFFFFFFF, kLargeFormId = 1;
+    constexpr std::size_t kHead = 4, kNumber = 8;
+    m_large = {};
+    std::size_t size = 0;
+    for (; additional.size() >= kHead; additional.remove_prefix(size)) {
+        size = std::min<std::size_t>(kHead + NumberAt(additional, 2, 2), additional.size());
+        if (NumberAt(additional, 0, 2) != kLargeFormId) continue;
+        std::string_view numbers = additional.substr(kHead, size - kHead);
+        const auto take = [&](std::uint64_t otherwise) {
+            if (numbers.size() < kNumber) return otherwise;
+            const std::uint64_t number = NumberAt(numbers, 0, kNumber);
+            numbers.remove_prefix(kNumber);
+            return number;
+        };
+        m_large.hasSize = m_info.uncompressed_size == kMark;
+        if (m_large.hasSize) m_info.uncompressed_size = take(kMark);
+        if (m_info.compressed_size == kMark) m_info.compressed_size = take(kMark);
+        m_large.shift = take(kMark) - kMark;
+    }
 }
 
 bool ZipReader::IsReadable() const {
@@ -130,17 +172,32 @@ bool ZipReader::IsReadable() const {
 }
 
 bool ZipReader::Read(unsigned char* data, std::uint64_t& count) {
-    constexpr ZPOS64_T kPiece = ZPOS64_T{1} << 30;  // a count that minizip's type holds
     count = 0;
-    if (unzOpenCurrentFile(m_archive.get()) != UNZ_OK) return false;
+    bool good = unzOpenCurrentFile(m_archive.get()) == UNZ_OK;
+    if (!good && m_large.shift != 0) {
+        m_shift = m_large.shift;
+        good = unzOpenCurrentFile(m_archive.get()) == UNZ_OK;
+    }
+    good = good && ReadData(data, count);
+    m_shift = 0;
+    return good;
+}
+
+bool ZipReader::ReadData(unsigned char* data, std::uint64_t& count) {
+    constexpr ZPOS64_T kPiece = ZPOS64_T{1} << 30;  // a count that minizip's type holds
     int result = 1;
+    uLong checksum = 0;
     while (result > 0 && count < m_info.uncompressed_size) {
         const auto wanted = static_cast<unsigned int>(std::min(kPiece, m_info.uncompressed_size - count));
         result = unzReadCurrentFile(m_archive.get(), data + count, wanted);
-        if (result > 0) count += static_cast<std::uint64_t>(result);
+        if (result <= 0) break;
+        if (m_large.hasSize) checksum = crc32(checksum, data + count, static_cast<unsigned int>(result));
+        count += static_cast<std::uint64_t>(result);
     }
-    // Closing compares the checksum, also where the entry goes on behind the size that it states.
-    return unzCloseCurrentFile(m_archive.get()) == UNZ_OK && count == m_info.uncompressed_size;
+    // Closing compares the checksum, also where the entry goes on behind the size that it states; but not if
+    // minizip waits for more than the entry has.
+    return unzCloseCurrentFile(m_archive.get()) == UNZ_OK && count == m_info.uncompressed_size &&
+           (!m_large.hasSize || checksum == m_info.crc);
 }
 
 // ---------------------------------------------------------------------------------------------------------

@@ -170,6 +170,10 @@ TEST(Zip, OtherProgramsAgree) {
     EXPECT_TRUE(Put(scratch / "self.zip", "five", "5"));
     EXPECT_EQ(Get(scratch / "self.zip", "two") + Get(scratch / "self.zip", "five"), "25");
 
+    EXPECT_TRUE(Shell(folder, "zip -fz forced.zip two"));
+    EXPECT_EQ(List(scratch / "forced.zip"), Texts{"two:1"});
+    EXPECT_EQ(Get(scratch / "forced.zip", "two"), "2");
+
     EXPECT_TRUE(Shell(folder, "zip -P secret locked.zip two && zip -Z bzip2 other.zip one"));
     EXPECT_EQ(List(scratch / "locked.zip"), Texts{"two:1"});
     EXPECT_EQ(Get(scratch / "locked.zip", "two"), "-");
@@ -179,7 +183,9 @@ TEST(Zip, OtherProgramsAgree) {
     EXPECT_TRUE(Shell(folder,
                       "python3 -c \"import zipfile as z; a = z.ZipFile('py.zip', 'w', z.ZIP_DEFLATED); "
                       "[a.writestr('n%d' % i, str(i)) for i in range(70000)]; a.writestr('x' * 400, 'long'); "
-                      "a.writestr('../up', 'u'); a.close()\""));
+                      "a.writestr('../up', 'u'); a.close(); f = open('far.zip', 'wb'); f.seek(5 << 30); "
+                      "a = z.ZipFile(f, 'w'); a.writestr('far', 'away'); a.close()\""));
+    EXPECT_EQ(Get(scratch / "far.zip", "far"), "away") << "behind 4 GB";
     EXPECT_EQ(List(scratch / "py.zip").size(), 70002U);
     EXPECT_EQ(Get(scratch / "py.zip", std::string(400, 'X').c_str()) + Get(scratch / "py.zip", "../UP"),
               "longu");
