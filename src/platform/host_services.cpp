@@ -16,6 +16,7 @@ bool HostStartProcess(const std::vector<std::string>& words, int& error) {
     if (words.empty() || words[0].empty()) return false;
     error = 0;
     std::vector<const char*> arguments;
+    arguments.reserve(words.size());
     for (const std::string& word : words)
         arguments.push_back(word.c_str());
     const int count = static_cast<int>(arguments.size());
