@@ -103,7 +103,7 @@ int Add(const ZipOptions& options) {
     return 1;
 }
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // Unpacking
 
 /// Where an entry goes below the target folder; empty if its name leads out of it. Both separators count on

@@ -25,7 +25,7 @@
 
 namespace brenta {
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // The host executable
 
 /// The host executable's file name, with its whole path if `fullPath`; an extension is removed unless
@@ -36,7 +36,7 @@ BRENTA_API CoreString GetAppName(bool fullPath, bool keepExtension);
 /// The folder of the host executable, without a separator at the end except for a root. "" when unknown.
 BRENTA_API CoreString GetAppPath();
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // The application's data
 
 /// The application's own folder below the platform's application-data folder: that folder, "\" and the
@@ -47,7 +47,7 @@ BRENTA_API CoreString GetAppDataFolder();
 /// extension by the rules of AppendPaths and BuildFilename. Any argument may be null to be left out.
 BRENTA_API CoreString GetAppDataFileName(const char* subFolder, const char* name, const char* extension);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // The initialisation file
 //
 // GetAppDataFileName(nullptr, <application's name>.ini, nullptr): sections "[Grid]" of lines "Step=100000".
@@ -80,7 +80,7 @@ BRENTA_API bool SetAppValue(const char* section, const char* key, int value);
 /// file's order. True if there are any.
 BRENTA_API bool GetAppNames(const char* section, TOrderedList<CoreString>& names);
 
-// ---------------------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 // The host application's settings
 //
 // These go through the services readProfile and writeProfile of brenta/host.h. A host that leaves them to the
