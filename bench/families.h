@@ -4,5 +4,12 @@
 namespace brenta::bench {
 
 void AddScriptWorkloads();
+void AddUnitWorkloads();
+void AddNameWorkloads();
+void AddHeapWorkloads();
+void AddStringWorkloads();
+void AddContainerWorkloads();
+void AddGrowthWorkloads();
+void AddThreadWorkloads();
 
 }  // namespace brenta::bench

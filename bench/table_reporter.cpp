@@ -7,7 +7,7 @@ namespace brenta::bench {
 namespace {
 
 void PrintRow(const Workload& workload, double ours, double theirs, bool csv) {
-    const std::string label = workload.family + "/" + workload.name;
+    const std::string label = workload.Label();
     const double ratio = ours / theirs;
     if (csv) {
         std::printf("%s,%s,%.0f,%.0f,%.3f,%.2f\n", label.c_str(), workload.peer.c_str(), ours, theirs, ratio,
@@ -21,7 +21,7 @@ void PrintRow(const Workload& workload, double ours, double theirs, bool csv) {
 }  // namespace
 
 std::string BenchmarkName(const Workload& workload, bool ours) {
-    return workload.family + "/" + workload.name + "/" + (ours ? "brenta" : workload.peer);
+    return workload.Label() + "/" + (ours ? "brenta" : workload.peer);
 }
 
 bool TableReporter::ReportContext(const Context&) {
@@ -31,16 +31,19 @@ bool TableReporter::ReportContext(const Context&) {
 void TableReporter::ReportRuns(const std::vector<Run>& runs) {
     for (const Run& run : runs) {
         if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-            m_times[run.run_name.function_name].push_back(run.real_accumulated_time * 1e9 /
-                                                          static_cast<double>(run.iterations));
+            const double scale = 1e9 / static_cast<double>(run.iterations);
+            m_rounds[run.run_name.function_name].push_back(
+                {run.cpu_accumulated_time * scale, run.real_accumulated_time * scale});
         }
     }
 }
 
-double TableReporter::MedianOf(const std::string& name) const {
-    const auto found = m_times.find(name);
-    if (found == m_times.end() || found->second.empty()) return 0;
-    std::vector<double> times = found->second;
+double TableReporter::MedianOf(const Workload& workload, bool ours) const {
+    const auto found = m_rounds.find(BenchmarkName(workload, ours));
+    if (found == m_rounds.end() || found->second.empty()) return 0;
+    std::vector<double> times;
+    for (const Round& round : found->second)
+        times.push_back(workload.clock == Clock::Wall ? round.wall : round.processor);
     std::sort(times.begin(), times.end());
     const std::size_t middle = times.size() / 2;
     return times.size() % 2 == 1 ? times[middle] : (times[middle - 1] + times[middle]) / 2;
@@ -57,12 +60,11 @@ void TableReporter::PrintTable(const std::vector<Workload>& workloads,
     for (const Workload& workload : workloads) {
         const auto difference = differences.find(BenchmarkName(workload, true));
         if (difference != differences.end()) {
-            std::fprintf(csv ? stderr : stdout, "%s/%s: results differ: %s\n", workload.family.c_str(),
-                         workload.name.c_str(), difference->second.c_str());
+            std::fprintf(csv ? stderr : stdout, "%s: results differ: %s\n", workload.Label().c_str(),
+                         difference->second.c_str());
             continue;
         }
-        PrintRow(workload, MedianOf(BenchmarkName(workload, true)), MedianOf(BenchmarkName(workload, false)),
-                 csv);
+        PrintRow(workload, MedianOf(workload, true), MedianOf(workload, false), csv);
     }
 }
 

@@ -21,9 +21,15 @@ class TableReporter : public benchmark::BenchmarkReporter {
                     const std::map<std::string, std::string>& differences, bool csv) const;
 
  private:
-    double MedianOf(const std::string& name) const;
+    /// Nanoseconds of one round, by both clocks.
+    struct Round {
+        double processor;
+        double wall;
+    };
 
-    std::map<std::string, std::vector<double>> m_times;  // nanoseconds of each round, by benchmark
+    double MedianOf(const Workload& workload, bool ours) const;
+
+    std::map<std::string, std::vector<Round>> m_rounds;  // by benchmark
 };
 
 std::string BenchmarkName(const Workload& workload, bool ours);

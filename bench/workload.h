@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace brenta::bench {
@@ -16,13 +17,22 @@ class Contender {
     virtual std::string Run() = 0;
 };
 
+using ContenderMaker = std::function<std::unique_ptr<Contender>()>;
+
+/// What is compared: the processor's time, which other programs on the machine do not lengthen much, or,
+/// where threads wait for each other, that of the clock on the wall.
+enum class Clock { Processor, Wall };
+
 struct Workload {
     std::string family;  ///< what './dev bench FAMILY' selects
     std::string name;
     std::string peer;
     double limit;  ///< the ratio ours / peer that is aimed at
-    std::function<std::unique_ptr<Contender>()> ours;
-    std::function<std::unique_ptr<Contender>()> theirs;
+    ContenderMaker ours;
+    ContenderMaker theirs;
+    Clock clock = Clock::Processor;
+
+    std::string Label() const { return family + "/" + name; }
 };
 
 /// All workloads of the program, in the order added.
@@ -30,5 +40,32 @@ std::vector<Workload>& Workloads();
 
 /// Runs both sides once; "" when their results agree, else what differs.
 std::string CompareResults(const Workload& workload);
+
+/// A contender that calls `work()`, which returns a number.
+template <class Work>
+class FunctionContender : public Contender {
+ public:
+    explicit FunctionContender(Work work) : m_work(std::move(work)) {}
+    std::string Run() override { return std::to_string(m_work()); }
+
+ private:
+    Work m_work;
+};
+
+/// Makes contenders of what `prepare()` returns, a function without arguments whose result is a number. What
+/// `prepare` itself does is not measured.
+template <class Prepare>
+ContenderMaker Prepared(Prepare prepare) {
+    return [prepare] {
+        auto work = prepare();
+        return std::make_unique<FunctionContender<decltype(work)>>(std::move(work));
+    };
+}
+
+/// Makes contenders that call `work()`, which needs no preparation and returns a number.
+template <class Work>
+ContenderMaker Side(Work work) {
+    return Prepared([work] { return work; });
+}
 
 }  // namespace brenta::bench
