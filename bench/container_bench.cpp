@@ -42,9 +42,12 @@ void AddList(const char* name, int size, int times) {
 
 constexpr int kKeys = 100000;
 
-/// The keys of the maps: all different, without order, some of them absent from the map.
+/// The keys of the maps: all different, without any order, some of them absent from the map.
 int KeyAt(int i) {
-    return static_cast<int>(static_cast<unsigned int>(i) * 2654435761u >> 1);
+    constexpr unsigned int kMask = 0x7FFFFFFF;
+    unsigned int key = static_cast<unsigned int>(i) * 2654435769u & kMask;
+    key = (key ^ key >> 15) * 2246822507u & kMask;
+    return static_cast<int>(key ^ key >> 13);
 }
 
 using OurMap = TIntMap<int, int>;

@@ -193,6 +193,13 @@ void CoreString::AssignLong(const char* text, std::size_t length) noexcept {
     m_length = static_cast<int>(length);
 }
 
+// What the copy of a long text has still to do.
+void CoreString::CopyLong(const CoreString& other) noexcept {
+    m_length = 0;
+    m_local[0] = 0;
+    AssignLong(other.m_pBuffer, static_cast<std::size_t>(other.m_length));
+}
+
 CoreString& CoreString::AppendBytes(const char* text, std::size_t count) {
     if (count == 0) return *this;
     if (count >= static_cast<std::size_t>(m_capacity - m_length)) {
@@ -259,6 +266,12 @@ void CoreString::CutTo(int length) {
     } else if (length < m_capacity / 2) {
         SetCapacity(BlockSize(static_cast<std::size_t>(length) + 1));
     }
+}
+
+// Gives back what appending has taken beyond the text's need.
+void CoreString::GiveBackRoom() {
+    const int needed = BlockSize(static_cast<std::size_t>(m_length) + 1);
+    if (m_pBuffer != m_local && needed < m_capacity) SetCapacity(needed);
 }
 
 void CoreString::ReleaseBlock(char* pBlock, int size) noexcept {

@@ -5,13 +5,13 @@
 // to decide, so it need not be taken: it is enough to find that place, with eight bytes at a time where the
 // lengths are known, and to go back to the start of the run of digits around it, if there is one. What is
 // decided there is what the walk would decide.
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
 #include "brenta/string.h"
 #include "foundation/characters.h"
 #include "foundation/text_compare.h"
+#include "foundation/text_search.h"
 
 namespace brenta {
 
@@ -75,13 +75,6 @@ std::uint64_t Load(const char* text) {
 
 bool HasZeroByte(std::uint64_t word) {
     return ((word - 0x0101010101010101u) & ~word & 0x8080808080808080u) != 0;
-}
-
-// The place, in memory, of the first byte of a word that is not zero.
-std::size_t FirstByteSet(std::uint64_t word) {
-    const int bits =
-        std::endian::native == std::endian::little ? std::countr_zero(word) : std::countl_zero(word);
-    return static_cast<std::size_t>(bits) / 8;
 }
 
 // The first place at or after `place` where the texts differ or both end.

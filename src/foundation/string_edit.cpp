@@ -80,25 +80,22 @@ int CoreString::ReplaceInPlace(std::string_view from, std::string_view to) {
     return count;
 }
 
+// Written into a string that grows as it goes, so that each occurrence is searched for once.
 int CoreString::ReplaceGrowing(std::string_view from, std::string_view to) {
-    std::size_t count = 0;
-    for (std::size_t place = FindText(View(), from, 0); place != std::string_view::npos;
-         place = FindText(View(), from, place + from.size())) {
-        ++count;
-    }
+    std::size_t place = FindText(View(), from, 0);
+    if (place == std::string_view::npos) return 0;
     CoreString result;
-    if (count == 0 ||
-        !result.SetLength(static_cast<std::size_t>(m_length) + count * (to.size() - from.size())))
-        return 0;
-    const char* read = begin();
-    char* write = result.m_pBuffer;
-    for (std::size_t i = 0; i < count; ++i) {
-        const char* const place = begin() + FindText(View(), from, static_cast<std::size_t>(read - begin()));
-        write = std::copy(read, place, write);
-        write = std::copy(to.begin(), to.end(), write);
+    std::size_t count = 0;
+    std::size_t read = 0;
+    for (; place != std::string_view::npos; place = FindText(View(), from, read), ++count) {
+        result.AppendBytes(m_pBuffer + read, place - read).AppendBytes(to.data(), to.size());
         read = place + from.size();
     }
-    std::copy(read, end(), write);
+    const auto length = static_cast<std::size_t>(m_length);
+    result.AppendBytes(m_pBuffer + read, length - read);
+    const bool complete = result.View().size() == length + count * (to.size() - from.size());
+    if (!complete) return 0;
+    result.GiveBackRoom();
     *this = std::move(result);
     return static_cast<int>(count);
 }

@@ -1,5 +1,6 @@
 // CoreString's searches, matches and splits.
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "brenta/string.h"
@@ -14,6 +15,21 @@ constexpr std::size_t kNowhere = std::string_view::npos;
 
 int Position(std::size_t place) {
     return place == kNowhere ? -1 : static_cast<int>(place);
+}
+
+// The first c, or null. What is sought is mostly near, where a call of memchr takes longer than the search.
+const char* FindByte(const char* p, const char* pEnd, char c) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101u;
+    constexpr int kWordsInline = 2;
+    std::uint64_t word;
+    for (int i = 0; i < kWordsInline && pEnd - p >= static_cast<std::ptrdiff_t>(sizeof(word)); ++i) {
+        std::memcpy(&word, p, sizeof(word));
+        word ^= kOnes * static_cast<unsigned char>(c);
+        const std::uint64_t hits = (word - kOnes) & ~word & kOnes << 7;
+        if (hits != 0) return p + FirstByteSet(hits);
+        p += sizeof(word);
+    }
+    return static_cast<const char*>(std::memchr(p, c, static_cast<std::size_t>(pEnd - p)));
 }
 
 // Whether a pattern fits at the start of a text: "?" is any one byte, "*" ends the test with success.
@@ -37,8 +53,7 @@ std::size_t FindText(std::string_view where, std::string_view text, std::size_t 
     const char tail = text.back();
     const std::size_t rest = text.size() - 1;
     while (place <= pLast) {
-        place = static_cast<const char*>(
-            std::memchr(place, text.front(), static_cast<std::size_t>(pLast - place) + 1));
+        place = FindByte(place, pLast + 1, text.front());
         if (place == nullptr) return kNowhere;
         if (place[rest] == tail && std::memcmp(place, text.data(), rest) == 0) {
             return static_cast<std::size_t>(place - where.data());

@@ -1,6 +1,9 @@
 // Searches in plain bytes, shared by CoreString and the readers.
 #pragma once
 
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace brenta {
@@ -11,5 +14,12 @@ std::size_t FindText(std::string_view where, std::string_view text, std::size_t 
 
 /// The same without regard to the case of the letters A to Z.
 std::size_t FindTextIgnoringCase(std::string_view where, std::string_view text, std::size_t start);
+
+/// The place, in memory, of the first byte of a word that is not zero; 8 for zero.
+inline std::size_t FirstByteSet(std::uint64_t word) {
+    const int bits =
+        std::endian::native == std::endian::little ? std::countr_zero(word) : std::countl_zero(word);
+    return static_cast<std::size_t>(bits) / 8;
+}
 
 }  // namespace brenta

@@ -34,6 +34,7 @@
 /// Threads. One string must not be used by two threads at once; different strings may be, and share nothing.
 #pragma once
 
+#include <bit>
 #include <concepts>
 #include <cstdarg>
 #include <cstddef>
@@ -98,13 +99,9 @@ class BRENTA_API CoreString {
     /// A copy of the view up to its first NUL.
     explicit CoreString(std::string_view text) noexcept;
 
-    CoreString(const CoreString& other) noexcept {
-        if (other.m_length < kLocalSize) {
-            m_length = other.m_length;
-            std::memcpy(m_local, other.m_local, kLocalSize);
-        } else {
-            AssignLong(other.m_pBuffer, static_cast<std::size_t>(other.m_length));
-        }
+    CoreString(const CoreString& other) noexcept : m_length(other.m_length) {
+        std::memcpy(m_local, other.m_local, kLocalSize);
+        if (m_length >= kLocalSize) CopyLong(other);
     }
 
     /// Takes the other string's text over and leaves that string empty.
@@ -371,24 +368,36 @@ class BRENTA_API CoreString {
     static constexpr int kLocalSize = 16;
 
     static int CompareFunc(const char* a, const char* b);
-    // The order of two strings whose first bytes differ is clear unless both begin a number.
-    int Order(const CoreString& other) const {
-        const char a = m_pBuffer[0];
-        const char b = other.m_pBuffer[0];
-        if (a == b || (a >= '0' && a <= '9' && b >= '0' && b <= '9')) return OrderOfAll(other);
-        return b == 0 || a > b ? 1 : -1;
-    }
-    int OrderOfAll(const CoreString& other) const;
     // Most texts that differ do so in their first eight bytes, which can be read whatever the length: the
     // object's own are always initialised, and a block holds sixteen at least. The lengths do not decide, as
     // a 0 may have been written into a text.
-    bool Equals(const CoreString& other) const {
+
+    // The first of these places where the texts differ or this one ends; 8 if there is none.
+    std::size_t FirstStop(const CoreString& other) const {
         std::uint64_t a, b;
         std::memcpy(&a, m_pBuffer, sizeof(a));
         std::memcpy(&b, other.m_pBuffer, sizeof(b));
-        const bool ended =
-            ((a - 0x0101010101010101u) & ~a & 0x8080808080808080u) != 0;  // a holds a zero byte
-        return (a == b || ended) && std::strcmp(m_pBuffer, other.m_pBuffer) == 0;
+        // A zero byte gets its top bit set; a byte above one may do so too, which does not matter.
+        const std::uint64_t ends = (a - 0x0101010101010101u) & ~a & 0x8080808080808080u;
+        const std::uint64_t stops = (a ^ b) | ends;
+        const int bits =
+            std::endian::native == std::endian::little ? std::countr_zero(stops) : std::countl_zero(stops);
+        return static_cast<std::size_t>(bits) / 8;
+    }
+    // Bytes that differ decide the order unless one is a digit: it may belong to a number.
+    int Order(const CoreString& other) const {
+        const std::size_t place = FirstStop(other);
+        const char a = m_pBuffer[place];
+        const char b = other.m_pBuffer[place];
+        const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+        if (place == 8 || isDigit(a) || isDigit(b)) return OrderOfAll(other);
+        return b == 0 ? a != 0 : a == b ? 0 : a < b ? -1 : 1;
+    }
+    int OrderOfAll(const CoreString& other) const;
+    bool Equals(const CoreString& other) const {
+        const std::size_t place = FirstStop(other);
+        if (place < 8) return m_pBuffer[place] == other.m_pBuffer[place];
+        return std::strcmp(m_pBuffer + 8, other.m_pBuffer + 8) == 0;
     }
 
     void TakeFrom(CoreString& other) noexcept {
@@ -403,6 +412,7 @@ class BRENTA_API CoreString {
     }
     bool Owns(const char* text) const;
     void AssignBytes(const char* text, std::size_t length) noexcept;
+    void CopyLong(const CoreString& other) noexcept;
     void AssignLong(const char* text, std::size_t length) noexcept;
     CoreString& AppendBytes(const char* text, std::size_t count);
     bool Grow(std::size_t count);
@@ -410,6 +420,7 @@ class BRENTA_API CoreString {
     bool SetLength(std::size_t length);
     bool SetCapacity(int capacity) noexcept;
     void CutTo(int length);
+    void GiveBackRoom();
     int ReplaceInPlace(std::string_view from, std::string_view to);
     int ReplaceGrowing(std::string_view from, std::string_view to);
     static void ReleaseBlock(char* pBlock, int size) noexcept;
