@@ -1,9 +1,9 @@
 // The operations of CHeap. How pages keep their notes, and why there are two lanes, is told in
 // foundation/heap_pages.h.
 //
-// The exact lane follows one strict rule: a request is served by the block of exactly this size that was
-// freed last, or else from the next bytes of the current page. Everything of it happens under the heap's
-// lock. The aligned lane has no such promise to keep, so threads may hold back what they freed
+// The exact lane follows one strict rule: a request is served by a freed block of exactly this size, the one
+// that the thread freed last, or else from the next bytes of the current page. Threads may keep what they
+// freed, but not hold it back from each other (exact_cache.h). The aligned lane has no such promise to keep
 // (thread_store.h).
 #include "brenta/heap.h"
 
@@ -24,10 +24,6 @@ namespace {
 
 constexpr int kDefaultPageSize = 1000000;
 constexpr std::size_t kLargestRequest = INT_MAX;
-
-void Count(std::atomic<std::uint32_t>& counter) {
-    counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-}
 
 std::size_t RoundUp(std::size_t size) {
     return size == 0 ? kGranule : (size + kGranule - 1) / kGranule * kGranule;
@@ -102,10 +98,20 @@ bool HeapCore::NewPage(Lane lane, std::size_t size) {
     if (state.pCurrent && state.pCurrent->Left() >= leastRest) {
         std::size_t rest;
         const HeapBlock block = state.pCurrent->TakeRest(rest);
-        AddToFreeStore(lane, rest, block);
+        AddToFreeStore(*state.pCurrent, rest, block);
     }
     state.pCurrent = page;
     return true;
+}
+
+/// Keeps a free block of a page.
+inline void HeapCore::AddToFreeStore(COnePage& page, std::size_t size, HeapBlock block) {
+    const Lane lane = page.GetLane();
+    if (lane == Lane::Aligned && size <= RegionStore::kLargestSize) {
+        m_smallAligned.Add(page, size, block.p);
+    } else {
+        Of(lane).store.Add(size, block);
+    }
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -114,19 +120,46 @@ bool HeapCore::NewPage(Lane lane, std::size_t size) {
 void* HeapCore::Allocate(int size) {
     if (size < 0) return nullptr;
     const std::size_t bytes = std::max(static_cast<std::size_t>(size), std::size_t{1});
-    if (os::SingleThreaded()) return AllocateExact(bytes);
+    if (m_hasThreadStores && ExactCache::Keeps(bytes)) {
+        ThreadStore* const store = ThreadStore::Present();
+        char* const p = store ? store->Exact().Take(bytes) : nullptr;
+        if (p) return p;
+    }
     const os::LockGuard guard(m_lock);
     return AllocateExact(bytes);
 }
 
-inline char* HeapCore::AllocateExact(std::size_t size) {
-    Count(m_allocations);
+/// Under the lock, like all that follows up to CarveExact.
+char* HeapCore::AllocateExact(std::size_t size) {
+    if (ExactCache* const cache = CacheFor(size)) return AllocateThrough(*cache, size);
+    ExactCache::Increment(m_allocations);
     BlockStack* const stack = Of(Lane::Exact).store.Find(size);
     if (!stack || stack->IsEmpty()) return CarveExact(size);
-    Count(m_reuses);
+    ExactCache::Increment(m_reuses);
     const HeapBlock block = stack->Pop();
     SetExactLive(block);
     return block.p;
+}
+
+/// From the thread's cache, filled up from the free store or from another thread, before anything is carved.
+char* HeapCore::AllocateThrough(ExactCache& cache, std::size_t size) {
+    if (cache.IsEmpty(size)) {
+        HeapBlock blocks[ExactCache::kDepth / 2];
+        const std::uint32_t count = Of(Lane::Exact).store.Find(size)->PopSome(blocks, ExactCache::kDepth / 2);
+        for (std::uint32_t i = 0; i < count; ++i)
+            cache.Push(size, blocks[i]);
+        if (count == 0) ThreadStore::TakeFromOthers(cache, size);
+    }
+    if (!cache.IsEmpty(size)) return cache.Pop(size);
+    ExactCache::Increment(cache.allocations);
+    return CarveExact(size);
+}
+
+/// The calling thread's cache for blocks of this size; null if there is none.
+ExactCache* HeapCore::CacheFor(std::size_t size) {
+    if (!m_hasThreadStores || !ExactCache::Keeps(size)) return nullptr;
+    ThreadStore* const store = ThreadStore::Get(*this);
+    return store ? &store->Exact() : nullptr;
 }
 
 char* HeapCore::CarveExact(std::size_t size) {
@@ -137,10 +170,64 @@ char* HeapCore::CarveExact(std::size_t size) {
 
 inline void HeapCore::FreeExact(COnePage& page, char* p) {
     ExactNote& note = page.ExactNoteOf(p);
+    const std::size_t size = note.LongSize(ByteInGranule(p));
+    if (size == 0) return FreeShort(page, p);
+    if (!note.ClearLongLive(os::SingleThreaded())) return;
+    const HeapBlock block{p, &note};
+    if (m_hasThreadStores && ExactCache::Keeps(size)) {
+        ThreadStore* const store = ThreadStore::Present();
+        if (store && store->Exact().Put(size, block)) return;
+    }
+    KeepExact(page, size, block);
+}
+
+void HeapCore::FreeShort(COnePage& page, char* p) {
+    const os::LockGuard guard(m_lock);
+    ExactNote& note = page.ExactNoteOf(p);
     const unsigned byte = ByteInGranule(p);
-    if (!note.IsLive(byte)) return;
-    note.ClearLive(byte);
-    AddToFreeStore(Lane::Exact, note.SizeOfBlock(byte), {p, &note});
+    if (!note.IsShortLive(byte)) return;
+    note.ClearShortLive(byte);
+    AddToFreeStore(page, note.SizeOfBlock(byte), {p, &note});
+}
+
+/// The rarer part of FreeExact: into a cache that is full, visited or not there yet, or into the free store.
+void HeapCore::KeepExact(COnePage& page, std::size_t size, const HeapBlock& block) {
+    const os::LockGuard guard(m_lock);
+    ExactCache* const cache = CacheFor(size);
+    if (!cache) return AddToFreeStore(page, size, block);
+    if (cache->IsFull(size)) MoveOlder(*cache, size);
+    cache->Push(size, block);
+}
+
+void HeapCore::MoveOlder(ExactCache& cache, std::size_t size) {
+    HeapBlock blocks[ExactCache::kDepth];
+    const std::uint32_t count = cache.RemoveOlder(size, blocks);
+    for (std::uint32_t i = 0; i < count; ++i)
+        Of(Lane::Exact).store.Add(size, blocks[i]);
+}
+
+void HeapCore::GiveExact(ExactCache& cache) {
+    const os::LockGuard guard(m_lock);
+    for (std::size_t size = ExactCache::kSmallest; size <= ExactCache::kLargest; ++size) {
+        while (!cache.IsEmpty(size))
+            MoveOlder(cache, size);
+    }
+}
+
+std::uint32_t HeapCore::GetAllocationCount() const {
+    const os::LockGuard guard(m_lock);
+    std::uint32_t allocations = m_allocations.load(std::memory_order_relaxed);
+    std::uint32_t reuses = 0;
+    if (m_hasThreadStores) ThreadStore::AddCounts(allocations, reuses);
+    return allocations;
+}
+
+std::uint32_t HeapCore::GetReuseCount() const {
+    const os::LockGuard guard(m_lock);
+    std::uint32_t allocations = 0;
+    std::uint32_t reuses = m_reuses.load(std::memory_order_relaxed);
+    if (m_hasThreadStores) ThreadStore::AddCounts(allocations, reuses);
+    return reuses;
 }
 
 char* HeapCore::ReAllocExact(COnePage& page, char* p, int size, bool& known) {
@@ -182,8 +269,7 @@ void* HeapCore::AllocateAligned(std::size_t size) {
 
 unsigned HeapCore::TakeFree(std::size_t size, HeapBlock* blocks, unsigned count, unsigned toCarve) {
     const os::LockGuard guard(m_lock);
-    BlockStack* const stack = Of(Lane::Aligned).store.Find(size);
-    if (stack && !stack->IsEmpty()) return stack->PopSome(blocks, count);
+    if (const unsigned taken = TakeKept(size, blocks, count)) return taken;
     unsigned carved = 0;
     while (carved < toCarve) {
         const HeapBlock block = CarveAligned(size);
@@ -193,6 +279,13 @@ unsigned HeapCore::TakeFree(std::size_t size, HeapBlock* blocks, unsigned count,
     // The block to be handed out first is the last one.
     std::reverse(blocks, blocks + carved);
     return carved;
+}
+
+/// Takes what the free stores of the aligned lane have.
+unsigned HeapCore::TakeKept(std::size_t size, HeapBlock* blocks, unsigned count) {
+    if (size <= RegionStore::kLargestSize) return m_smallAligned.Take(size, blocks, count);
+    BlockStack* const stack = Of(Lane::Aligned).store.Find(size);
+    return stack ? stack->PopSome(blocks, count) : 0;
 }
 
 HeapBlock HeapCore::CarveAligned(std::size_t size) {
@@ -209,7 +302,7 @@ HeapBlock HeapCore::CarveAligned(std::size_t size) {
 void HeapCore::GiveFree(std::size_t size, const HeapBlock* blocks, unsigned count) {
     const os::LockGuard guard(m_lock);
     for (unsigned i = 0; i < count; ++i)
-        AddToFreeStore(Lane::Aligned, size, blocks[i]);
+        AddToFreeStore(*m_index.Find(blocks[i].p), size, blocks[i]);
 }
 
 /// Two threads may free the same block at once by mistake: the exchange lets one of them have it.
@@ -268,16 +361,9 @@ inline void HeapCore::Free(void* p) {
     if (!page) return;
     if (page->GetLane() == Lane::Aligned) {
         FreeAligned(*page, bytes);
-    } else if (os::SingleThreaded()) {
-        FreeExact(*page, bytes);
     } else {
-        FreeExactLocked(*page, bytes);
+        FreeExact(*page, bytes);
     }
-}
-
-void HeapCore::FreeExactLocked(COnePage& page, char* p) {
-    const os::LockGuard guard(m_lock);
-    FreeExact(page, p);
 }
 
 void* HeapCore::ReAlloc(void* p, int size) {

@@ -5,8 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "foundation/exact_cache.h"
 #include "foundation/free_store.h"
 #include "foundation/heap_pages.h"
+#include "foundation/region_store.h"
 #include "os/lock.h"
 
 namespace brenta {
@@ -28,8 +30,8 @@ class HeapCore {
     int GetBytesUsed() const;
     bool IsValidHeapPtr(const void* p) const;
     const char* GetName() const { return m_name; }
-    std::uint32_t GetAllocationCount() const { return m_allocations.load(std::memory_order_relaxed); }
-    std::uint32_t GetReuseCount() const { return m_reuses.load(std::memory_order_relaxed); }
+    std::uint32_t GetAllocationCount() const;
+    std::uint32_t GetReuseCount() const;
 
     // For the threads' own stores (foundation/thread_store.h): blocks of the aligned lane whose size is a
     // multiple of kGranule.
@@ -40,8 +42,11 @@ class HeapCore {
     /// Takes freed blocks, the one freed last at the end.
     void GiveFree(std::size_t size, const HeapBlock* blocks, unsigned count);
 
+    /// Takes all blocks from the cache of a thread that ends.
+    void GiveExact(ExactCache& cache);
+
     os::Lock& GetLock() { return m_lock; }
-    /// Whether threads keep freed small blocks of the aligned lane to themselves; set once, at the start.
+    /// Whether threads keep freed small blocks to themselves; set once, at the start.
     bool m_hasThreadStores = false;
 
  private:
@@ -53,16 +58,21 @@ class HeapCore {
     COnePage* AddPage(Lane lane, std::size_t size, bool forOneBlock);
     bool NewPage(Lane lane, std::size_t size);
     char* AllocateExact(std::size_t size);
+    char* AllocateThrough(ExactCache& cache, std::size_t size);
     char* CarveExact(std::size_t size);
+    ExactCache* CacheFor(std::size_t size);
+    unsigned TakeKept(std::size_t size, HeapBlock* blocks, unsigned count);
     HeapBlock CarveAligned(std::size_t size);
     void FreeExact(COnePage& page, char* p);
-    void FreeExactLocked(COnePage& page, char* p);
+    void FreeShort(COnePage& page, char* p);
+    void KeepExact(COnePage& page, std::size_t size, const HeapBlock& block);
+    void MoveOlder(ExactCache& cache, std::size_t size);
     void FreeAligned(COnePage& page, char* p);
     void KeepAligned(std::size_t size, HeapBlock block);
     char* ReAllocExact(COnePage& page, char* p, int size, bool& known);
     char* ReAllocAligned(COnePage& page, char* p, int size, bool& known);
 
-    void AddToFreeStore(Lane lane, std::size_t size, HeapBlock block) { Of(lane).store.Add(size, block); }
+    void AddToFreeStore(COnePage& page, std::size_t size, HeapBlock block);
     LaneState& Of(Lane lane) { return m_lanes[static_cast<int>(lane)]; }
 
     os::Lock m_ownLock;
@@ -70,6 +80,8 @@ class HeapCore {
     std::size_t m_pageSize;
     PageIndex m_index;
     LaneState m_lanes[2];
+    RegionStore m_smallAligned;
+    // In the exact lane, without what threads have from their caches.
     std::atomic<std::uint32_t> m_allocations{0};
     std::atomic<std::uint32_t> m_reuses{0};
     std::atomic<COnePage*> m_pFirstPage{nullptr};

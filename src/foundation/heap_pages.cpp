@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/poison.h"
+#include "foundation/region_store.h"
 
 namespace brenta {
 
@@ -39,6 +40,9 @@ COnePage* COnePage::Create(Lane lane, std::size_t size, bool forOneBlock) {
 COnePage::~COnePage() {
     if (m_pBytes) Unpoison(m_pBytes, m_size);
     std::free(m_pBytes);
+    for (std::size_t i = 0; m_pRegionSets && i < RegionCount() * kSmallSizes; ++i)
+        std::free(m_pRegionSets[i]);
+    std::free(m_pRegionSets);
     if (m_lane == Lane::Exact) {
         std::free(m_pExact);
     } else {
@@ -49,16 +53,30 @@ COnePage::~COnePage() {
 void* COnePage::NoteBlock(std::size_t offset, std::size_t size, bool live) {
     if (m_lane == Lane::Exact) {
         ExactNote& note = m_pExact[offset / kGranule];
-        const auto byte = static_cast<unsigned>(offset % kGranule);
-        note.starts = static_cast<std::uint16_t>(note.starts | 1u << byte);
-        if (live) note.SetLive(byte);
-        note.lastSize = static_cast<std::uint32_t>(size);
+        note.AddBlock(static_cast<unsigned>(offset % kGranule), size, live);
         return &note;
     }
     AlignedNote& note = m_pAligned[offset / kGranule];
     const auto granules = m_forOneBlock ? kWholePage : static_cast<AlignedNote>(size / kGranule);
     std::atomic_ref<AlignedNote>(note).store(live ? granules | kLive : granules, std::memory_order_relaxed);
     return &note;
+}
+
+RegionSet* COnePage::RegionSetOf(const char* p, std::size_t sizeIndex) {
+    if (!m_pRegionSets) {
+        const std::size_t count = RegionCount() * kSmallSizes;
+        m_pRegionSets = static_cast<RegionSet**>(std::calloc(count, sizeof(RegionSet*)));
+        if (!m_pRegionSets) return nullptr;
+    }
+    const std::size_t region = static_cast<std::size_t>(p - m_pBytes) / kRegionSize;
+    RegionSet*& set = m_pRegionSets[region * kSmallSizes + sizeIndex];
+    if (!set) {
+        set = static_cast<RegionSet*>(std::calloc(1, sizeof(RegionSet)));
+        if (!set) return nullptr;
+        set->pPage = this;
+        set->pStart = m_pBytes + region * kRegionSize;
+    }
+    return set;
 }
 
 char* COnePage::Carve(std::size_t size) {

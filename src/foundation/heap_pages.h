@@ -18,9 +18,11 @@
 //   without a lock, so it is only touched as an atomic.
 //
 // - Exact lane: up to 16 blocks can start in one granule. Its note has one bit per byte for "a block starts
-//   here" and one for "that block is in use", and the size of the block that starts last in the granule. The
-//   sizes of the others need no room: blocks are adjacent, so each ends where the next one starts. The lane
-//   is used under the heap's lock alone.
+//   here", and the size of the block that starts last in the granule. The sizes of the others need no room:
+//   blocks are adjacent, so each ends where the next one starts. Whether a block is in use is one more bit
+//   per byte for the short blocks, those of less than a granule, which are used under the heap's lock alone.
+//   A block of a granule or more is the last to start in its granule for ever, so its bit stands beside its
+//   size, in a word that nobody else writes: threads free and reuse such blocks without the lock.
 //
 // The notes lie outside the page, all zero at first, and the system provides their memory only as they are
 // touched. A page that was made for one large block has the note of its first granule only.
@@ -42,21 +44,73 @@ inline unsigned ByteInGranule(const void* p) {
     return static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(p) % kGranule);
 }
 
-/// The note about a granule of the exact lane.
-struct ExactNote {
-    std::uint16_t starts;    // bit i: a block starts at byte i
-    std::uint16_t live;      // bit i: the block that starts at byte i is in use
-    std::uint32_t lastSize;  // size of the block of the highest bit in starts
-
-    bool IsLive(unsigned byte) const { return (live & 1u << byte) != 0; }
-    void SetLive(unsigned byte) { live = static_cast<std::uint16_t>(live | 1u << byte); }
-    void ClearLive(unsigned byte) { live = static_cast<std::uint16_t>(live & ~(1u << byte)); }
-
-    /// Size of the block that starts at byte `byte`.
-    std::size_t SizeOfBlock(unsigned byte) const {
-        const unsigned later = starts & (0xFFFEu << byte);
-        return later ? static_cast<unsigned>(std::countr_zero(later)) - byte : lastSize;
+/// The note about a granule of the exact lane. Written under the heap's lock, except for the bit of a long
+/// block.
+class ExactNote {
+ public:
+    /// Notes that a block starts at byte `byte`, behind all others.
+    ///
+    /// Whoever looks without the lock, holding a block of this granule, must not take its short block for the
+    /// long one that begins right now. So the start is written before the size, and read after it.
+    void AddBlock(unsigned byte, std::size_t size, bool live) {
+        const bool isLong = size >= kGranule;
+        const std::uint32_t bits = 1u << byte | (live && !isLong ? kFirstLive << byte : 0u);
+        m_starts.store(m_starts.load(std::memory_order_relaxed) | bits, std::memory_order_relaxed);
+        const auto last = static_cast<std::uint32_t>(size);
+        m_last.store(live && isLong ? last | kLongLive : last, std::memory_order_release);
     }
+
+    /// Size of the long block that starts at byte `byte`; 0 if there is none. Any thread.
+    std::size_t LongSize(unsigned byte) const {
+        const std::uint32_t last = m_last.load(std::memory_order_acquire) & ~kLongLive;
+        const std::uint32_t starts = m_starts.load(std::memory_order_relaxed) & kStartsMask;
+        return last >= kGranule && starts >> byte == 1 ? last : 0;
+    }
+    bool IsLong(unsigned byte) const { return LongSize(byte) != 0; }
+
+    /// Size of the block that starts at byte `byte`. Under the lock.
+    std::size_t SizeOfBlock(unsigned byte) const {
+        const std::uint32_t later =
+            m_starts.load(std::memory_order_relaxed) & kStartsMask & (0xFFFEu << byte);
+        if (later) return static_cast<unsigned>(std::countr_zero(later)) - byte;
+        return m_last.load(std::memory_order_relaxed) & ~kLongLive;
+    }
+
+    bool IsLive(unsigned byte) const {
+        if (IsLong(byte)) return (m_last.load(std::memory_order_relaxed) & kLongLive) != 0;
+        return IsShortLive(byte);
+    }
+    bool IsShortLive(unsigned byte) const {
+        return (m_starts.load(std::memory_order_relaxed) & kFirstLive << byte) != 0;
+    }
+    /// For who has taken the block out of a free store.
+    void SetLive(unsigned byte) {
+        std::atomic<std::uint32_t>& word = IsLong(byte) ? m_last : m_starts;
+        const std::uint32_t bit = &word == &m_last ? kLongLive : kFirstLive << byte;
+        word.store(word.load(std::memory_order_relaxed) | bit, std::memory_order_relaxed);
+    }
+    /// Under the lock.
+    void ClearShortLive(unsigned byte) {
+        m_starts.store(m_starts.load(std::memory_order_relaxed) & ~(kFirstLive << byte),
+                       std::memory_order_relaxed);
+    }
+    /// False if the long block was not in use. Of several threads one gets true; with `alone` there are none.
+    bool ClearLongLive(bool alone) {
+        const std::uint32_t seen = m_last.load(std::memory_order_relaxed);
+        if ((seen & kLongLive) == 0) return false;
+        if (!alone) return (m_last.exchange(seen & ~kLongLive, std::memory_order_relaxed) & kLongLive) != 0;
+        m_last.store(seen & ~kLongLive, std::memory_order_relaxed);
+        return true;
+    }
+
+ private:
+    static constexpr std::uint32_t kStartsMask = 0xFFFF;
+    static constexpr std::uint32_t kFirstLive = 0x10000;
+    static constexpr std::uint32_t kLongLive = 0x80000000;
+
+    std::atomic<std::uint32_t>
+        m_starts;                       // bit i: a block starts at byte i; bit 16 + i: it is short and in use
+    std::atomic<std::uint32_t> m_last;  // size of the block that starts last; kLongLive
 };
 
 /// The note about a granule of the aligned lane: granules of the block that starts here, and kLive.
@@ -73,6 +127,12 @@ struct HeapBlock {
     char* p;
     void* pNote;  // ExactNote* or AlignedNote*, by the store's lane
 };
+
+/// Sizes of small blocks: kGranule to kSmallSizes times that.
+inline constexpr std::size_t kSmallSizes = 32;
+/// Bytes of a page whose freed small blocks are kept together (region_store.h).
+inline constexpr std::size_t kRegionSize = 0x10000;
+struct RegionSet;
 
 /// A page of a heap. All changes happen under the heap's lock, except to the notes of the aligned lane.
 class COnePage {
@@ -111,12 +171,17 @@ class COnePage {
         return granules == kWholePage ? m_size : granules * kGranule;
     }
 
+    /// The set for freed blocks of (sizeIndex + 1) * kGranule bytes in the region of `p`; null without
+    /// memory. The aligned lane.
+    RegionSet* RegionSetOf(const char* p, std::size_t sizeIndex);
+
     COnePage* Next() const { return m_pNext.load(std::memory_order_acquire); }
     void SetNext(COnePage* next) { m_pNext.store(next, std::memory_order_release); }
 
  private:
     COnePage() = default;
 
+    std::size_t RegionCount() const { return (m_size + kRegionSize - 1) / kRegionSize; }
     std::size_t GranuleOf(const char* p) const { return static_cast<std::size_t>(p - m_pBytes) / kGranule; }
     void* NoteBlock(std::size_t offset, std::size_t size, bool live);
 
@@ -126,6 +191,7 @@ class COnePage {
         ExactNote* m_pExact = nullptr;
         AlignedNote* m_pAligned;
     };
+    RegionSet** m_pRegionSets = nullptr;  // by region and size, each from the first such block freed on
     std::size_t m_left = 0;
     std::atomic<std::size_t> m_used{0};
     std::atomic<COnePage*> m_pNext{nullptr};

@@ -42,6 +42,19 @@ void ThreadStore::MakeRoom(HeapCore& core, std::size_t size) {
     stack.count -= kHalf;
 }
 
+void ThreadStore::TakeFromOthers(ExactCache& cache, std::size_t size) {
+    for (ThreadStore* store = g_pAllStores; store; store = store->m_pNextOfAll) {
+        if (&store->m_exact != &cache && store->m_exact.MoveTo(cache, size)) return;
+    }
+}
+
+void ThreadStore::AddCounts(std::uint32_t& allocations, std::uint32_t& reuses) {
+    for (const ThreadStore* store = g_pAllStores; store; store = store->m_pNextOfAll) {
+        allocations += store->m_exact.allocations.load(std::memory_order_relaxed);
+        reuses += store->m_exact.reuses.load(std::memory_order_relaxed);
+    }
+}
+
 ThreadStore* ThreadStore::Attach(HeapCore& core) {
     ThreadStore* store;
     {
@@ -50,7 +63,7 @@ ThreadStore* ThreadStore::Attach(HeapCore& core) {
         if (store) {
             g_pIdleStores = store->m_pNextIdle;
         } else {
-            store = new (std::nothrow) ThreadStore();
+            store = new (std::nothrow) ThreadStore;
             if (!store) return nullptr;
             store->m_pNextOfAll = std::exchange(g_pAllStores, store);
         }
@@ -70,6 +83,7 @@ void ThreadStore::AtThreadEnd(void* value) {
         Stack& stack = store->m_stacks[i];
         core->GiveFree((i + 1) * kGranule, stack.blocks, std::exchange(stack.count, 0));
     }
+    core->GiveExact(store->m_exact);
     const os::LockGuard guard(core->GetLock());
     store->m_pNextIdle = std::exchange(g_pIdleStores, store);
 }

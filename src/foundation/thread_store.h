@@ -1,5 +1,7 @@
-// Each thread's own store of freed small blocks of the global heap's aligned lane. Objects and nodes come and
-// go through it without a lock; the heap is entered only when a stack runs empty or full.
+// Each thread's own store of freed small blocks of the global heap. Blocks come and go through it without a
+// lock; the heap is entered only when a stack runs empty or full. What follows is about the aligned lane,
+// whose objects and nodes make up most of the traffic; the exact lane has a cache of its own in each store
+// (exact_cache.h).
 //
 // Only the owner touches a store. A block freed by another thread than the one that made it simply moves: it
 // goes to the store of the thread that freed it, and from there, when a stack is full, half at a time back to
@@ -9,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "foundation/exact_cache.h"
 #include "foundation/heap_pages.h"
 
 namespace brenta {
@@ -46,17 +49,26 @@ class ThreadStore {
     /// Gives the older half of the blocks of this size back to the heap if there is no room for another.
     void MakeRoom(HeapCore& core, std::size_t size);
 
+    /// The blocks of the exact lane.
+    ExactCache& Exact() { return m_exact; }
+    /// Fills an empty stack of a thread's cache with the blocks of this size that another thread keeps, if
+    /// there is one. Under the heap's lock.
+    static void TakeFromOthers(ExactCache& cache, std::size_t size);
+    /// What the threads have allocated in the exact lane on their own, and how much of it was used before.
+    /// Under the heap's lock.
+    static void AddCounts(std::uint32_t& allocations, std::uint32_t& reuses);
+
     /// Prepares for the ends of threads; false if that is impossible. For the global heap's core alone.
     static bool StartAll();
     /// Releases all stores, of every thread. The blocks in them are not given back.
     static void EndAll();
 
  private:
-    static constexpr std::uint32_t kDepth = 64;
+    static constexpr std::uint32_t kDepth = 128;
     static constexpr std::size_t kStacks = kLargestSize / kGranule;
 
     struct Stack {
-        std::uint32_t count;
+        std::uint32_t count = 0;
         HeapBlock blocks[kDepth];
     };
 
@@ -65,8 +77,9 @@ class ThreadStore {
     static void AtThreadEnd(void* store);
 
     Stack m_stacks[kStacks];
-    ThreadStore* m_pNextOfAll;
-    ThreadStore* m_pNextIdle;
+    ExactCache m_exact;
+    ThreadStore* m_pNextOfAll = nullptr;
+    ThreadStore* m_pNextIdle = nullptr;
 };
 
 /// The calling thread's store.

@@ -1,5 +1,7 @@
 #include "os/lock.h"
 
+#include <thread>
+
 namespace brenta::os {
 
 namespace {
@@ -62,6 +64,17 @@ void Lock::Release() {
     m_owner.store(0, std::memory_order_relaxed);
     m_taken.store(0, std::memory_order_release);
     if (m_sleepers.load(std::memory_order_relaxed) != 0) WakeOne(m_taken);
+}
+
+bool OwnersLock::Visit() {
+    m_visited.store(true, std::memory_order_relaxed);
+    if (!FenceAllThreads()) {
+        EndVisit();
+        return false;
+    }
+    while (m_inside.load(std::memory_order_acquire))
+        std::this_thread::yield();
+    return true;
 }
 
 }  // namespace brenta::os

@@ -62,6 +62,34 @@ class LockGuard {
     Lock* m_pLock;
 };
 
+/// Makes all other threads of the process pass a full memory fence, wherever they are; takes microseconds.
+/// False if the system cannot. Of the platform.
+bool FenceAllThreads();
+
+/// A lock for what has one owner and hardly any other visitor. The owner enters and leaves with plain stores;
+/// a visitor pays for both by making the owner's processor pass a fence. Only one visitor at a time may try.
+class OwnersLock {
+ public:
+    /// The owner enters; false while there is a visitor.
+    bool Enter() {
+        m_inside.store(true, std::memory_order_relaxed);
+        // The processor may still look before the store is seen; a visitor's fence ends that uncertainty.
+        std::atomic_signal_fence(std::memory_order_seq_cst);
+        if (!m_visited.load(std::memory_order_acquire)) return true;
+        Leave();
+        return false;
+    }
+    void Leave() { m_inside.store(false, std::memory_order_release); }
+
+    /// A visitor enters, when the owner has left; false if the system cannot do it.
+    bool Visit();
+    void EndVisit() { m_visited.store(false, std::memory_order_release); }
+
+ private:
+    std::atomic<bool> m_inside{false};
+    std::atomic<bool> m_visited{false};
+};
+
 /// Sleeps while `word` holds `value`, until woken, but no longer than about a millisecond. Of the platform.
 void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value);
 

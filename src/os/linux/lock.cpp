@@ -2,6 +2,7 @@
 #include "os/lock.h"
 
 #include <linux/futex.h>
+#include <linux/membarrier.h>
 #include <sys/single_threaded.h>
 #include <sys/syscall.h>
 #include <time.h>
@@ -18,6 +19,12 @@ void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) {
 
 void WakeOne(const std::atomic<std::uint32_t>& word) {
     syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
+
+bool FenceAllThreads() {
+    static const bool registered =
+        syscall(SYS_membarrier, MEMBARRIER_CMD_REGISTER_PRIVATE_EXPEDITED, 0, 0) == 0;
+    return registered && syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0) == 0;
 }
 
 }  // namespace brenta::os

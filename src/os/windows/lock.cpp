@@ -23,4 +23,9 @@ void WakeOne(const std::atomic<std::uint32_t>& word) {
     WakeByAddressSingle(const_cast<std::atomic<std::uint32_t>*>(&word));
 }
 
+bool FenceAllThreads() {
+    FlushProcessWriteBuffers();
+    return true;
+}
+
 }  // namespace brenta::os

@@ -1,0 +1,27 @@
+#include "foundation/exact_cache.h"
+
+#include <algorithm>
+
+namespace brenta {
+
+std::uint32_t ExactCache::RemoveOlder(std::size_t size, HeapBlock* blocks) {
+    HeapBlock* const kept = m_blocks[size - kSmallest];
+    const std::uint32_t count = Count(size);
+    const std::uint32_t removed = std::min(count, kDepth / 2);
+    std::copy_n(kept, removed, blocks);
+    std::copy(kept + removed, kept + count, kept);
+    SetCount(size, count - removed);
+    return removed;
+}
+
+bool ExactCache::MoveTo(ExactCache& other, std::size_t size) {
+    if (IsEmpty(size) || !m_lock.Visit()) return false;
+    const std::uint32_t count = Count(size);
+    std::copy_n(m_blocks[size - kSmallest], count, other.m_blocks[size - kSmallest]);
+    other.SetCount(size, count);
+    SetCount(size, 0);
+    m_lock.EndVisit();
+    return count != 0;
+}
+
+}  // namespace brenta
