@@ -50,7 +50,8 @@ void RegisterSide(const Workload& workload, bool ours, int rounds) {
                                          benchmark::DoNotOptimize(contender->Run());
                                  })
         ->Iterations(1)
-        ->Repetitions(rounds);
+        ->Repetitions(rounds)
+        ->MeasureProcessCPUTime();
 }
 
 void AddAllWorkloads() {

@@ -35,10 +35,13 @@
 
 namespace brenta {
 
-constinit os::Lock g_globalHeapLock;
-constinit os::Lock g_stringHeapLock;
-constinit os::Lock g_stringTableLock;
-constinit std::atomic<HeapCore*> g_pGlobalCore{nullptr};
+// Every thread reads the pointer all the time, and would wait for its cache line whenever one takes a lock
+// that shares it.
+constexpr std::size_t kCacheLine = 64;
+alignas(kCacheLine) constinit os::Lock g_globalHeapLock;
+alignas(kCacheLine) constinit os::Lock g_stringHeapLock;
+alignas(kCacheLine) constinit os::Lock g_stringTableLock;
+alignas(kCacheLine) constinit std::atomic<HeapCore*> g_pGlobalCore{nullptr};
 
 /// The global heap. Its CHeap outlives the core, so that late callers meet an empty heap and no ruin.
 struct GlobalHeapParts {

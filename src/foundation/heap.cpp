@@ -24,6 +24,9 @@ namespace {
 
 constexpr int kDefaultPageSize = 1000000;
 constexpr std::size_t kLargestRequest = INT_MAX;
+/// What is carved at once in the aligned lane ends at a multiple of this, so that hardly any cache line of
+/// blocks or notes belongs to two threads.
+constexpr std::size_t kCarvedRun = 4096;
 
 std::size_t RoundUp(std::size_t size) {
     return size == 0 ? kGranule : (size + kGranule - 1) / kGranule * kGranule;
@@ -275,6 +278,8 @@ unsigned HeapCore::TakeFree(std::size_t size, HeapBlock* blocks, unsigned count,
         const HeapBlock block = CarveAligned(size);
         if (!block.p) break;
         blocks[carved++] = block;
+        const std::size_t used = Of(Lane::Aligned).pCurrent ? Of(Lane::Aligned).pCurrent->Used() : 0;
+        if (used / kCarvedRun != (used - size) / kCarvedRun) break;
     }
     // The block to be handed out first is the last one.
     std::reverse(blocks, blocks + carved);

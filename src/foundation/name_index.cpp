@@ -3,12 +3,17 @@
 #include <cstdlib>
 #include <new>
 
+#include "os/os.h"
+
 namespace brenta {
 
 namespace {
 
 constexpr std::size_t kInitialBuckets = 128;
 constexpr std::size_t kPrefetchAhead = 2;
+/// Bytes from which on an array is worth large pages: each name lands anywhere in it, and with small ones the
+/// way to its page costs as much as the page.
+constexpr std::size_t kLarge = 0x400000;
 
 }  // namespace
 
@@ -17,6 +22,8 @@ NameIndex::Buckets* NameIndex::Buckets::Create(std::size_t count, Buckets* pOlde
     // them. All bits zero is the value-initialised state of a bucket.
     void* pMemory = std::calloc(count + 2, sizeof(Bucket));
     if (!pMemory) return nullptr;
+    const std::size_t size = (count + 2) * sizeof(Bucket);
+    if (size >= kLarge) os::PreferLargePages(pMemory, size);
     const auto address =
         (reinterpret_cast<std::uintptr_t>(pMemory) + sizeof(Bucket) - 1) / sizeof(Bucket) * sizeof(Bucket);
     return ::new (reinterpret_cast<void*>(address))

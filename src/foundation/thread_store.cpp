@@ -18,28 +18,35 @@ constinit ThreadStore* g_pAllStores = nullptr;
 constinit ThreadStore* g_pIdleStores = nullptr;
 constinit os::ThreadEndHook g_threadEnd;
 
-/// Blocks carved at once for a thread that has neighbours, so that building something large does not meet
-/// them at the lock with every node.
-constexpr unsigned kCarvedAtOnce = 16;
+/// Blocks taken from the heap at once, no more than any stack holds: freed ones or, for a thread that has
+/// neighbours, new ones, so that building something large does not meet them at the lock with every node.
+constexpr unsigned kTakenAtOnce = 64;
 
 }  // namespace
+
+ThreadStore::ThreadStore() {
+    for (std::size_t i = 0; i < kStacks; ++i) {
+        const std::size_t fitting = kKeptBytes / ((i + 1) * kGranule);
+        m_stacks[i].capacity = static_cast<std::uint32_t>(std::min<std::size_t>(fitting, kLargestDepth));
+    }
+}
 
 char* ThreadStore::TakeOrRefill(HeapCore& core, std::size_t size) {
     if (char* p = Take(size)) return p;
     Stack& stack = StackOf(size);
     const std::size_t rounded = (size + kGranule - 1) / kGranule * kGranule;
-    stack.count = core.TakeFree(rounded, stack.blocks, kDepth / 2, os::SingleThreaded() ? 1 : kCarvedAtOnce);
+    stack.count = core.TakeFree(rounded, stack.blocks, kTakenAtOnce, os::SingleThreaded() ? 1 : kTakenAtOnce);
     return Take(size);
 }
 
 /// It is the older half that goes: the newest blocks are still in the processor's cache.
 void ThreadStore::MakeRoom(HeapCore& core, std::size_t size) {
-    constexpr std::uint32_t kHalf = kDepth / 2;
     Stack& stack = StackOf(size);
-    if (stack.count < kDepth) return;
-    core.GiveFree(size, stack.blocks, kHalf);
-    std::copy(stack.blocks + kHalf, stack.blocks + stack.count, stack.blocks);
-    stack.count -= kHalf;
+    if (stack.count < stack.capacity) return;
+    const std::uint32_t half = stack.count / 2;
+    core.GiveFree(size, stack.blocks, half);
+    std::copy(stack.blocks + half, stack.blocks + stack.count, stack.blocks);
+    stack.count -= half;
 }
 
 void ThreadStore::TakeFromOthers(ExactCache& cache, std::size_t size) {

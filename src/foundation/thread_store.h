@@ -42,7 +42,7 @@ class ThreadStore {
     /// to kLargestSize.
     bool Put(std::size_t size, HeapBlock block) {
         Stack& stack = StackOf(size);
-        if (stack.count == kDepth) return false;
+        if (stack.count == stack.capacity) return false;
         stack.blocks[stack.count++] = block;
         return true;
     }
@@ -64,14 +64,17 @@ class ThreadStore {
     static void EndAll();
 
  private:
-    static constexpr std::uint32_t kDepth = 128;
     static constexpr std::size_t kStacks = kLargestSize / kGranule;
+    static constexpr std::uint32_t kLargestDepth = 1024;
+    static constexpr std::size_t kKeptBytes = 32 * 1024;  // of one size
 
     struct Stack {
         std::uint32_t count = 0;
-        HeapBlock blocks[kDepth];
+        std::uint32_t capacity = 0;
+        HeapBlock blocks[kLargestDepth];
     };
 
+    ThreadStore();
     Stack& StackOf(std::size_t size) { return m_stacks[(size - 1) / kGranule]; }
     static ThreadStore* Attach(HeapCore& core);
     static void AtThreadEnd(void* store);

@@ -168,6 +168,10 @@ void BreakIntoDebugger();
 /// left aside; 0 if unknown. Cheap after a thread's first call.
 std::uintptr_t StackLimit();
 
+/// Says that memory not yet touched, of several megabytes, will be used all over and in no order: the system
+/// may then provide it in large pieces, of which fewer are missed. It may also take no notice.
+void PreferLargePages(void* memory, std::size_t size);
+
 /// Calls work(context) on a thread with a stack of so many bytes and waits for it to return; false, and no
 /// call, if there can be no such thread. `work` must not throw.
 bool RunOnStack(std::size_t stackSize, void (*work)(void* context), void* context);

@@ -1,6 +1,7 @@
 // Linux: the process, its threads and its terminal.
 #include <pthread.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -146,6 +147,13 @@ void ThreadEndHook::Set(void* value) {
 void ThreadEndHook::Close() {
     if (m_open) pthread_key_delete(static_cast<pthread_key_t>(m_key));
     m_open = false;
+}
+
+void PreferLargePages(void* memory, std::size_t size) {
+    const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const auto start = (reinterpret_cast<std::uintptr_t>(memory) + page - 1) / page * page;
+    const auto end = (reinterpret_cast<std::uintptr_t>(memory) + size) / page * page;
+    if (start < end) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
 }
 
 bool LibraryIsUnloading() {

@@ -110,6 +110,9 @@ void NoticeUnloading() {
     g_unloading = true;
 }
 
+// Large pages take a privilege that users do not have.
+void PreferLargePages(void*, std::size_t) {}
+
 }  // namespace brenta::os
 
 /// Called by the system when the library comes and goes; `reserved` tells the end of the process from the
