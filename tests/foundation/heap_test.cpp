@@ -1,10 +1,16 @@
 // The page heap: exact adjacency and reuse, its aligned lane, bad pointers, and many threads.
 #include "brenta/heap.h"
 
+#include <algorithm>
 #include <atomic>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <map>
+#include <random>
+#include <set>
+#include <thread>
+#include <vector>
 
 #include "brenta/containers.h"
 #include "test_support.h"
@@ -220,6 +226,59 @@ TEST(Heap, ObjectsStayAligned) {
     void* const other = CoreAllocate(8);
     EXPECT_EQ(CoreReAlloc(other, -1), nullptr);
     EXPECT_EQ(Bytes(CoreReAlloc(other, 16))[15], '\0');
+}
+
+// More blocks than a thread keeps to itself, of a size that nobody else uses.
+TEST(Heap, GivesBlocksBackInTurn) {
+    std::vector<void*> blocks(200);
+    for (void*& p : blocks)
+        p = CoreAllocate(467);
+    for (void* p : blocks)
+        CoreFree(p);
+    for (auto p = blocks.rbegin(); p != blocks.rend(); ++p)
+        ASSERT_EQ(CoreAllocate(467), *p);
+    for (void* p : blocks)
+        CoreFree(p);
+}
+
+TEST(Heap, ThreadsReuseWhatOthersKeep) {
+    std::atomic<int> step{0};
+    void* kept = nullptr;
+    std::thread keeper([&] {
+        kept = CoreAllocate(463);
+        CoreFree(kept);
+        step = 1;
+        while (step != 2)
+            std::this_thread::yield();
+        EXPECT_NE(CoreAllocate(463), kept);
+    });
+    while (step != 1)
+        std::this_thread::yield();
+    const int used = CoreHeapUsed();
+    EXPECT_EQ(CoreAllocate(463), kept);
+    EXPECT_EQ(CoreHeapUsed(), used);
+    step = 2;
+    keeper.join();
+}
+
+// Nodes freed in any order do not come back scattered over all the memory that they had.
+TEST(Heap, KeepsNeighboursTogether) {
+    constexpr std::size_t kSize = 496;
+    std::vector<char*> blocks(4000);
+    for (char*& p : blocks)
+        p = Bytes(HeapNew(kSize));
+    std::shuffle(blocks.begin(), blocks.end(), std::minstd_rand(1));
+    for (char* p : blocks)
+        HeapDelete(p);
+    for (char*& p : blocks)
+        p = Bytes(HeapNew(kSize));
+    int jumps = 0;
+    for (std::size_t i = 1; i < blocks.size(); ++i)
+        jumps += std::abs(blocks[i] - blocks[i - 1]) > 0x10000;
+    EXPECT_LT(jumps, 400);
+    EXPECT_EQ(std::set<char*>(blocks.begin(), blocks.end()).size(), blocks.size());
+    for (char* p : blocks)
+        HeapDelete(p);
 }
 
 TEST(Heap, EndedThreadsLeaveTheirBlocksToOthers) {
