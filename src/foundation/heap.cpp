@@ -107,16 +107,6 @@ bool HeapCore::NewPage(Lane lane, std::size_t size) {
     return true;
 }
 
-/// Keeps a free block of a page.
-inline void HeapCore::AddToFreeStore(COnePage& page, std::size_t size, HeapBlock block) {
-    const Lane lane = page.GetLane();
-    if (lane == Lane::Aligned && size <= RegionStore::kLargestSize) {
-        m_smallAligned.Add(page, size, block.p);
-    } else {
-        Of(lane).store.Add(size, block);
-    }
-}
-
 // ---------------------------------------------------------------------------------------------------------
 // HeapCore: the exact lane
 
@@ -132,45 +122,6 @@ void* HeapCore::Allocate(int size) {
     return AllocateExact(bytes);
 }
 
-/// Under the lock, like all that follows up to CarveExact.
-char* HeapCore::AllocateExact(std::size_t size) {
-    if (ExactCache* const cache = CacheFor(size)) return AllocateThrough(*cache, size);
-    ExactCache::Increment(m_allocations);
-    BlockStack* const stack = Of(Lane::Exact).store.Find(size);
-    if (!stack || stack->IsEmpty()) return CarveExact(size);
-    ExactCache::Increment(m_reuses);
-    const HeapBlock block = stack->Pop();
-    SetExactLive(block);
-    return block.p;
-}
-
-/// From the thread's cache, filled up from the free store or from another thread, before anything is carved.
-char* HeapCore::AllocateThrough(ExactCache& cache, std::size_t size) {
-    if (cache.IsEmpty(size)) {
-        HeapBlock blocks[ExactCache::kDepth / 2];
-        const std::uint32_t count = Of(Lane::Exact).store.Find(size)->PopSome(blocks, ExactCache::kDepth / 2);
-        for (std::uint32_t i = 0; i < count; ++i)
-            cache.Push(size, blocks[i]);
-        if (count == 0) ThreadStore::TakeFromOthers(cache, size);
-    }
-    if (!cache.IsEmpty(size)) return cache.Pop(size);
-    ExactCache::Increment(cache.allocations);
-    return CarveExact(size);
-}
-
-/// The calling thread's cache for blocks of this size; null if there is none.
-ExactCache* HeapCore::CacheFor(std::size_t size) {
-    if (!m_hasThreadStores || !ExactCache::Keeps(size)) return nullptr;
-    ThreadStore* const store = ThreadStore::Get(*this);
-    return store ? &store->Exact() : nullptr;
-}
-
-char* HeapCore::CarveExact(std::size_t size) {
-    LaneState& lane = Of(Lane::Exact);
-    if ((!lane.pCurrent || lane.pCurrent->Left() < size) && !NewPage(Lane::Exact, size)) return nullptr;
-    return lane.pCurrent->Carve(size);
-}
-
 inline void HeapCore::FreeExact(COnePage& page, char* p) {
     ExactNote& note = page.ExactNoteOf(p);
     const std::size_t size = note.LongSize(ByteInGranule(p));
@@ -182,55 +133,6 @@ inline void HeapCore::FreeExact(COnePage& page, char* p) {
         if (store && store->Exact().Put(size, block)) return;
     }
     KeepExact(page, size, block);
-}
-
-void HeapCore::FreeShort(COnePage& page, char* p) {
-    const os::LockGuard guard(m_lock);
-    ExactNote& note = page.ExactNoteOf(p);
-    const unsigned byte = ByteInGranule(p);
-    if (!note.IsShortLive(byte)) return;
-    note.ClearShortLive(byte);
-    AddToFreeStore(page, note.SizeOfBlock(byte), {p, &note});
-}
-
-/// The rarer part of FreeExact: into a cache that is full, visited or not there yet, or into the free store.
-void HeapCore::KeepExact(COnePage& page, std::size_t size, const HeapBlock& block) {
-    const os::LockGuard guard(m_lock);
-    ExactCache* const cache = CacheFor(size);
-    if (!cache) return AddToFreeStore(page, size, block);
-    if (cache->IsFull(size)) MoveOlder(*cache, size);
-    cache->Push(size, block);
-}
-
-void HeapCore::MoveOlder(ExactCache& cache, std::size_t size) {
-    HeapBlock blocks[ExactCache::kDepth];
-    const std::uint32_t count = cache.RemoveOlder(size, blocks);
-    for (std::uint32_t i = 0; i < count; ++i)
-        Of(Lane::Exact).store.Add(size, blocks[i]);
-}
-
-void HeapCore::GiveExact(ExactCache& cache) {
-    const os::LockGuard guard(m_lock);
-    for (std::size_t size = ExactCache::kSmallest; size <= ExactCache::kLargest; ++size) {
-        while (!cache.IsEmpty(size))
-            MoveOlder(cache, size);
-    }
-}
-
-std::uint32_t HeapCore::GetAllocationCount() const {
-    const os::LockGuard guard(m_lock);
-    std::uint32_t allocations = m_allocations.load(std::memory_order_relaxed);
-    std::uint32_t reuses = 0;
-    if (m_hasThreadStores) ThreadStore::AddCounts(allocations, reuses);
-    return allocations;
-}
-
-std::uint32_t HeapCore::GetReuseCount() const {
-    const os::LockGuard guard(m_lock);
-    std::uint32_t allocations = 0;
-    std::uint32_t reuses = m_reuses.load(std::memory_order_relaxed);
-    if (m_hasThreadStores) ThreadStore::AddCounts(allocations, reuses);
-    return reuses;
 }
 
 char* HeapCore::ReAllocExact(COnePage& page, char* p, int size, bool& known) {

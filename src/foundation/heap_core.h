@@ -72,7 +72,15 @@ class HeapCore {
     char* ReAllocExact(COnePage& page, char* p, int size, bool& known);
     char* ReAllocAligned(COnePage& page, char* p, int size, bool& known);
 
-    void AddToFreeStore(COnePage& page, std::size_t size, HeapBlock block);
+    /// Keeps a free block of a page.
+    void AddToFreeStore(COnePage& page, std::size_t size, HeapBlock block) {
+        const Lane lane = page.GetLane();
+        if (lane == Lane::Aligned && size <= RegionStore::kLargestSize) {
+            m_smallAligned.Add(page, size, block.p);
+        } else {
+            Of(lane).store.Add(size, block);
+        }
+    }
     LaneState& Of(Lane lane) { return m_lanes[static_cast<int>(lane)]; }
 
     os::Lock m_ownLock;

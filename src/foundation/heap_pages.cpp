@@ -99,6 +99,7 @@ HeapBlock COnePage::TakeRest(std::size_t& size) {
     const std::size_t offset = Used();
     size = m_lane == Lane::Exact ? m_left : m_left / kGranule * kGranule;
     m_left = 0;
+    if (m_lane == Lane::Aligned) m_used.store(offset + size, std::memory_order_relaxed);
     return {m_pBytes + offset, NoteBlock(offset, size, false)};
 }
 

@@ -159,8 +159,9 @@ class COnePage {
     char* Carve(std::size_t size);
     /// The same for a block that starts its life in a free store; the aligned lane.
     HeapBlock CarveFree(std::size_t size);
-    /// Makes one free block of all that is left without counting it as carved, so that nothing is left. There
-    /// must be some bytes left. Returns the block and its size.
+    /// Makes one free block of all that is left, so that nothing is left. There must be some bytes left. In
+    /// the exact lane the block does not count as carved, not even when it is in use. Returns the block and
+    /// its size.
     HeapBlock TakeRest(std::size_t& size);
 
     ExactNote& ExactNoteOf(const char* p) const { return m_pExact[GranuleOf(p)]; }
