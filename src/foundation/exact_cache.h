@@ -34,7 +34,7 @@ class ExactCache {
         return p;
     }
     /// Keeps a free block; false if there is no room, or a visitor. The owner.
-    bool Put(std::size_t size, const HeapBlock& block) {
+    bool Put(std::size_t size, HeapBlock block) {
         if (!m_lock.Enter()) return false;
         const bool hasRoom = !IsFull(size);
         if (hasRoom) Push(size, block);
@@ -45,9 +45,12 @@ class ExactCache {
     // Under the heap's lock, or inside the cache's own.
 
     bool IsFull(std::size_t size) const { return Count(size) == kDepth; }
-    void Push(std::size_t size, const HeapBlock& block) {
+    void Push(std::size_t size, HeapBlock block) {
         const std::uint32_t count = Count(size);
-        m_blocks[size - kSmallest][count] = block;
+        // Word by word: one move of both would wait for the two stores that have just put them side by side.
+        HeapBlock& kept = m_blocks[size - kSmallest][count];
+        kept.p = block.p;
+        kept.pNote = block.pNote;
         SetCount(size, count + 1);
     }
     /// Takes the block put last and marks it as in use; there must be one.
@@ -55,8 +58,7 @@ class ExactCache {
         const std::uint32_t count = Count(size) - 1;
         const HeapBlock& block = m_blocks[size - kSmallest][count];
         SetCount(size, count);
-        SetExactLive(block);
-        Increment(allocations);
+        static_cast<ExactNote*>(block.pNote)->SetLongLive(size);
         Increment(reuses);
         return block.p;
     }
@@ -72,8 +74,9 @@ class ExactCache {
         counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     }
 
-    std::atomic<std::uint32_t> allocations{0};  // of the threads that have owned the cache
+    // By the threads that have owned the cache: blocks taken from it, and blocks carved instead.
     std::atomic<std::uint32_t> reuses{0};
+    std::atomic<std::uint32_t> carved{0};
 
     static constexpr std::size_t kSmallest = kGranule;  // shorter ones are noted under the heap's lock
     static constexpr std::size_t kLargest = 512;

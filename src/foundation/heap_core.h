@@ -65,7 +65,7 @@ class HeapCore {
     HeapBlock CarveAligned(std::size_t size);
     void FreeExact(COnePage& page, char* p);
     void FreeShort(COnePage& page, char* p);
-    void KeepExact(COnePage& page, std::size_t size, const HeapBlock& block);
+    void KeepExact(COnePage& page, std::size_t size, HeapBlock block);
     void MoveOlder(ExactCache& cache, std::size_t size);
     void FreeAligned(COnePage& page, char* p);
     void KeepAligned(std::size_t size, HeapBlock block);

@@ -27,7 +27,7 @@ char* HeapCore::AllocateThrough(ExactCache& cache, std::size_t size) {
         if (count == 0) ThreadStore::TakeFromOthers(cache, size);
     }
     if (!cache.IsEmpty(size)) return cache.Pop(size);
-    ExactCache::Increment(cache.allocations);
+    ExactCache::Increment(cache.carved);
     return CarveExact(size);
 }
 
@@ -54,7 +54,7 @@ void HeapCore::FreeShort(COnePage& page, char* p) {
 }
 
 /// The rarer part of FreeExact: into a cache that is full, visited or not there yet, or into the free store.
-void HeapCore::KeepExact(COnePage& page, std::size_t size, const HeapBlock& block) {
+void HeapCore::KeepExact(COnePage& page, std::size_t size, HeapBlock block) {
     const os::LockGuard guard(m_lock);
     ExactCache* const cache = CacheFor(size);
     if (!cache) return AddToFreeStore(page, size, block);
@@ -79,18 +79,14 @@ void HeapCore::GiveExact(ExactCache& cache) {
 
 std::uint32_t HeapCore::GetAllocationCount() const {
     const os::LockGuard guard(m_lock);
-    std::uint32_t allocations = m_allocations.load(std::memory_order_relaxed);
-    std::uint32_t reuses = 0;
-    if (m_hasThreadStores) ThreadStore::AddCounts(allocations, reuses);
-    return allocations;
+    const std::uint32_t own = m_allocations.load(std::memory_order_relaxed);
+    return m_hasThreadStores ? own + ThreadStore::CountReuses() + ThreadStore::CountCarved() : own;
 }
 
 std::uint32_t HeapCore::GetReuseCount() const {
     const os::LockGuard guard(m_lock);
-    std::uint32_t allocations = 0;
-    std::uint32_t reuses = m_reuses.load(std::memory_order_relaxed);
-    if (m_hasThreadStores) ThreadStore::AddCounts(allocations, reuses);
-    return reuses;
+    const std::uint32_t own = m_reuses.load(std::memory_order_relaxed);
+    return m_hasThreadStores ? own + ThreadStore::CountReuses() : own;
 }
 
 }  // namespace brenta

@@ -89,6 +89,10 @@ class ExactNote {
         const std::uint32_t bit = &word == &m_last ? kLongLive : kFirstLive << byte;
         word.store(word.load(std::memory_order_relaxed) | bit, std::memory_order_relaxed);
     }
+    /// The same for a long block of this size.
+    void SetLongLive(std::size_t size) {
+        m_last.store(static_cast<std::uint32_t>(size) | kLongLive, std::memory_order_relaxed);
+    }
     /// Under the lock.
     void ClearShortLive(unsigned byte) {
         m_starts.store(m_starts.load(std::memory_order_relaxed) & ~(kFirstLive << byte),

@@ -55,11 +55,18 @@ void ThreadStore::TakeFromOthers(ExactCache& cache, std::size_t size) {
     }
 }
 
-void ThreadStore::AddCounts(std::uint32_t& allocations, std::uint32_t& reuses) {
-    for (const ThreadStore* store = g_pAllStores; store; store = store->m_pNextOfAll) {
-        allocations += store->m_exact.allocations.load(std::memory_order_relaxed);
-        reuses += store->m_exact.reuses.load(std::memory_order_relaxed);
-    }
+std::uint32_t ThreadStore::CountReuses() {
+    std::uint32_t sum = 0;
+    for (const ThreadStore* store = g_pAllStores; store; store = store->m_pNextOfAll)
+        sum += store->m_exact.reuses.load(std::memory_order_relaxed);
+    return sum;
+}
+
+std::uint32_t ThreadStore::CountCarved() {
+    std::uint32_t sum = 0;
+    for (const ThreadStore* store = g_pAllStores; store; store = store->m_pNextOfAll)
+        sum += store->m_exact.carved.load(std::memory_order_relaxed);
+    return sum;
 }
 
 ThreadStore* ThreadStore::Attach(HeapCore& core) {

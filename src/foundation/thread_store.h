@@ -54,9 +54,10 @@ class ThreadStore {
     /// Fills an empty stack of a thread's cache with the blocks of this size that another thread keeps, if
     /// there is one. Under the heap's lock.
     static void TakeFromOthers(ExactCache& cache, std::size_t size);
-    /// What the threads have allocated in the exact lane on their own, and how much of it was used before.
-    /// Under the heap's lock.
-    static void AddCounts(std::uint32_t& allocations, std::uint32_t& reuses);
+    /// The blocks of the exact lane that all threads have had from their caches, and those that were carved
+    /// because there was none. Under the heap's lock.
+    static std::uint32_t CountReuses();
+    static std::uint32_t CountCarved();
 
     /// Prepares for the ends of threads; false if that is impossible. For the global heap's core alone.
     static bool StartAll();
