@@ -1,8 +1,9 @@
 /// @file
 /// Lock, the short adaptive re-entrant lock of the foundation, and LockGuard, the only way to take it.
 ///
-///     constinit os::Lock g_tableLock;                 // at namespace scope: usable before main and after
-///     exit void Add() {
+///     constinit os::Lock g_tableLock;      // at namespace scope: usable before main and after exit
+///
+///     void Add() {
 ///         os::LockGuard guard(g_tableLock);
 ///         ...
 ///     }
