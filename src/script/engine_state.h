@@ -42,6 +42,9 @@ struct EngineState : ParserState {
 
     // --- running
     std::unique_ptr<Executor> executor;
+    /// Whether functions run as register code; if not, their statement trees are walked, which gives the same
+    /// values, messages and prints. A function keeps to the tier that it was entered in.
+    bool useRegisterTier = true;
     int nestedRuns = 0;                      ///< runs for hosts and `execute` texts in progress
     std::atomic<bool> stopRequested{false};  ///< written by any thread and by signal handlers
     static_assert(std::atomic<bool>::is_always_lock_free);
