@@ -14,16 +14,12 @@
 #include "brenta/failure.h"
 #include "script/executor.h"
 #include "script/place.h"
+#include "script/taken_value.h"
 
 namespace brenta {
 namespace {
 
 using Node = Executor::Node;
-
-/// What may replace a list: a list, or a reference to an object or function.
-bool FitsList(const Value& value) {
-    return value.IsList() || value.IsReference() || value.IsFunction();
-}
 
 /// A variable that holds nothing that asks for care when it is replaced.
 bool IsScalarVariable(const Node* target) {
@@ -110,40 +106,6 @@ void StepTo(Place& place, const ListBody& list, std::uint32_t index, STRID name)
     }
 }
 
-/// Takes a variable's value out of its cell, so that it can grow in place, and puts it back whatever happens.
-class TakenValue {
- public:
-    TakenValue(NameCell& cell, Value& value) : m_cell(cell), m_value(value) {
-        const bool isTheSame = cell.value.GetTag() == value.GetTag() && cell.value.String() == value.String();
-        if (!isTheSame) return;
-        cell.value.Clear();
-        m_taken = true;
-        m_length = value.IsString() ? value.String()->length : 0;
-        if (!value.IsUnshared()) PutBack();
-    }
-    ~TakenValue() { PutBack(); }
-    TakenValue(const TakenValue&) = delete;
-    TakenValue& operator=(const TakenValue&) = delete;
-
-    /// Cuts off what has been appended to a text.
-    void Undo() {
-        if (!m_taken || !m_value.IsString()) return;
-        m_value.String()->length = m_length;
-        m_value.String()->bytes[m_length] = 0;
-    }
-
- private:
-    void PutBack() {
-        if (m_taken) m_cell.value = m_value;
-        m_taken = false;
-    }
-
-    NameCell& m_cell;
-    Value& m_value;
-    bool m_taken = false;
-    std::uint32_t m_length = 0;
-};
-
 int ChainLength(const Node& node) {
     int length = 1;
     for (const Node* at = &node; at->left != nullptr && at->left->nodeClass == NodeClass::Assign;
@@ -153,6 +115,11 @@ int ChainLength(const Node& node) {
 }
 
 }  // namespace
+
+/// What may replace a list: a list, or a reference to an object or function.
+bool Executor::FitsList(const Value& value) {
+    return value.IsList() || value.IsReference() || value.IsFunction();
+}
 
 /// Carries an assignment out. `value`, when given, receives its value; `reference` the place that its right
 /// operand denotes.
@@ -186,7 +153,7 @@ bool Executor::AssignSum(const Node& node, Value& sum) {
     Value operand;
     if (!Evaluate(*at->right, operand)) return false;
     // From here on no script code runs, so nobody can see that the variable is empty.
-    TakenValue taken(cell, sum);
+    TakenValue taken(cell.value, sum);
     while (true) {
         if (!Apply(*at, sum, operand, sum)) break;
         if (at == node.right) return true;

@@ -5,35 +5,19 @@
 #include "brenta/names.h"
 #include "foundation/library_statics.h"
 #include "foundation/numbers.h"
+#include "script/code/function_plan.h"
+#include "script/code/machine.h"
 #include "script/executor.h"
-#include "script/symbol_access.h"
+#include "script/show_mark.h"
 #include "script/value_limits.h"
 
 namespace brenta {
-
-/// What a call of a function needs: nothing is looked up by name while scripts run.
-struct FunctionPlan {
-    struct Parameter {
-        NameCell* cell;
-        ScriptSymbol* symbol;
-    };
-
-    const NameCells* cells;  // the engine's whose function it is
-    bool isReflect = false;
-    std::vector<Parameter> parameters;
-};
 
 namespace {
 
 using Node = Executor::Node;
 
-/// The name of a callee that is no function: of a method, or of the variable or element that is called.
-STRID NameOfCallee(const Node& callee) {
-    const Node* name = callee.kind == TOK_MEMBER ? callee.right : &callee;
-    return name != nullptr && name->kind == ID ? name->name : kNoName;
-}
-
-const FunctionPlan* MakePlan(FuncSymbol& function, NameCells& cells) {
+FunctionPlan* MakePlan(FuncSymbol& function, NameCells& cells) {
     auto plan = std::make_unique<FunctionPlan>();
     plan->cells = &cells;
     plan->isReflect = function.GetName() == StrId("reflect");
@@ -101,6 +85,12 @@ bool Executor::EvaluateCall(const Node& node, Value& value) {
     return CallMethod(value, name, first, value) || ReportCall(node, name);
 }
 
+/// The name of a callee that is no function: of a method, or of the variable or element that is called.
+STRID Executor::NameOfCallee(const Node& callee) {
+    const Node* name = callee.kind == TOK_MEMBER ? callee.right : &callee;
+    return name != nullptr && name->kind == ID ? name->name : kNoName;
+}
+
 bool Executor::ReportCall(const Node& node, STRID name) {
     if (m_unwindingSilently) return false;
     if (name == kNoName) return Fail(node, "Function call failed.");
@@ -112,12 +102,23 @@ bool Executor::ReportCall(const Node& node, STRID name) {
 // Script functions
 
 bool Executor::CallFunction(FuncSymbol& function, std::size_t first, Value& result) {
-    const FunctionPlan* plan = PrepareCall(function, first);
+    FunctionPlan* plan = PrepareCall(function, m_arguments.size() - first);
     if (plan == nullptr) return false;
     if (plan->isReflect) return CallReflect(first, result);
+    if (!m_state.useRegisterTier || !m_machine->Prepare(function, *plan))
+        return CallTree(function, *plan, first, result);
+    result.Clear();
+    const bool called = m_machine->Run(function, *plan, first, result);
+    DropArguments(first);
+    return called;
+}
+
+bool Executor::CallTree(FuncSymbol& function, const FunctionPlan& plan, std::size_t first, Value& result) {
+    const ShowMark shown(*this);
+    m_machine->Show();
     m_cells.PushScope();
     std::size_t argument = first;
-    for (const FunctionPlan::Parameter& parameter : plan->parameters)
+    for (const FunctionPlan::Parameter& parameter : plan.parameters)
         m_cells.Bind(*parameter.cell, parameter.symbol, std::move(m_arguments[argument++]));
     DropArguments(first);
     result.Clear();
@@ -134,10 +135,9 @@ bool Executor::CallFunction(FuncSymbol& function, std::size_t first, Value& resu
     return status == EXEC_OK || ReportMisplacedJump(status);
 }
 
-/// The plan of a function that may be called with the arguments on the stack. Null after a message.
-const FunctionPlan* Executor::PrepareCall(FuncSymbol& function, std::size_t first) {
-    const std::size_t supplied = m_arguments.size() - first;
-    const FunctionPlan* plan = SymbolAccess::Plan(function);
+/// The plan of a function that may be called with so many arguments. Null after a message.
+FunctionPlan* Executor::PrepareCall(FuncSymbol& function, std::size_t supplied) {
+    FunctionPlan* plan = SymbolAccess::Plan(function);
     if (plan == nullptr || plan->cells != &m_cells) {
         const NameCells* owner = SymbolAccess::Table(function);
         if (plan != nullptr || (owner != nullptr && owner != &m_cells)) {
@@ -187,6 +187,7 @@ bool Executor::Reflect(const Value& value) {
     }
     CoreString text;
     out.GetString(text);
+    const ShowMark shown(*this);
     Messages().Print("%s", text());
     return true;
 }
@@ -247,9 +248,10 @@ bool Executor::Request(void* object, int action, STRID name, TOrderedList<Var>& 
     request.arguments = &arguments;
     request.result = &answer;
     OpenPendingScope();
-    const int depth = m_cells.Depth();
+    const int depth = m_cells.Depth() - m_machine->AddedScopes();
+    const ShowMark shown(*this);
     const bool granted = static_cast<CCoreScriptable*>(object)->ScriptAction(request);
-    m_cells.PopTo(depth);
+    m_cells.PopTo(depth + m_machine->AddedScopes());
     // A limit that a nested run met is the object's affair if it goes on as if nothing had happened.
     if (granted) m_unwindingSilently = false;
     return granted;

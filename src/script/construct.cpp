@@ -7,6 +7,7 @@
 #include "brenta/names.h"
 #include "script/created_objects.h"
 #include "script/run_guard.h"
+#include "script/show_mark.h"
 #include "script/symbol_access.h"
 
 namespace brenta {
@@ -25,18 +26,23 @@ NameCell& Executor::CellOf(NameCell* known, const CCoreSymbol& symbol) {
 }
 
 ExecStatus Executor::RunDeclaration(const DeclarationStatement& declaration) {
-    ScriptSymbol* const symbol = declaration.m_pSymbol;
-    if (symbol == nullptr) return EXEC_FAILED;
-    NameCell& cell = CellOf(declaration.m_pCell, *symbol);
-    if (m_cells.IsInTopScope(cell)) return EXEC_FAILED;
-    m_cells.Bind(cell, symbol, SymbolAccess::StartValue(*symbol));
-    if (symbol->GetClass() != nullptr || declaration.m_scriptableClass != kNoName) {
-        Value value(cell.value);
-        if (!ConstructDeclared(declaration, value)) return EXEC_FAILED;
-        cell.value = std::move(value);
-    }
+    if (!BindDeclared(declaration)) return EXEC_FAILED;
     const Node* initialiser = InitialiserOf(declaration);
     return initialiser == nullptr || Assign(*initialiser, nullptr) ? EXEC_OK : EXEC_FAILED;
+}
+
+/// Everything about a declaration but its initialiser.
+bool Executor::BindDeclared(const DeclarationStatement& declaration) {
+    ScriptSymbol* const symbol = declaration.m_pSymbol;
+    if (symbol == nullptr) return false;
+    NameCell& cell = CellOf(declaration.m_pCell, *symbol);
+    if (m_cells.IsInTopScope(cell)) return false;
+    m_cells.Bind(cell, symbol, SymbolAccess::StartValue(*symbol));
+    if (symbol->GetClass() == nullptr && declaration.m_scriptableClass == kNoName) return true;
+    Value value(cell.value);
+    if (!ConstructDeclared(declaration, value)) return false;
+    cell.value = std::move(value);
+    return true;
 }
 
 /// Fills the declared value of an `as` declaration: one instance, or an array of them.
@@ -59,6 +65,9 @@ bool Executor::ConstructOne(const ClassSymbol* cls, STRID registered, Value& val
 }
 
 bool Executor::Construct(const ClassSymbol& cls, Value& instance) {
+    // Nothing but the scopes of functions stands above those of a function whose locals are not shown.
+    const ShowMark shown(*this);
+    m_machine->Show();
     std::size_t next = 0;
     return ConstructMembers(cls, instance, next);
 }

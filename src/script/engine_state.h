@@ -45,6 +45,9 @@ struct EngineState : ParserState {
     /// Whether functions run as register code; if not, their statement trees are walked, which gives the same
     /// values, messages and prints. A function keeps to the tier that it was entered in.
     bool useRegisterTier = true;
+    /// Whether register code has locals in registers where it can; if not, all names are in their cells. To
+    /// be set before a function runs.
+    bool useRegisterLocals = true;
     int nestedRuns = 0;                      ///< runs for hosts and `execute` texts in progress
     std::atomic<bool> stopRequested{false};  ///< written by any thread and by signal handlers
     static_assert(std::atomic<bool>::is_always_lock_free);

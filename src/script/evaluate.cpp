@@ -191,12 +191,14 @@ bool Executor::EvaluateOperand(const Node& node, Value& value) {
 }
 
 bool Executor::LoadName(const Node& node, Value& value) {
-    if (node.cell->value.IsUndefined()) {
-        Messages().Error(node.Position(), "Symbol '%s' not defined.", StrPtr(node.name));
-        return false;
-    }
+    if (node.cell->value.IsUndefined()) return ReportUndefined(node);
     value = node.cell->value;
     return true;
+}
+
+bool Executor::ReportUndefined(const Node& name) {
+    Messages().Error(name.Position(), "Symbol '%s' not defined.", StrPtr(name.name));
+    return false;
 }
 
 // ---------------------------------------------------------------------------------------------------------

@@ -9,6 +9,7 @@
 #include "os/os.h"
 #include "script/parser.h"
 #include "script/run_guard.h"
+#include "script/show_mark.h"
 #include "script/symbol_access.h"
 
 namespace brenta {
@@ -268,6 +269,7 @@ bool Executor::PrintValue(const Node& at, const Value& value) {
     CoreString text;
     const OpError error = AppendOutput(value, text);
     if (error != OpError::None) return FailOperator(at, error);
+    const ShowMark shown(*this);
     Messages().Print("%s", text());
     return true;
 }
@@ -276,22 +278,21 @@ bool Executor::PrintValue(const Node& at, const Value& value) {
 // execute
 
 ExecStatus Executor::RunExec(const ExecStatement& statement, Value& result) {
-    const Node* root = RootOf(statement.GetExpression());
+    Value value;
+    if (!EvaluateTree(RootOf(statement.GetExpression()), value)) return EXEC_FAILED;
+    return RunText(value, statement, result);
+}
+
+ExecStatus Executor::RunText(const Value& value, const ExecStatement& statement, Value& result) {
     CoreString text;
-    if (root != nullptr) {
-        Value value;
-        if (!Evaluate(*root, value)) return EXEC_FAILED;
-        const OpError error = AppendText(value, text);
-        if (error != OpError::None) {
-            FailOperator(*root, error);
-            return EXEC_FAILED;
-        }
-    }
-    return RunText(text, statement, result);
+    const OpError error = AppendText(value, text);
+    if (error == OpError::None) return RunParsed(text, statement, result);
+    FailOperator(*RootOf(statement.GetExpression()), error);
+    return EXEC_FAILED;
 }
 
 /// The text is parsed in the running scope and runs in one new block of it.
-ExecStatus Executor::RunText(const CoreString& text, const ExecStatement& statement, Value& result) {
+ExecStatus Executor::RunParsed(const CoreString& text, const ExecStatement& statement, Value& result) {
     const RunGuard guard(m_engine, RunKind::Text);
     if (!guard.IsAllowed()) return Overflow(statement);
     if (!m_engine.InjectScriptText("execute:", text, true)) return EXEC_FAILED;

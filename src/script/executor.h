@@ -23,6 +23,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <utility>
 #include <vector>
@@ -36,6 +37,7 @@
 
 namespace brenta {
 
+class Machine;
 struct Place;
 
 class Executor {
@@ -43,6 +45,7 @@ class Executor {
     using Node = ExpressionStatement::SubExpr;
 
     explicit Executor(CCoreScriptEngine& engine);
+    ~Executor();
     Executor(const Executor&) = delete;
     Executor& operator=(const Executor&) = delete;
 
@@ -86,6 +89,7 @@ class Executor {
         std::size_t argumentMark;
         int functionDepth;
         bool calleeIsMethod;
+        std::size_t showMark;
     };
     /// A run for a host begins outside all functions; one for `execute` stays where it is.
     enum class RunKind { Host, Text };
@@ -98,6 +102,9 @@ class Executor {
     void ReportOutOfMemory();
 
  private:
+    friend class Machine;
+    class ShowMark;
+
     CScriptMsgStream& Messages() const { return *m_engine.m_pMessages; }
     bool Fail(const Node& at, const char* text);
     bool FailOperator(const Node& at, OpError error);
@@ -114,6 +121,7 @@ class Executor {
 
     // Statements.
     ExecStatus RunDeclaration(const DeclarationStatement& declaration);
+    bool BindDeclared(const DeclarationStatement& declaration);
     ExecStatus RunCompound(const CompoundStatement& block, Value& result);
     ExecStatus RunExpression(const ExpressionStatement& expression, Value& result);
     ExecStatus RunConditional(const ConditionalStatement& statement, Value& result);
@@ -123,7 +131,8 @@ class Executor {
     ExecStatus RunJump(const JumpStatement& jump, Value& result);
     ExecStatus RunPrint(const PrintStatement& print);
     ExecStatus RunExec(const ExecStatement& statement, Value& result);
-    ExecStatus RunText(const CoreString& text, const ExecStatement& statement, Value& result);
+    ExecStatus RunText(const Value& value, const ExecStatement& statement, Value& result);
+    ExecStatus RunParsed(const CoreString& text, const ExecStatement& statement, Value& result);
     bool MayGoOn(const IterationStatement& loop, ExecStatus& status);
     bool PrintValue(const Node& at, const Value& value);
     bool EvaluateCondition(const ExpressionStatement* condition, bool& holds);
@@ -141,6 +150,7 @@ class Executor {
     bool ApplyUnary(const Node& node, Value& value);
     bool EvaluateOperand(const Node& node, Value& value);
     bool LoadName(const Node& node, Value& value);
+    bool ReportUndefined(const Node& name);
     bool BuildList(const Node& node, Value& list);
     bool CollectItems(const Node& contents, bool mayTrail, Value* list);
     bool CollectItem(const Node& item, Value* list);
@@ -153,9 +163,12 @@ class Executor {
     // Calls.
     bool EvaluateCall(const Node& node, Value& value);
     bool ReportCall(const Node& node, STRID name);
-    const FunctionPlan* PrepareCall(FuncSymbol& function, std::size_t first);
+    static STRID NameOfCallee(const Node& callee);
+    bool CallTree(FuncSymbol& function, const FunctionPlan& plan, std::size_t first, Value& result);
+    FunctionPlan* PrepareCall(FuncSymbol& function, std::size_t supplied);
     bool CallReflect(std::size_t first, Value& result);
     bool ReportMisplacedJump(ExecStatus status);
+    Value TakeArgument(std::size_t index) { return std::move(m_arguments[index]); }
     void DropArguments(std::size_t mark) { m_arguments.resize(mark); }
     bool Request(void* object, int action, STRID name, TOrderedList<Var>& arguments, Var& answer);
     bool RequestValue(void* object, int action, STRID name, TOrderedList<Var>& arguments, Value& result);
@@ -182,6 +195,7 @@ class Executor {
     bool CombineElement(const Node& node, Value& root, std::span<const std::uint32_t> path,
                         const Value& assigned);
     bool Combine(const Node& node, Value& target, const Value& assigned);
+    static bool FitsList(const Value& value);
 
     // Objects.
     NameCell& CellOf(NameCell* known, const CCoreSymbol& symbol);
@@ -193,6 +207,7 @@ class Executor {
     CCoreScriptEngine& m_engine;
     EngineState& m_state;
     NameCells& m_cells;
+    std::unique_ptr<Machine> m_machine;
     std::uintptr_t m_stackFloor = 0;
     std::vector<Value> m_arguments;
     int m_functionDepth = 0;           // script functions running in this run

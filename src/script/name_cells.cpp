@@ -122,6 +122,21 @@ bool NameCells::IsGlobal(const NameCell& cell) const {
     return false;
 }
 
+std::vector<NameCells::Loose> NameCells::Unbind(std::size_t mark) {
+    std::vector<Loose> loose;
+    while (m_logSize > mark) {
+        NameCell& cell = CellAt(m_pLog[m_logSize - 1].cell);
+        loose.push_back({&cell, cell.symbol, std::move(cell.value)});
+        UndoLast();
+    }
+    return loose;
+}
+
+void NameCells::Rebind(std::vector<Loose> loose) {
+    for (auto at = loose.rbegin(); at != loose.rend(); ++at)
+        Bind(*at->cell, at->symbol, std::move(at->value));
+}
+
 // ---------------------------------------------------------------------------------------------------------
 // For hosts and dumps
 
@@ -133,8 +148,8 @@ std::vector<NameCells::Binding> NameCells::BindingsFrom(std::size_t first, std::
     const auto whereabouts = [&](std::uint32_t index) {
         const auto found = later.find(index);
         NameCell& cell = CellAt(index);
-        if (found == later.end()) return Binding{cell.symbol, &cell.value, index};
-        return Binding{found->second->symbol, &found->second->value, index};
+        if (found == later.end()) return Binding{cell.symbol, &cell.value, index, cell.depth};
+        return Binding{found->second->symbol, &found->second->value, index, found->second->depth};
     };
     std::vector<Binding> newestFirst;
     for (std::size_t i = m_logSize; i-- > first;) {
@@ -151,12 +166,13 @@ std::vector<NameCells::Binding> NameCells::BindingsFrom(std::size_t first, std::
 void NameCells::TopSymbols(TOrderedList<CCoreSymbol*>& out) const {
     if (m_depth == 0) return;
     for (const Binding& binding : BindingsFrom(m_marks.back(), m_logSize, m_depth == 1))
-        if (binding.symbol != nullptr) out.Add(binding.symbol);
+        if (binding.symbol != nullptr && binding.depth == m_depth) out.Add(binding.symbol);
 }
 
 // Nearly always the symbol stands in front under its own name. It may also be hidden by an inner binding, or
 // stand under another name; then the newest of all bindings is searched for.
 Value* NameCells::ValueOf(const CCoreSymbol& symbol) {
+    ShowHidden();
     NameCell* cell = FindCell(symbol.GetName());
     if (cell != nullptr && cell->symbol == &symbol) return &cell->value;
     const std::vector<Binding> bindings = BindingsFrom(0, m_logSize, true);

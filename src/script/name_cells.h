@@ -66,11 +66,15 @@ class NameCells {
     /// Binds `cell` in the top scope; a binding that the name has there is replaced until the scope ends.
     /// There must be a scope.
     void Bind(NameCell& cell, CCoreSymbol* symbol, Value value) {
+        BindAt(cell, symbol, std::move(value), m_depth);
+    }
+    /// Binds as if in the scope of that depth, for as long as the top scope lasts.
+    void BindAt(NameCell& cell, CCoreSymbol* symbol, Value value, std::uint32_t depth) {
         if (m_logSize == m_logCapacity) GrowLog();
         new (&m_pLog[m_logSize++]) Entry{std::move(cell.value), cell.symbol, cell.index, cell.depth};
         cell.value = std::move(value);
         cell.symbol = symbol;
-        cell.depth = m_depth;
+        cell.depth = depth;
     }
     /// Binds in the global scope even when inner scopes are open; inner bindings of the name stay in front.
     /// Marks taken before stay good.
@@ -83,10 +87,36 @@ class NameCells {
     void TopSymbols(TOrderedList<CCoreSymbol*>& out) const;
     /// Unbinds what was bound in the top scope after position `mark` of the log, keeping the scope.
     std::size_t Mark() const { return m_logSize; }
+    std::size_t TopMark() const { return m_marks.back(); }
     void RollBackTo(std::size_t mark) {
         while (m_logSize > mark)
             Undo(m_pLog[--m_logSize]);
     }
+    /// Undoes the newest binding.
+    void UndoLast() { Undo(m_pLog[--m_logSize]); }
+    /// Takes out what was bound after position `mark` of the log, and binds it in the top scope again.
+    struct Loose {
+        NameCell* cell;
+        CCoreSymbol* symbol;
+        Value value;
+    };
+    std::vector<Loose> Unbind(std::size_t mark);
+    void Rebind(std::vector<Loose> loose);
+
+    /// Names may be bound elsewhere than in their cells, by somebody who can put them there. Whoever looks
+    /// names up for a host asks for it first.
+    class Hidden {
+     public:
+        virtual void Show() = 0;
+
+     protected:
+        ~Hidden() = default;
+    };
+    void SetHidden(Hidden* hidden) { m_pHidden = hidden; }
+    void ShowHidden() const {
+        if (m_pHidden != nullptr) m_pHidden->Show();
+    }
+
     /// The value that `symbol` holds in its innermost binding, null when it is not bound.
     Value* ValueOf(const CCoreSymbol& symbol);
 
@@ -117,6 +147,7 @@ class NameCells {
         CCoreSymbol* symbol;
         Value* value;
         std::uint32_t cell;
+        std::uint32_t depth;
     };
 
     void Undo(Entry& entry) {
@@ -140,8 +171,9 @@ class NameCells {
     std::size_t m_logSize = 0;
     std::size_t m_logCapacity = 0;
     std::vector<std::unique_ptr<NameCell[]>> m_chunks;
-    std::vector<STRID> m_names;         // by cell index
-    std::vector<Slot> m_slots;          // a power of two of them
+    std::vector<STRID> m_names;  // by cell index
+    std::vector<Slot> m_slots;   // a power of two of them
+    Hidden* m_pHidden = nullptr;
     std::vector<std::uint32_t> m_late;  // cells bound by BindGlobal under open scopes, in order
 };
 

@@ -1,6 +1,7 @@
 #include "script/run_guard.h"
 
 #include "os/os.h"
+#include "script/code/machine.h"
 #include "script/value_limits.h"
 
 namespace brenta {
@@ -31,11 +32,22 @@ bool RunGuard::IsAllowed() const {
 // ---------------------------------------------------------------------------------------------------------
 
 Executor::Executor(CCoreScriptEngine& engine)
-    : m_engine(engine), m_state(engine.State()), m_cells(engine.Cells()) {}
+    : m_engine(engine),
+      m_state(engine.State()),
+      m_cells(engine.Cells()),
+      m_machine(std::make_unique<Machine>(*this)) {
+    m_cells.SetHidden(m_machine.get());
+}
+
+Executor::~Executor() {
+    m_cells.SetHidden(nullptr);
+}
 
 Executor::RunState Executor::EnterRun(RunKind kind) {
     OpenPendingScope();
-    const RunState outer{m_stackFloor, m_arguments.size(), m_functionDepth, m_calleeIsMethod};
+    const RunState outer{m_stackFloor, m_arguments.size(), m_functionDepth, m_calleeIsMethod,
+                         m_machine->ShowMark()};
+    m_machine->Show();
     // A host may use the engine from one thread now and from another later.
     m_stackFloor = os::StackLimit();
     if (kind == RunKind::Host) m_functionDepth = 0;
@@ -48,6 +60,7 @@ void Executor::LeaveRun(const RunState& outer) {
     DropArguments(outer.argumentMark);
     m_functionDepth = outer.functionDepth;
     m_calleeIsMethod = outer.calleeIsMethod;
+    m_machine->HideTo(outer.showMark);
     m_scopeIsPending = false;  // if it was, the scope was opened
     if (m_state.nestedRuns == 0) m_unwindingSilently = false;
 }

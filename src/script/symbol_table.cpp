@@ -72,6 +72,7 @@ void CCoreSymbolTable::AddSymbol(STRID name, CCoreSymbol* symbol) {
 
 CCoreSymbol* CCoreSymbolTable::GetSymbol(STRID name, bool topScopeOnly) const {
     if (!AssertScope()) return nullptr;
+    m_pCells->ShowHidden();
     const NameCell* cell = m_pCells->FindCell(name);
     if (cell == nullptr || cell->symbol == nullptr) return nullptr;
     if (topScopeOnly && !m_pCells->IsInTopScope(*cell)) return nullptr;
@@ -81,6 +82,7 @@ CCoreSymbol* CCoreSymbolTable::GetSymbol(STRID name, bool topScopeOnly) const {
 
 TIter<CCoreSymbol*> CCoreSymbolTable::GetFirstSymbol() {
     m_symbols.RemoveAll();
+    m_pCells->ShowHidden();
     if (AssertScope()) m_pCells->TopSymbols(m_symbols);
     for (CCoreSymbol* symbol : m_symbols)
         SymbolAccess::Link(*symbol, m_link);

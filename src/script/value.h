@@ -124,6 +124,11 @@ class Value {
         other.m_word = word;
     }
     void Clear() { Replace(Tag::Null, 0); }
+    /// A copy, where neither this value nor the other is counted.
+    void SetPlain(const Value& other) {
+        m_tag = other.m_tag;
+        m_word = other.m_word;
+    }
     void SetBool(bool value) { Replace(Tag::Bool, value ? 1 : 0); }
     void SetInt(int value) { Replace(Tag::Int, value); }
     void SetFloat(double value) { Replace(Tag::Float, std::bit_cast<std::int64_t>(value)); }
@@ -145,6 +150,7 @@ class Value {
     bool IsCounted() const { return m_tag >= Tag::String; }
     bool IsNull() const { return m_tag <= Tag::Null; }
     bool IsUndefined() const { return m_tag == Tag::Undefined; }
+    bool IsPlainScalar() const { return m_tag >= Tag::Null && m_tag <= Tag::Float; }
     bool IsNumeric() const { return m_tag >= Tag::Bool && m_tag <= Tag::Float; }
     bool IsBool() const { return m_tag == Tag::Bool; }
     bool IsInt() const { return m_tag == Tag::Int; }

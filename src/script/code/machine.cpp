@@ -1,0 +1,427 @@
+// The loop of the machine.
+//
+// When you edit it: 1. What can run code, report or fail stands in a slow way, which notes where the function
+// is. 2. Nothing is kept in a local variable across a slow way that may call: the loop reads its frame anew.
+// 3. An instruction that stores asks first whether the place holds a counted value. 4. An instruction that
+// takes a counted value out of a temporary leaves it empty. 5. Every way back tests the stop flag.
+#include "script/code/machine.h"
+
+#include <functional>
+
+#include "os/os.h"
+#include "script/code/fast_operators.h"
+#include "script/symbol_access.h"
+
+namespace brenta {
+
+using fast::Holds;
+
+namespace {
+
+/// The element that the member at hand names, if it is where it was last time.
+Value* MemberAt(const Value& structure, const Instruction* pc) {
+    if (!structure.IsList()) return nullptr;
+    const MemberSite& site = *reinterpret_cast<const MemberSite*>(pc->b);
+    const ListBody& list = *structure.List();
+    return list.shape == site.shape && site.index < list.length && site.shape != nullptr
+               ? &list.items[site.index]
+               : nullptr;
+}
+
+void ReleaseLocals(char* base, std::int64_t bytes) {
+    for (char* at = base; at != base + bytes; at += sizeof(Value)) {
+        Value& local = *reinterpret_cast<Value*>(at);
+        if (local.IsCounted()) local.Clear();
+    }
+}
+
+}  // namespace
+
+bool Machine::Loop() {
+    const Instruction* pc = m_frame->pc;
+    char* base = m_frame->base;
+    std::intptr_t origins[2] = {0, reinterpret_cast<std::intptr_t>(base)};
+
+    const auto d = [&]() __attribute__((always_inline))->Value& {
+        return *reinterpret_cast<Value*>(base + pc->d);
+    };
+    const auto a = [&]() __attribute__((always_inline))->Value& {
+        return *reinterpret_cast<Value*>(origins[pc->aFrom] + pc->a);
+    };
+    const auto b = [&]() __attribute__((always_inline))->Value& {
+        return *reinterpret_cast<Value*>(origins[pc->bFrom] + pc->b);
+    };
+    const auto registerA = [&]() __attribute__((always_inline))->Value& {
+        return *reinterpret_cast<Value*>(base + pc->a);
+    };
+
+    // The next instruction, or a jump: each is false after a failure.
+    const auto next = [&](bool done) __attribute__((always_inline)) {
+        ++pc;
+        return done;
+    };
+    const auto jumpUnless = [&](Holds holds) __attribute__((always_inline)) {
+        bool result = holds == Holds::Yes;
+        if (holds == Holds::Unknown && !SlowRelation(pc, result)) return false;
+        pc += result ? 1 : pc->n;
+        return true;
+    };
+    const auto repeatIf = [&](Holds holds) __attribute__((always_inline)) {
+        if (StopRequested()) return Interrupted(pc);
+        bool result = holds == Holds::Yes;
+        if (holds == Holds::Unknown && !SlowRelation(pc, result)) return false;
+        pc += result ? pc->n : 1;
+        return true;
+    };
+    // The sum that the next instruction would compute, and the test of the one behind it.
+    const auto stepRepeatIf = [&](auto relation) __attribute__((always_inline)) {
+        Value& variable = d();
+        const Value& limit = b();
+        const std::int64_t sum = variable.Int() + pc->a;
+        const bool isSimple = fast::AreInts(variable, limit) && sum == static_cast<std::int32_t>(sum);
+        if (!isSimple || StopRequested()) return next(true);
+        variable.SetInt(static_cast<std::int32_t>(sum));
+        pc += relation(sum, limit.Int()) ? pc->n : 3;
+        return true;
+    };
+    // Behind a routine that may have let others run, and perhaps changed the frame.
+    const auto goOn = [&](bool done) __attribute__((always_inline)) {
+        pc = m_frame->pc + 1;
+        return done;
+    };
+    const auto resume = [&](const Instruction* at) __attribute__((always_inline)) {
+        pc = at;
+        return at != nullptr;
+    };
+
+    constexpr std::equal_to<> equal;
+    constexpr std::not_equal_to<> unequal;
+    constexpr std::less<> less;
+    constexpr std::greater<> greater;
+    constexpr std::less_equal<> atMost;
+    constexpr std::greater_equal<> atLeast;
+
+    bool going = true;
+    while (going) {
+        switch (pc->op) {
+            case Op::Load: {
+                Value& from = a();
+                if (from.IsCounted() || from.IsUndefined() || d().IsCounted()) {
+                    going = next(SlowLoad(pc));
+                    break;
+                }
+                d().SetPlain(from);
+                ++pc;
+                break;
+            }
+            case Op::Store: {
+                Value& from = a();
+                if (from.IsCounted() || from.IsUndefined() || d().IsCounted()) {
+                    going = next(SlowStore(pc));
+                    break;
+                }
+                d().SetPlain(from);
+                ++pc;
+                break;
+            }
+            case Op::StoreCell: {
+                Value& from = a();
+                Value& variable = reinterpret_cast<NameCell*>(pc->b)->value;
+                if (from.IsCounted() || from.IsUndefined() || !variable.IsPlainScalar()) {
+                    going = next(SlowStoreCell(pc));
+                    break;
+                }
+                variable.SetPlain(from);
+                ++pc;
+                break;
+            }
+            case Op::SetCell:
+                reinterpret_cast<NameCell*>(pc->b)->value = std::move(a());
+                ++pc;
+                break;
+            case Op::Clear:
+                for (Value *at = &d(), *end = at + pc->n; at != end; ++at)
+                    at->Clear();
+                ++pc;
+                break;
+
+            case Op::Add:
+                going = next(fast::Add(a(), b(), d()) || SlowBinary(pc));
+                break;
+            case Op::Subtract:
+                going = next(fast::Subtract(a(), b(), d()) || SlowBinary(pc));
+                break;
+            case Op::Multiply:
+                going = next(fast::Multiply(a(), b(), d()) || SlowBinary(pc));
+                break;
+            case Op::Divide:
+                going = next(fast::Divide(a(), b(), d()) || SlowBinary(pc));
+                break;
+            case Op::Remainder:
+                going = next(fast::Remainder(a(), b(), d()) || SlowBinary(pc));
+                break;
+            case Op::AddNumber:
+                going = next(fast::AddNumber(registerA(), pc->b, d()) || SlowBinary(pc));
+                break;
+            case Op::SubtractNumber:
+                going = next(fast::AddNumber(registerA(), -pc->b, d()) || SlowBinary(pc));
+                break;
+            case Op::RemainderNumber:
+                going = next(fast::RemainderNumber(registerA(), pc->b, d()) || SlowBinary(pc));
+                break;
+            case Op::Binary:
+                going = next(fast::IntOperator(pc->n, a(), b(), d()) ||
+                             fast::BoolOperator(pc->n, a(), b(), d()) || SlowBinary(pc));
+                break;
+            case Op::Unary:
+                going = next(SlowUnary(pc));
+                break;
+            case Op::Combine:
+                going = next((pc->n == TOK_ADD_ASSIGN && fast::Add(d(), a(), d())) || SlowCombine(pc));
+                break;
+            case Op::CombineCell:
+                going = next(SlowCombineCell(pc));
+                break;
+            case Op::Grow:
+                going = resume(Grow(pc));
+                break;
+            case Op::Term:
+                ++pc;
+                break;
+
+            case Op::Jump:
+                pc += pc->n;
+                break;
+            case Op::Repeat:
+                if (StopRequested()) return Interrupted(pc);
+                pc += pc->n;
+                break;
+            case Op::JumpUnless: {
+                bool holds = a().IsBool() && a().Int() != 0;
+                if (!a().IsBool() && !SlowCondition(pc, holds)) return false;
+                pc += holds ? 1 : pc->n;
+                break;
+            }
+            case Op::JumpUnlessEqual:
+                going = jumpUnless(fast::Relate(a(), b(), equal));
+                break;
+            case Op::JumpUnlessUnequal:
+                going = jumpUnless(fast::Relate(a(), b(), unequal));
+                break;
+            case Op::JumpUnlessLess:
+                going = jumpUnless(fast::Relate(a(), b(), less));
+                break;
+            case Op::JumpUnlessGreater:
+                going = jumpUnless(fast::Relate(a(), b(), greater));
+                break;
+            case Op::JumpUnlessAtMost:
+                going = jumpUnless(fast::Relate(a(), b(), atMost));
+                break;
+            case Op::JumpUnlessAtLeast:
+                going = jumpUnless(fast::Relate(a(), b(), atLeast));
+                break;
+            case Op::JumpUnlessEqualNumber:
+                going = jumpUnless(fast::Relate(registerA(), pc->b, equal));
+                break;
+            case Op::JumpUnlessUnequalNumber:
+                going = jumpUnless(fast::Relate(registerA(), pc->b, unequal));
+                break;
+            case Op::JumpUnlessLessNumber:
+                going = jumpUnless(fast::Relate(registerA(), pc->b, less));
+                break;
+            case Op::JumpUnlessGreaterNumber:
+                going = jumpUnless(fast::Relate(registerA(), pc->b, greater));
+                break;
+            case Op::JumpUnlessAtMostNumber:
+                going = jumpUnless(fast::Relate(registerA(), pc->b, atMost));
+                break;
+            case Op::JumpUnlessAtLeastNumber:
+                going = jumpUnless(fast::Relate(registerA(), pc->b, atLeast));
+                break;
+            case Op::RepeatIfEqual:
+                going = repeatIf(fast::Relate(a(), b(), equal));
+                break;
+            case Op::RepeatIfUnequal:
+                going = repeatIf(fast::Relate(a(), b(), unequal));
+                break;
+            case Op::RepeatIfLess:
+                going = repeatIf(fast::Relate(a(), b(), less));
+                break;
+            case Op::RepeatIfGreater:
+                going = repeatIf(fast::Relate(a(), b(), greater));
+                break;
+            case Op::RepeatIfAtMost:
+                going = repeatIf(fast::Relate(a(), b(), atMost));
+                break;
+            case Op::RepeatIfAtLeast:
+                going = repeatIf(fast::Relate(a(), b(), atLeast));
+                break;
+            case Op::StepRepeatIfLess:
+                going = stepRepeatIf(less);
+                break;
+            case Op::StepRepeatIfAtMost:
+                going = stepRepeatIf(atMost);
+                break;
+
+            case Op::NewList:
+                d() = Value::OfList(0);
+                ++pc;
+                break;
+            case Op::Append:
+                going = next(SlowAppend(pc));
+                break;
+            case Op::CheckContainer:
+                going = next(a().IsList() || SlowCheckContainer(pc));
+                break;
+            case Op::GetElement: {
+                const Value& list = a();
+                if (pc->n != 0 || d().IsCounted() || !fast::HasElement(list, b())) {
+                    going = goOn(SlowGetElement(pc));
+                    break;
+                }
+                d() = list.List()->items[b().Int()];
+                ++pc;
+                break;
+            }
+            case Op::SetElement: {
+                const Value& list = a();
+                if (pc->n != TOK_ASSIGN || !fast::HasElement(list, b())) {
+                    going = goOn(SlowSetElement(pc));
+                    break;
+                }
+                Value& element = list.List()->items[b().Int()];
+                if (!fast::IsPlainStore(list, element, d())) {
+                    going = goOn(SlowSetElement(pc));
+                    break;
+                }
+                element.SetPlain(d());
+                ++pc;
+                break;
+            }
+            case Op::GetMember: {
+                const Value* member = MemberAt(a(), pc);
+                if (member == nullptr || pc->n != 0 || d().IsCounted()) {
+                    going = goOn(SlowGetMember(pc));
+                    break;
+                }
+                d() = *member;
+                ++pc;
+                break;
+            }
+            case Op::SetMember: {
+                Value* member = MemberAt(a(), pc);
+                if (member == nullptr || pc->n != TOK_ASSIGN || !fast::IsPlainStore(a(), *member, d())) {
+                    going = goOn(SlowSetMember(pc));
+                    break;
+                }
+                member->SetPlain(d());
+                ++pc;
+                break;
+            }
+            case Op::AddToMember: {
+                Value* member = MemberAt(a(), pc);
+                const bool isInt = member != nullptr && a().IsUnshared() && member->IsInt();
+                pc += isInt && fast::StoreInt(member->Int() + pc->d, *member) ? pc->n : 1;
+                break;
+            }
+            case Op::NextElement: {
+                const Value& list = a();
+                const auto index = static_cast<std::uint32_t>(b().Int());
+                if (index > 0 && StopRequested()) return Interrupted(pc);
+                if (!list.IsList() || index >= list.List()->length) {
+                    ++pc;
+                    break;
+                }
+                d() = list.List()->items[index];
+                b().SetInt(static_cast<std::int32_t>(index + 1));
+                pc += pc->n;
+                break;
+            }
+
+            case Op::Call: {
+                const Value& callee = a();
+                const FunctionPlan* plan =
+                    callee.IsFunction() ? SymbolAccess::Plan(*callee.Function()) : nullptr;
+                char* window = base + pc->d;
+                if (plan == nullptr || plan->epoch != m_epoch || plan->parameterCount != pc->n ||
+                    !HasRoom(window, plan->frameBytes) || StopRequested()) {
+                    going = resume(SlowCall(pc));
+                    break;
+                }
+                m_frame->pc = pc;
+                PushFrame(window, plan->code.get());
+                base = window;
+                origins[kFrame] = reinterpret_cast<std::intptr_t>(base);
+                pc = plan->entry;
+                break;
+            }
+            case Op::FindMethod:
+                going = next(FindMethod(pc));
+                break;
+            case Op::CallMethod:
+                going = goOn(CallMethod(pc));
+                break;
+            case Op::Return: {
+                // The locals go, so their values may be taken; others are copied.
+                Value result(pc->aFrom == kFrame ? Value(std::move(a())) : Value(a()));
+                if (result.IsUndefined()) return SlowLoad(pc);
+                ReleaseLocals(base, pc->d);
+                *reinterpret_cast<Value*>(base) = std::move(result);
+                --m_frame;
+                base = m_frame->base;
+                origins[kFrame] = reinterpret_cast<std::intptr_t>(base);
+                pc = m_frame->pc + 1;
+                break;
+            }
+            case Op::ReturnNothing:
+                ReleaseLocals(base, pc->d);
+                reinterpret_cast<Value*>(base)->Clear();
+                --m_frame;
+                base = m_frame->base;
+                origins[kFrame] = reinterpret_cast<std::intptr_t>(base);
+                pc = m_frame->pc + 1;
+                break;
+            case Op::Exit:
+                return true;
+
+            case Op::PushScope:
+                m_cells.PushScope();
+                ++pc;
+                break;
+            case Op::PopScopes:
+                m_cells.PopTo(m_cells.Depth() - pc->n);
+                ++pc;
+                break;
+            case Op::BindCell:
+                m_cells.Bind(*reinterpret_cast<NameCell*>(pc->a), reinterpret_cast<CCoreSymbol*>(pc->b),
+                             std::move(d()));
+                ++pc;
+                break;
+            case Op::Declare:
+                going = goOn(Declare(pc));
+                break;
+            case Op::DeclareSlot:
+                going = goOn(DeclareSlot(pc));
+                break;
+
+            case Op::Evaluate:
+                going = goOn(Evaluate(pc));
+                break;
+            case Op::Print:
+                going = goOn(Print(pc));
+                break;
+            case Op::Execute:
+                going = resume(Execute(pc));
+                break;
+            case Op::Misplaced:
+                return ReportMisplaced(pc);
+            case Op::Halt:
+                if (os::DebuggerAttached()) os::BreakIntoDebugger();
+                ++pc;
+                break;
+        }
+    }
+    return false;
+}
+
+}  // namespace brenta
