@@ -8,8 +8,10 @@
 #include "script/code/function_plan.h"
 #include "script/code/machine.h"
 #include "script/executor.h"
+#include "script/pooled_request.h"
 #include "script/show_mark.h"
 #include "script/value_limits.h"
+#include "script/var_access.h"
 
 namespace brenta {
 
@@ -62,6 +64,22 @@ bool Executor::HasRoomForNames() {
 }
 
 bool Executor::FromHost(const Var& var, Value& value) {
+    switch (var.GetKind()) {
+        case VarKind::Int:
+            value = Value::OfInt(static_cast<int>(VarAccess::Number(var)));
+            return true;
+        case VarKind::Float:
+            value = Value::OfFloat(VarAccess::Number(var));
+            return true;
+        case VarKind::Null:
+            value.Clear();
+            return true;
+        default:
+            return FromHostByRules(var, value);
+    }
+}
+
+bool Executor::FromHostByRules(const Var& var, Value& value) {
     ConversionLimit limit = ConversionLimit::None;
     value = FromVar(var, &limit);
     if (limit == ConversionLimit::None) return true;
@@ -180,10 +198,9 @@ bool Executor::Reflect(const Value& value) {
             element.Dump(out, false);
         }
     } else if (value.IsReference() && value.Reference() != nullptr) {
-        TOrderedList<Var> none;
-        Var description;
-        Request(value.Reference(), CCoreScriptable::kDescribe, kNoName, none, description);
-        description.Dump(out, true);
+        PooledRequest request(*this);
+        Request(value.Reference(), CCoreScriptable::kDescribe, kNoName, request);
+        request.Answer().Dump(out, true);
     }
     CoreString text;
     out.GetString(text);
@@ -202,14 +219,10 @@ bool Executor::CallMethod(const Value& object, STRID name, std::size_t first, Va
         Messages().Error("RunScript:", "Symbol '%s' is set to a valid object.", StrPtr(name));
         return false;
     }
-    TOrderedList<Var> arguments;
-    for (std::size_t i = first; i < m_arguments.size(); ++i) {
-        Var argument;
-        if (!ToHost(m_arguments[i], argument)) return false;
-        arguments.Add(argument);
-    }
+    PooledRequest request(*this);
+    if (!request.SetArguments({m_arguments.data() + first, m_arguments.size() - first})) return false;
     DropArguments(first);
-    return RequestValue(target, CCoreScriptable::kCall, name, arguments, result);
+    return RequestValue(target, CCoreScriptable::kCall, name, request, result);
 }
 
 bool Executor::CallIntrinsic(const Value& number, STRID name, std::size_t first, Value& result) {
@@ -232,60 +245,6 @@ bool Executor::CallIntrinsic(const Value& number, STRID name, std::size_t first,
     DropArguments(first);
     result = Value::OfFloat(step * steps);
     return true;
-}
-
-// ---------------------------------------------------------------------------------------------------------
-// Requests to host objects
-//
-// The object may do anything, also call back into this engine: no pointer into values or arguments is held
-// across a request. Whatever it answers becomes the expression's value, even when it refuses.
-
-bool Executor::Request(void* object, int action, STRID name, TOrderedList<Var>& arguments, Var& answer) {
-    CCoreScriptable::IOB request;
-    request.context = &m_engine.m_values;
-    request.action = action;
-    request.name = name;
-    request.arguments = &arguments;
-    request.result = &answer;
-    OpenPendingScope();
-    const int depth = m_cells.Depth() - m_machine->AddedScopes();
-    const ShowMark shown(*this);
-    const bool granted = static_cast<CCoreScriptable*>(object)->ScriptAction(request);
-    m_cells.PopTo(depth + m_machine->AddedScopes());
-    // A limit that a nested run met is the object's affair if it goes on as if nothing had happened.
-    if (granted) m_unwindingSilently = false;
-    return granted;
-}
-
-bool Executor::RequestValue(void* object, int action, STRID name, TOrderedList<Var>& arguments,
-                            Value& result) {
-    Var answer;
-    const bool granted = Request(object, action, name, arguments, answer);
-    return FromHost(answer, result) && granted;
-}
-
-bool Executor::RequestGet(void* object, STRID name, Value& result) {
-    TOrderedList<Var> none;
-    return RequestValue(object, CCoreScriptable::kGet, name, none, result);
-}
-
-bool Executor::RequestElement(void* object, const Value& index, Value& result) {
-    TOrderedList<Var> arguments;
-    Var argument;
-    if (!ToHost(index, argument)) return false;
-    arguments.Add(argument);
-    return RequestValue(object, CCoreScriptable::kGet, kNoName, arguments, result);
-}
-
-/// The value that was set stays the expression's, unless the object answers with another one.
-bool Executor::RequestSet(void* object, STRID name, Value& value) {
-    TOrderedList<Var> arguments;
-    Var argument;
-    if (!ToHost(value, argument)) return false;
-    arguments.Add(argument);
-    Var answer;
-    const bool granted = Request(object, CCoreScriptable::kSet, name, arguments, answer);
-    return (answer.GetKind() == VarKind::Null || FromHost(answer, value)) && granted;
 }
 
 }  // namespace brenta

@@ -72,6 +72,7 @@ class Executor {
     /// beyond the limits.
     bool ToHost(const Value& value, Var& out, STRID name = kNoName);
     bool FromHost(const Var& var, Value& value);
+    bool FromHostByRules(const Var& var, Value& value);
     /// Whether the table of names has room for what a script brings. False after a message.
     bool HasRoomForNames();
 
@@ -104,6 +105,8 @@ class Executor {
  private:
     friend class Machine;
     class ShowMark;
+    class PooledRequest;
+    struct RequestParts;
 
     CScriptMsgStream& Messages() const { return *m_engine.m_pMessages; }
     bool Fail(const Node& at, const char* text);
@@ -160,7 +163,7 @@ class Executor {
     bool CheckContainer(const Node& node, const Value& container);
     bool FindElement(const Node& node, const ListBody& list, const Value& index, std::uint32_t& place);
 
-    // Calls.
+    // Calls (call.cpp, requests.cpp).
     bool EvaluateCall(const Node& node, Value& value);
     bool ReportCall(const Node& node, STRID name);
     static STRID NameOfCallee(const Node& callee);
@@ -170,8 +173,9 @@ class Executor {
     bool ReportMisplacedJump(ExecStatus status);
     Value TakeArgument(std::size_t index) { return std::move(m_arguments[index]); }
     void DropArguments(std::size_t mark) { m_arguments.resize(mark); }
-    bool Request(void* object, int action, STRID name, TOrderedList<Var>& arguments, Var& answer);
-    bool RequestValue(void* object, int action, STRID name, TOrderedList<Var>& arguments, Value& result);
+    RequestParts& TakeRequest();
+    bool Request(void* object, int action, STRID name, PooledRequest& request);
+    bool RequestValue(void* object, int action, STRID name, PooledRequest& request, Value& result);
     bool RequestGet(void* object, STRID name, Value& result);
     bool RequestElement(void* object, const Value& index, Value& result);
     bool RequestSet(void* object, STRID name, Value& value);
@@ -210,6 +214,8 @@ class Executor {
     std::unique_ptr<Machine> m_machine;
     std::uintptr_t m_stackFloor = 0;
     std::vector<Value> m_arguments;
+    std::vector<std::unique_ptr<RequestParts>> m_requests;  // by the level of nesting
+    std::size_t m_requestDepth = 0;
     int m_functionDepth = 0;           // script functions running in this run
     bool m_calleeIsMethod = false;     // the member just evaluated is a method to be called, not an element
     bool m_scopeIsPending = false;     // the innermost block runs without a scope, see execute_statements.cpp

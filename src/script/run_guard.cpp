@@ -1,6 +1,7 @@
 #include "script/run_guard.h"
 
 #include "os/os.h"
+#include "script/pooled_request.h"
 #include "script/code/machine.h"
 #include "script/value_limits.h"
 

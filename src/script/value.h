@@ -31,6 +31,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -150,6 +151,12 @@ class Value {
     bool IsCounted() const { return m_tag >= Tag::String; }
     bool IsNull() const { return m_tag <= Tag::Null; }
     bool IsUndefined() const { return m_tag == Tag::Undefined; }
+    /// Where this value is not counted. The number goes to memory as it is, not through an integer register,
+    /// which takes as long as an addition.
+    void SetPlainFloat(double value) {
+        m_tag = Tag::Float;
+        std::memcpy(&m_word, &value, sizeof(value));
+    }
     bool IsPlainScalar() const { return m_tag >= Tag::Null && m_tag <= Tag::Float; }
     bool IsNumeric() const { return m_tag >= Tag::Bool && m_tag <= Tag::Float; }
     bool IsBool() const { return m_tag == Tag::Bool; }

@@ -65,10 +65,22 @@ void Compiler::AssignVariable(const Node& node) {
                            (terms[0]->IsPlainOperand() || (variable.from == kFrame && !CanRunCode(terms[0])));
     if (!terms.empty() && !isOneTerm) return AssignSum(node, terms);
     if (node.right->IsPlainOperand()) return StoreTo(node, Place(*node.right));
+    if (variable.from != kFrame && isOneTerm && IsSmallNumber(terms[0])) return AddToCell(node);
     if (variable.from == kFrame) return CompileTo(*node.right, variable.at);
     const std::int64_t value = NewTemporary();
     CompileTo(*node.right, value);
     StoreTo(node, Register(value));
+}
+
+/// `x = x + 1` where x is in a cell: an instruction for ints in front of the general ones.
+void Compiler::AddToCell(const Node& node) {
+    const std::size_t add = Here();
+    Emit(Op::AddToCell, &node, node.right->right->value.Int(), {kFixed, 0}, Fixed(node.left->cell));
+    const std::int64_t value = NewTemporary();
+    CompileTo(*node.right, value);
+    StoreTo(node, Register(value));
+    m_code->instructions[add].n = static_cast<std::int32_t>(Here() - add);
+    m_lastLabel = Here();
 }
 
 /// Stores into the variable that the assignment has as its target.
@@ -89,35 +101,42 @@ void Compiler::AssignSum(const Node& node, const std::vector<const Node*>& terms
     EmitLoad(node.left, sum, Place(*node.left));
     const Operand first = OperandOf(*terms[0]);
     const std::size_t grow = Here();
-    Emit(Op::Grow, &node, sum, Place(*node.left));
+    Emit(Op::Grow, &node, sum, Place(*node.left)).b = static_cast<std::int64_t>(terms.size());
     for (const Node* term : terms)
         Emit(Op::Term, term->parent, 0, term == terms[0] ? first : Place(*term));
-    for (const Node* term : terms)
-        Emit(Op::Add, term->parent, sum, Register(sum), term == terms[0] ? first : Place(*term));
-    StoreTo(node, Register(sum));
+    // The last sum goes into the variable itself where that is a register.
+    const Operand variable = Place(*node.left);
+    for (const Node* term : terms) {
+        const bool isStored = term == terms.back() && variable.from == kFrame;
+        Emit(Op::Add, term->parent, isStored ? variable.at : sum, Register(sum),
+             term == terms[0] ? first : Place(*term));
+    }
+    if (variable.from != kFrame) StoreTo(node, Register(sum));
     m_code->instructions[grow].n = static_cast<std::int32_t>(Here() - grow);
     m_lastLabel = Here();
 }
 
-/// A value in a register: its own, if it is a local's and nothing can happen to it before it is used.
-std::int64_t Compiler::InRegister(const Node& node, const Node* runsBetween) {
+/// A value to be stored: where it is, if nothing can happen to it before, and it is sure to be defined.
+Compiler::Operand Compiler::StoredValue(const Node& node, const Node* runsBetween) {
     if (node.IsPlainOperand() && !CanRunCode(runsBetween)) {
         const Operand place = Place(node);
-        if (place.from == kFrame) return place.at;
+        if (place.from == kFrame || node.kind != ID) return place;
     }
     const std::int64_t value = NewTemporary();
     CompileTo(node, value);
-    return value;
+    return Register(value);
 }
 
 void Compiler::AssignElement(const Node& node) {
     const Node& target = *node.left;
-    const std::int64_t value = InRegister(*node.right, target.right);
+    const Operand value = StoredValue(*node.right, target.right);
     const Operand container = Place(*target.left);
     if (!target.right->IsPlainOperand()) Emit(Op::CheckContainer, &target, 0, container);
     const Operand index = OperandOf(*target.right);
     NotePoint();
-    Emit(Op::SetElement, &node, value, container, index).n = node.kind;
+    Instruction& set = Emit(Op::SetElement, &node, value.at, container, index);
+    set.dFrom = value.from;
+    set.n = node.kind;
 }
 
 void Compiler::AssignMember(const Node& node) {
@@ -127,14 +146,16 @@ void Compiler::AssignMember(const Node& node) {
                         sum.left != nullptr && IsSameMember(*node.left, *sum.left) &&
                         IsSmallNumber(sum.right);
     const std::size_t step = Here();
+    const Operand site = Fixed(&NewSite(*node.left->right));
     if (isStep) {
         const std::int64_t number = sum.right->value.Int();
-        Emit(Op::AddToMember, &node, sum.kind == TOK_ADD ? number : -number, structure,
-             Fixed(&NewSite(*node.left->right)));
+        Emit(Op::AddToMember, &node, sum.kind == TOK_ADD ? number : -number, structure, site);
     }
-    const std::int64_t value = InRegister(*node.right, nullptr);
+    const Operand value = StoredValue(*node.right, nullptr);
     NotePoint();
-    Emit(Op::SetMember, &node, value, structure, Fixed(&NewSite(*node.left->right))).n = node.kind;
+    Instruction& set = Emit(Op::SetMember, &node, value.at, structure, site);
+    set.dFrom = value.from;
+    set.n = node.kind;
     if (!isStep) return;
     m_code->instructions[step].n = static_cast<std::int32_t>(Here() - step);
     m_lastLabel = Here();

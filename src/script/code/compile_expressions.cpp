@@ -8,21 +8,29 @@ using Node = ExpressionNode;
 
 constexpr std::int64_t kRegisterSize = sizeof(Value);
 
-Op OpOf(int kind) {
-    switch (kind) {
-        case TOK_ADD:
-            return Op::Add;
-        case TOK_SUB:
-            return Op::Subtract;
-        case TOK_MUL:
-            return Op::Multiply;
-        case TOK_DIV:
-            return Op::Divide;
-        case TOK_MOD:
-            return Op::Remainder;
-        default:
-            return Op::Binary;
+/// The general form of an operator, and those for two registers and for a register and a fixed place.
+struct Forms {
+    int kind;
+    Op general;
+    Op registers;
+    Op fixed;
+};
+
+constexpr Forms kForms[] = {
+    {TOK_ADD, Op::Add, Op::AddRegisters, Op::AddFixed},
+    {TOK_SUB, Op::Subtract, Op::SubtractRegisters, Op::Subtract},
+    {TOK_MUL, Op::Multiply, Op::MultiplyRegisters, Op::MultiplyFixed},
+    {TOK_DIV, Op::Divide, Op::Divide, Op::Divide},
+    {TOK_MOD, Op::Remainder, Op::Remainder, Op::Remainder},
+};
+
+Op OpOf(int kind, Origin left, Origin right) {
+    for (const Forms& forms : kForms) {
+        if (forms.kind != kind) continue;
+        if (left != kFrame) return forms.general;
+        return right == kFrame ? forms.registers : forms.fixed;
     }
+    return Op::Binary;
 }
 
 /// The form with a number on the right; Op::Binary if there is none.
@@ -150,7 +158,7 @@ void Compiler::CompileNode(const Node& node, Operand left, std::int64_t temporar
     }
     switch (node.nodeClass) {
         case NodeClass::Binary:
-            return CompileBinary(node, left, d);
+            return CompileBinary(node, left, temporary, d);
         case NodeClass::Unary:
             Emit(Op::Unary, &node, d, OperandOf(*node.right)).n = node.kind;
             return;
@@ -170,15 +178,17 @@ void Compiler::CompileNode(const Node& node, Operand left, std::int64_t temporar
     }
 }
 
-void Compiler::CompileBinary(const Node& node, Operand left, std::int64_t d) {
+void Compiler::CompileBinary(const Node& node, Operand left, std::int64_t temporary, std::int64_t d) {
     const Op numberOp = NumberOpOf(node.kind);
     if (numberOp != Op::Binary && left.from == kFrame && IsSmallNumber(node.right) &&
         !(numberOp == Op::RemainderNumber && node.right->value.Int() <= 0)) {
         Emit(numberOp, &node, d, left).b = node.right->value.Int();
         return;
     }
+    // The temporary is free as long as the left operand is not in it.
+    if (!IsTemporary(left)) m_top = temporary;
     const Operand right = CompileRight(node);
-    Emit(OpOf(node.kind), &node, d, left, right).n = node.kind;
+    Emit(OpOf(node.kind, left.from, right.from), &node, d, left, right).n = node.kind;
 }
 
 /// What the container is must be known to be good before its index is computed.

@@ -194,7 +194,7 @@ Compiler::Operand Compiler::ResultOf(const Node& root) {
 
 void Compiler::EmitReturn(const Node* node, Operand result) {
     EmitPopScopes(m_openScopes);
-    Emit(Op::Return, node, m_code->localBytes, result);
+    Emit(result.from == kFrame ? Op::Return : Op::ReturnCopy, node, m_code->localBytes, result);
 }
 
 void Compiler::EmitBreak() {

@@ -178,7 +178,7 @@ std::int64_t Compiler::NewTemporary() {
 }
 
 Instruction& Compiler::Emit(Op op, const Node* node) {
-    m_code->instructions.push_back({op, kFixed, kFixed, 0, 0, 0, 0});
+    m_code->instructions.push_back({op, kFrame, kFixed, kFixed, 0, 0, 0, 0});
     m_code->nodes.push_back(node);
     return m_code->instructions.back();
 }
@@ -199,6 +199,10 @@ Instruction& Compiler::Emit(Op op, const Node* node, std::int64_t d, Operand a, 
 
 void Compiler::EmitLoad(const Node* node, std::int64_t d, Operand from) {
     if (from.from == kFrame && from.at == d) return;
+    if (node != nullptr && IsSmallNumber(node) && from.from == kFixed) {
+        Emit(Op::LoadNumber, node, d, {kFixed, 0}).b = node->value.Int();
+        return;
+    }
     Emit(Op::Load, node, d, from).n = IsTemporary(from) ? 1 : 0;
 }
 

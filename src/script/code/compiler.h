@@ -98,7 +98,7 @@ class Compiler {
     Operand CompileRight(const Node& node);
     bool MustLoadFirst(const Node& node);
     bool MustLoadCallee(const Node& call);
-    void CompileBinary(const Node& node, Operand left, std::int64_t d);
+    void CompileBinary(const Node& node, Operand left, std::int64_t temporary, std::int64_t d);
     void CompileElement(const Node& node, Operand container, std::int64_t d);
     void CompileList(const Node& node, std::int64_t temporary, std::int64_t d);
     void CompileCallee(const Node& node, Operand object, std::int64_t temporary);
@@ -111,10 +111,11 @@ class Compiler {
     void CompileAssignment(const Node& node);
     void AssignVariable(const Node& node);
     void AssignSum(const Node& node, const std::vector<const Node*>& terms);
+    void AddToCell(const Node& node);
     void AssignElement(const Node& node);
     void AssignMember(const Node& node);
     void StoreTo(const Node& node, Operand value);
-    std::int64_t InRegister(const Node& node, const Node* runsBetween);
+    Operand StoredValue(const Node& node, const Node* runsBetween);
 
     // Instructions.
     Instruction& Emit(Op op, const Node* node);

@@ -2,6 +2,7 @@
 // holds nothing that asks for care. False means that nothing has happened, and the slow way has to do it.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 #include "script/operand.h"
@@ -24,20 +25,31 @@ inline bool StoreInt(std::int64_t number, Value& d) {
 }
 
 /// A result without fractional part becomes an int; what is beyond the ints, or no number, is not stored.
+inline constexpr double kIntBound = 2147483648.0;
 inline bool StoreNarrowed(double number, Value& d) {
-    if (d.IsCounted() || !(number >= -2147483648.0 && number <= 2147483647.0)) return false;
+    if (d.IsCounted() || !(std::fabs(number) < kIntBound)) return false;
     const auto whole = static_cast<std::int32_t>(number);
     if (whole == number) {
         d.SetInt(whole);
     } else {
-        d.SetFloat(number);
+        d.SetPlainFloat(number);
     }
     return true;
 }
 
+/// An int beside a float, in either order. Rarer, so the loop asks for it last.
+inline bool AreMixed(const Value& a, const Value& b) {
+    return (a.IsInt() && b.IsFloat()) || (a.IsFloat() && b.IsInt());
+}
+
+inline double AsDouble(const Value& value) {
+    return value.IsFloat() ? value.Float() : static_cast<double>(value.Int());
+}
+
 inline bool Add(const Value& a, const Value& b, Value& d) {
     if (AreInts(a, b)) return StoreInt(a.Int() + b.Int(), d);
-    return AreFloats(a, b) && StoreNarrowed(a.Float() + b.Float(), d);
+    if (AreFloats(a, b)) return StoreNarrowed(a.Float() + b.Float(), d);
+    return AreMixed(a, b) && StoreNarrowed(AsDouble(a) + AsDouble(b), d);
 }
 
 inline bool Subtract(const Value& a, const Value& b, Value& d) {
@@ -45,15 +57,16 @@ inline bool Subtract(const Value& a, const Value& b, Value& d) {
     return AreFloats(a, b) && StoreNarrowed(a.Float() - b.Float(), d);
 }
 
-/// Products of ints from kProductBound on are floats.
+/// Products from kProductBound on are floats.
+inline constexpr std::int64_t kIntProductBound = 1073741823;
 inline bool Multiply(const Value& a, const Value& b, Value& d) {
     if (AreInts(a, b)) {
         const std::int64_t product = a.Int() * b.Int();
-        return product < (std::int64_t{1} << 30) - 1 && StoreInt(product, d);
+        return product <= kIntProductBound && StoreInt(product, d);
     }
     if (!AreFloats(a, b)) return false;
     const double product = a.Float() * b.Float();
-    return product < kProductBound && StoreNarrowed(product, d);
+    return std::fabs(product) < kProductBound && StoreNarrowed(product, d);
 }
 
 inline bool Divide(const Value& a, const Value& b, Value& d) {

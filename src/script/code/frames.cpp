@@ -22,7 +22,8 @@ std::uint64_t NextEpoch() {
 }
 
 /// A return to the frame of an entry goes on at the second.
-constexpr Instruction kExit[2] = {{Op::Exit, 0, 0, 0, 0, 0, 0}, {Op::Exit, 0, 0, 0, 0, 0, 0}};
+constexpr Instruction kExit[2] = {{Op::Exit, kFrame, kFixed, kFixed, 0, 0, 0, 0},
+                                  {Op::Exit, kFrame, kFixed, kFixed, 0, 0, 0, 0}};
 
 template <class T>
 T* Zeroed(std::size_t count) {

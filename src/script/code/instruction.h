@@ -4,8 +4,8 @@
 // frame's base. `a` and `b` are places of values, wherever these lie: each is an offset from an origin, which
 // is the frame's base for registers, and 0 for the values of name cells and constants, whose addresses never
 // change. So one form of an instruction serves parameters, locals, temporaries, variables in cells and
-// constants alike. Where an operand is nearly always a small number there is a second form (its name ends in
-// `Number`) in which `b` is the number itself, and `a` a register.
+// constants alike. The most frequent have further forms, which need not ask for the origins: with registers
+// as operands, with a register and a fixed place, and (`Number`) with a small number instead of `b`.
 //
 // Registers. The parameters come first, then a register for every local, then the temporaries, which are used
 // as a stack. A register that is not in use never holds a counted value: whoever takes a value out of a
@@ -25,13 +25,14 @@
 
 namespace brenta {
 
-enum class Op : std::uint16_t {
+enum class Op : std::uint8_t {
     // Values. `n` not 0: `a` is a temporary, which gives its value away.
-    Load,       ///< d = a, whatever d held
-    Store,      ///< the variable d = a, by the rules of assignment
-    StoreCell,  ///< the variable in the cell `b` = a, by the rules of assignment
-    SetCell,    ///< the value of the cell `b` = a, whatever it held
-    Clear,      ///< frees `n` registers from d on
+    Load,        ///< d = a, whatever d held
+    LoadNumber,  ///< d = the number b, whatever d held
+    Store,       ///< the variable d = a, by the rules of assignment
+    StoreCell,   ///< the variable in the cell `b` = a, by the rules of assignment
+    SetCell,     ///< the value of the cell `b` = a, whatever it held
+    Clear,       ///< frees `n` registers from d on
 
     // Operators.
     Add,
@@ -39,6 +40,11 @@ enum class Op : std::uint16_t {
     Multiply,
     Divide,
     Remainder,
+    AddRegisters,  ///< these where both operands are registers
+    SubtractRegisters,
+    MultiplyRegisters,
+    AddFixed,  ///< and these where only a is
+    MultiplyFixed,
     AddNumber,
     SubtractNumber,
     RemainderNumber,
@@ -46,8 +52,9 @@ enum class Op : std::uint16_t {
     Unary,    ///< d = (operator `n`) a
     Combine,  ///< the variable d (compound assignment `n`)= a
     CombineCell,
-    Grow,  ///< x = x + a ... where x holds a text or list, see Machine::Grow
-    Term,  ///< an operand of Grow
+    AddToCell,  ///< the variable in the cell `b` += the number d
+    Grow,       ///< x = x + a ... where x holds a text or list, see Machine::Grow; `b` terms
+    Term,       ///< an operand of Grow
 
     // Jumps; `n` is the distance. `Jump` goes forward, `Repeat` back.
     Jump,
@@ -79,9 +86,9 @@ enum class Op : std::uint16_t {
     Append,          ///< d gets a as another element
     CheckContainer,  ///< whether a can have a subscript
     GetElement,      ///< d = a[b]
-    SetElement,      ///< a[b] (assignment `n`)= d
+    SetElement,      ///< a[b] (assignment `n`)= d, which may lie anywhere
     GetMember,       ///< d = a.member; `b` is a MemberSite
-    SetMember,       ///< a.member (assignment `n`)= d
+    SetMember,       ///< a.member (assignment `n`)= d, which may lie anywhere
     AddToMember,     ///< a.member = a.member + the number d
     NextElement,     ///< d = the next element of the list a, of which the int b have been; back if there is
 
@@ -89,7 +96,8 @@ enum class Op : std::uint16_t {
     Call,        ///< calls a with `n` arguments from d on, where the result comes to lie
     FindMethod,  ///< d is an object: what its member `b` (a MemberSite) calls; d + 1 says what that is
     CallMethod,  ///< calls what FindMethod left in d, with the `n` arguments from d + 2 on; the result in d
-    Return,      ///< returns a; the locals take up d bytes
+    Return,      ///< returns the register a; the locals take up d bytes
+    ReturnCopy,  ///< returns a, which is no register
     ReturnNothing,
     Exit,  ///< leaves the machine
 
@@ -114,8 +122,9 @@ enum Origin : std::uint8_t { kFixed = 0, kFrame = 1 };
 
 struct Instruction {
     Op op;
-    std::uint8_t aFrom;
-    std::uint8_t bFrom;
+    Origin dFrom;  ///< for values to be stored; a result is in a register
+    Origin aFrom;
+    Origin bFrom;
     std::int32_t n;
     std::int64_t d;
     std::int64_t a;

@@ -28,11 +28,12 @@ Value* MemberAt(const Value& structure, const Instruction* pc) {
                : nullptr;
 }
 
-void ReleaseLocals(char* base, std::int64_t bytes) {
-    for (char* at = base; at != base + bytes; at += sizeof(Value)) {
-        Value& local = *reinterpret_cast<Value*>(at);
-        if (local.IsCounted()) local.Clear();
-    }
+/// Moves what a function returns to the first register. Nothing else of the frame is needed any more.
+void TakeResult(char* base, Value& result) {
+    Value& first = *reinterpret_cast<Value*>(base);
+    if (&first == &result) return;
+    first.Swap(result);
+    if (result.IsCounted()) result.Clear();
 }
 
 }  // namespace
@@ -51,8 +52,18 @@ bool Machine::Loop() {
     const auto b = [&]() __attribute__((always_inline))->Value& {
         return *reinterpret_cast<Value*>(origins[pc->bFrom] + pc->b);
     };
+    const auto stored = [&]() __attribute__((always_inline))->Value& {
+        return *reinterpret_cast<Value*>(origins[pc->dFrom] + pc->d);
+    };
     const auto registerA = [&]() __attribute__((always_inline))->Value& {
         return *reinterpret_cast<Value*>(base + pc->a);
+    };
+
+    const auto registerB = [&]() __attribute__((always_inline))->Value& {
+        return *reinterpret_cast<Value*>(base + pc->b);
+    };
+    const auto fixedB = [&]() __attribute__((always_inline))->Value& {
+        return *reinterpret_cast<Value*>(pc->b);
     };
 
     // The next instruction, or a jump: each is false after a failure.
@@ -84,6 +95,17 @@ bool Machine::Loop() {
         pc += relation(sum, limit.Int()) ? pc->n : 3;
         return true;
     };
+    // Back to the caller with the result in the first register; the locals are released.
+    const auto leaveFrame = [&]() __attribute__((always_inline)) {
+        for (char *at = base + sizeof(Value), *end = base + pc->d; at < end; at += sizeof(Value)) {
+            Value& local = *reinterpret_cast<Value*>(at);
+            if (local.IsCounted()) local.Clear();
+        }
+        --m_frame;
+        base = m_frame->base;
+        origins[kFrame] = reinterpret_cast<std::intptr_t>(base);
+        pc = m_frame->pc + 1;
+    };
     // Behind a routine that may have let others run, and perhaps changed the frame.
     const auto goOn = [&](bool done) __attribute__((always_inline)) {
         pc = m_frame->pc + 1;
@@ -114,6 +136,10 @@ bool Machine::Loop() {
                 ++pc;
                 break;
             }
+            case Op::LoadNumber:
+                d().SetInt(static_cast<std::int32_t>(pc->b));
+                ++pc;
+                break;
             case Op::Store: {
                 Value& from = a();
                 if (from.IsCounted() || from.IsUndefined() || d().IsCounted()) {
@@ -160,6 +186,21 @@ bool Machine::Loop() {
             case Op::Remainder:
                 going = next(fast::Remainder(a(), b(), d()) || SlowBinary(pc));
                 break;
+            case Op::AddRegisters:
+                going = next(fast::Add(registerA(), registerB(), d()) || SlowBinary(pc));
+                break;
+            case Op::SubtractRegisters:
+                going = next(fast::Subtract(registerA(), registerB(), d()) || SlowBinary(pc));
+                break;
+            case Op::MultiplyRegisters:
+                going = next(fast::Multiply(registerA(), registerB(), d()) || SlowBinary(pc));
+                break;
+            case Op::AddFixed:
+                going = next(fast::Add(registerA(), fixedB(), d()) || SlowBinary(pc));
+                break;
+            case Op::MultiplyFixed:
+                going = next(fast::Multiply(registerA(), fixedB(), d()) || SlowBinary(pc));
+                break;
             case Op::AddNumber:
                 going = next(fast::AddNumber(registerA(), pc->b, d()) || SlowBinary(pc));
                 break;
@@ -182,8 +223,17 @@ bool Machine::Loop() {
             case Op::CombineCell:
                 going = next(SlowCombineCell(pc));
                 break;
+            case Op::AddToCell: {
+                Value& variable = reinterpret_cast<NameCell*>(pc->b)->value;
+                pc += fast::AddNumber(variable, pc->d, variable) ? 3 : 1;
+                break;
+            }
             case Op::Grow:
-                going = resume(Grow(pc));
+                if (d().IsCounted()) {
+                    going = resume(Grow(pc));
+                    break;
+                }
+                pc += 1 + pc->b;
                 break;
             case Op::Term:
                 ++pc;
@@ -290,11 +340,11 @@ bool Machine::Loop() {
                     break;
                 }
                 Value& element = list.List()->items[b().Int()];
-                if (!fast::IsPlainStore(list, element, d())) {
+                if (!fast::IsPlainStore(list, element, stored())) {
                     going = goOn(SlowSetElement(pc));
                     break;
                 }
-                element.SetPlain(d());
+                element.SetPlain(stored());
                 ++pc;
                 break;
             }
@@ -310,18 +360,18 @@ bool Machine::Loop() {
             }
             case Op::SetMember: {
                 Value* member = MemberAt(a(), pc);
-                if (member == nullptr || pc->n != TOK_ASSIGN || !fast::IsPlainStore(a(), *member, d())) {
+                if (member == nullptr || pc->n != TOK_ASSIGN || !fast::IsPlainStore(a(), *member, stored())) {
                     going = goOn(SlowSetMember(pc));
                     break;
                 }
-                member->SetPlain(d());
+                member->SetPlain(stored());
                 ++pc;
                 break;
             }
             case Op::AddToMember: {
                 Value* member = MemberAt(a(), pc);
                 const bool isInt = member != nullptr && a().IsUnshared() && member->IsInt();
-                pc += isInt && fast::StoreInt(member->Int() + pc->d, *member) ? pc->n : 1;
+                pc += isInt && fast::StoreInt(member->Int() + pc->d, *member) ? 4 : 1;
                 break;
             }
             case Op::NextElement: {
@@ -361,25 +411,20 @@ bool Machine::Loop() {
             case Op::CallMethod:
                 going = goOn(CallMethod(pc));
                 break;
-            case Op::Return: {
-                // The locals go, so their values may be taken; others are copied.
-                Value result(pc->aFrom == kFrame ? Value(std::move(a())) : Value(a()));
+            case Op::Return:
+                TakeResult(base, registerA());
+                leaveFrame();
+                break;
+            case Op::ReturnCopy: {
+                const Value& result = a();
                 if (result.IsUndefined()) return SlowLoad(pc);
-                ReleaseLocals(base, pc->d);
-                *reinterpret_cast<Value*>(base) = std::move(result);
-                --m_frame;
-                base = m_frame->base;
-                origins[kFrame] = reinterpret_cast<std::intptr_t>(base);
-                pc = m_frame->pc + 1;
+                *reinterpret_cast<Value*>(base) = result;
+                leaveFrame();
                 break;
             }
             case Op::ReturnNothing:
-                ReleaseLocals(base, pc->d);
                 reinterpret_cast<Value*>(base)->Clear();
-                --m_frame;
-                base = m_frame->base;
-                origins[kFrame] = reinterpret_cast<std::intptr_t>(base);
-                pc = m_frame->pc + 1;
+                leaveFrame();
                 break;
             case Op::Exit:
                 return true;
@@ -419,6 +464,8 @@ bool Machine::Loop() {
                 if (os::DebuggerAttached()) os::BreakIntoDebugger();
                 ++pc;
                 break;
+            default:
+                __builtin_unreachable();
         }
     }
     return false;

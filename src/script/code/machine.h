@@ -105,6 +105,7 @@ class Machine final : public NameCells::Hidden {
     bool SlowStore(const Instruction* pc);
     bool SlowStoreCell(const Instruction* pc);
     bool SlowBinary(const Instruction* pc);
+    bool AppendToSelf(const Instruction* pc);
     bool SlowUnary(const Instruction* pc);
     bool SlowCombine(const Instruction* pc);
     bool SlowCombineCell(const Instruction* pc);
@@ -150,14 +151,18 @@ class Machine final : public NameCells::Hidden {
     Value& D(const Instruction* pc) const { return Register(pc->d); }
     Value& A(const Instruction* pc) const { return Operand(pc->aFrom, pc->a); }
     Value& B(const Instruction* pc) const { return Operand(pc->bFrom, pc->b); }
-    Value& Operand(std::uint8_t from, std::int64_t at) const {
+    Value& Operand(Origin from, std::int64_t at) const {
         return from == kFrame ? Register(at) : *reinterpret_cast<Value*>(at);
     }
-    bool IsTemporary(std::uint8_t from, std::int64_t at) const {
+    bool IsTemporary(Origin from, std::int64_t at) const {
         return from == kFrame && m_frame->code->IsTemporary(at);
     }
     /// The operand a, moved if it is a temporary.
     Value TakeA(const Instruction* pc) const { return Take(A(pc), IsTemporary(pc->aFrom, pc->a)); }
+    /// The value to be stored.
+    Value TakeStored(const Instruction* pc) const {
+        return Take(Operand(pc->dFrom, pc->d), IsTemporary(pc->dFrom, pc->d));
+    }
     static Value Take(Value& value, bool isTemporary) {
         return isTemporary ? Value(std::move(value)) : Value(value);
     }

@@ -76,7 +76,7 @@ bool Machine::SlowSetElement(const Instruction* pc) {
 }
 
 bool Machine::StoreElement(const Instruction* pc, Value& list, std::uint32_t index) {
-    Value value = Take(D(pc), m_frame->code->IsTemporary(pc->d));
+    Value value = TakeStored(pc);
     return m_executor.StoreElement(m_frame->code->NodeAt(pc), list, {&index, 1}, value, nullptr);
 }
 
@@ -93,6 +93,9 @@ bool Machine::SlowGetMember(const Instruction* pc) {
         Remember(SiteOf(pc), *value.List(), static_cast<std::uint32_t>(index));
         return StoreResult(pc, Value(value.List()->items[index]));
     }
+    if (value.IsReference() && value.Reference() != nullptr)
+        return m_executor.RequestGet(value.Reference(), SiteOf(pc).name, value) &&
+               StoreResult(m_frame->pc, std::move(value));
     return m_executor.GetMember(node, false, value) && StoreResult(m_frame->pc, std::move(value));
 }
 
@@ -113,11 +116,15 @@ bool Machine::SlowSetMember(const Instruction* pc) {
 }
 
 bool Machine::StoreProperty(const Instruction* pc, const Value& object) {
+    if (pc->n == TOK_ASSIGN) {
+        Value value = TakeStored(pc);
+        return m_executor.RequestSet(object.Reference(), SiteOf(pc).name, value);
+    }
     Place place;
     place.kind = Place::Kind::Property;
     place.object = object.Reference();
     place.name = SiteOf(pc).name;
-    Value value = Take(D(pc), m_frame->code->IsTemporary(pc->d));
+    Value value = TakeStored(pc);
     return m_executor.StoreProperty(m_frame->code->NodeAt(pc), place, value, nullptr);
 }
 

@@ -88,8 +88,18 @@ bool Machine::Apply(const Node& node, const Value& left, const Value& right, Val
     return m_executor.Apply(node, left, right, result);
 }
 
+/// `list = list + item`, when nothing is in the way.
+bool Machine::AppendToSelf(const Instruction* pc) {
+    if (pc->op != Op::Add && pc->op != Op::AddRegisters && pc->op != Op::AddFixed) return false;
+    Value& list = A(pc);
+    const Value& item = B(pc);
+    return &list == &D(pc) && list.IsList() && !item.IsCounted() && !item.IsUndefined() &&
+           AppendItem(list, item) == ListLimit::None;
+}
+
 /// A left operand that is a temporary, or the variable that the result is for, grows in place.
 bool Machine::SlowBinary(const Instruction* pc) {
+    if (AppendToSelf(pc)) return true;
     const Node& node = Note(pc);
     const Value number = HasNumber(pc->op) ? Value::OfInt(static_cast<int>(pc->b)) : Value();
     Value& left = A(pc);
@@ -150,11 +160,9 @@ bool Machine::SlowCombineCell(const Instruction* pc) {
 const Instruction* Machine::Grow(const Instruction* pc) {
     Value& sum = D(pc);
     const Instruction* term = pc + 1;
-    const Instruction* end = term;
-    while (end->op == Op::Term)
-        ++end;
+    const Instruction* end = term + pc->b;
     Note(pc);
-    if (!sum.IsCounted() || (sum.IsList() && end - term > 1)) return end;
+    if (sum.IsList() && pc->b > 1) return end;
     TakenValue taken(A(pc), sum);
     if (!taken.IsTaken()) return end;
     for (; term != end; ++term) {

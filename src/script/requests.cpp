@@ -1,0 +1,59 @@
+// Requests to host objects.
+//
+// The object may do anything, also call back into this engine: no pointer into values or arguments is held
+// across a request. Whatever it answers becomes the expression's value, even when it refuses.
+#include "script/code/machine.h"
+#include "script/pooled_request.h"
+#include "script/show_mark.h"
+
+namespace brenta {
+
+Executor::RequestParts& Executor::TakeRequest() {
+    if (m_requestDepth == m_requests.size()) m_requests.push_back(std::make_unique<RequestParts>());
+    return *m_requests[m_requestDepth++];
+}
+
+bool Executor::Request(void* object, int action, STRID name, PooledRequest& request) {
+    CCoreScriptable::IOB block;
+    block.context = &m_engine.m_values;
+    block.action = action;
+    block.name = name;
+    block.arguments = &request.Arguments();
+    block.result = &request.Answer();
+    OpenPendingScope();
+    const int depth = m_cells.Depth() - m_machine->AddedScopes();
+    const ShowMark shown(*this);
+    const bool granted = static_cast<CCoreScriptable*>(object)->ScriptAction(block);
+    m_cells.PopTo(depth + m_machine->AddedScopes());
+    request.End();
+    // A limit that a nested run met is the object's affair if it goes on as if nothing had happened.
+    if (granted) m_unwindingSilently = false;
+    return granted;
+}
+
+bool Executor::RequestValue(void* object, int action, STRID name, PooledRequest& request, Value& result) {
+    const bool granted = Request(object, action, name, request);
+    return FromHost(request.Answer(), result) && granted;
+}
+
+bool Executor::RequestGet(void* object, STRID name, Value& result) {
+    PooledRequest request(*this);
+    return RequestValue(object, CCoreScriptable::kGet, name, request, result);
+}
+
+bool Executor::RequestElement(void* object, const Value& index, Value& result) {
+    PooledRequest request(*this);
+    if (!request.SetArguments({&index, 1})) return false;
+    return RequestValue(object, CCoreScriptable::kGet, kNoName, request, result);
+}
+
+/// The value that was set stays the expression's, unless the object answers with another one.
+bool Executor::RequestSet(void* object, STRID name, Value& value) {
+    PooledRequest request(*this);
+    if (!request.SetArguments({&value, 1})) return false;
+    const bool granted = Request(object, CCoreScriptable::kSet, name, request);
+    const Var& answer = request.Answer();
+    return (answer.GetKind() == VarKind::Null || FromHost(answer, value)) && granted;
+}
+
+}  // namespace brenta
