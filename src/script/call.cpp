@@ -11,7 +11,6 @@
 #include "script/pooled_request.h"
 #include "script/show_mark.h"
 #include "script/value_limits.h"
-#include "script/var_access.h"
 
 namespace brenta {
 
@@ -60,30 +59,6 @@ bool Executor::HasRoomForNames() {
     if (GlobalStrings().GetPageCount() < kMaxNamePages) return true;
     m_unwindingSilently = true;
     Messages().Error("RunScript:", "%s", "String space exhausted.");
-    return false;
-}
-
-bool Executor::FromHost(const Var& var, Value& value) {
-    switch (var.GetKind()) {
-        case VarKind::Int:
-            value = Value::OfInt(static_cast<int>(VarAccess::Number(var)));
-            return true;
-        case VarKind::Float:
-            value = Value::OfFloat(VarAccess::Number(var));
-            return true;
-        case VarKind::Null:
-            value.Clear();
-            return true;
-        default:
-            return FromHostByRules(var, value);
-    }
-}
-
-bool Executor::FromHostByRules(const Var& var, Value& value) {
-    ConversionLimit limit = ConversionLimit::None;
-    value = FromVar(var, &limit);
-    if (limit == ConversionLimit::None) return true;
-    Messages().Error("RunScript:", "%s", OpErrorText(OpErrorOf(limit)));
     return false;
 }
 

@@ -23,8 +23,7 @@ class Executor::PooledRequest {
  public:
     explicit PooledRequest(Executor& executor) : m_executor(executor), m_parts(executor.TakeRequest()) {}
     ~PooledRequest() {
-        VarAccess::SetNull(m_parts.answer);
-        m_parts.answer.SetName(kNoName);
+        VarAccess::Reset(m_parts.answer);
         m_parts.hasArguments = false;
         --m_executor.m_requestDepth;
     }

@@ -5,8 +5,36 @@
 #include "script/code/machine.h"
 #include "script/pooled_request.h"
 #include "script/show_mark.h"
+#include "script/value_operators.h"
+#include "script/var_access.h"
 
 namespace brenta {
+
+bool Executor::FromHost(const Var& var, Value& value) {
+    switch (var.GetKind()) {
+        case VarKind::Int:
+            value = Value::OfInt(static_cast<int>(VarAccess::Number(var)));
+            return true;
+        case VarKind::Float:
+            value = Value::OfFloat(VarAccess::Number(var));
+            return true;
+        case VarKind::Null:
+            value.Clear();
+            return true;
+        default:
+            return FromHostByRules(var, value);
+    }
+}
+
+bool Executor::FromHostByRules(const Var& var, Value& value) {
+    ConversionLimit limit = ConversionLimit::None;
+    value = FromVar(var, &limit);
+    if (limit == ConversionLimit::None) return true;
+    Messages().Error("RunScript:", "%s", OpErrorText(OpErrorOf(limit)));
+    return false;
+}
+
+// ---------------------------------------------------------------------------------------------------------
 
 Executor::RequestParts& Executor::TakeRequest() {
     if (m_requestDepth == m_requests.size()) m_requests.push_back(std::make_unique<RequestParts>());

@@ -13,6 +13,12 @@ class VarAccess {
     static TOrderedList<Var>& Items(Var& var) { return var.m_items; }
 
     /// Turns a Var of any kind into one of this kind; its name stays, its items go.
+    /// An anonymous null.
+    static void Reset(Var& var) {
+        if (var.m_kind == VarKind::List) SetNull(var);
+        var.m_kind = VarKind::Null;
+        var.m_name = kNoName;
+    }
     static void SetNull(Var& var) { var.BecomeScalar(VarKind::Null).number = 0; }
     static void SetBool(Var& var, bool value) { var.BecomeScalar(VarKind::Bool).number = value ? 1 : 0; }
     static void SetInt(Var& var, int value) { var.BecomeScalar(VarKind::Int).number = value; }

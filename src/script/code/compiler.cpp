@@ -64,7 +64,8 @@ Compiler::Compiler(const FuncSymbol& function, NameCells& cells, NameUse& names,
     m_code->form = form;
     const CompoundStatement* const body = function.GetBody();
     const int locals = function.GetParamCount() + (body != nullptr ? CountLocals(*body) : 0);
-    m_code->localBytes = locals * kRegisterSize;
+    // At least one: so there are never more frames than registers.
+    m_code->localBytes = std::max(locals, 1) * kRegisterSize;
     m_top = m_code->localBytes;
 }
 

@@ -12,8 +12,8 @@ namespace brenta {
 namespace {
 
 /// How deep calls can go. The stacks take memory only as far as they are used.
-constexpr std::size_t kMaxRegisters = std::size_t{1} << 21;
-constexpr std::size_t kMaxFrames = std::size_t{1} << 18;
+constexpr std::size_t kMaxRegisters = std::size_t{1} << 20;
+constexpr std::size_t kMaxFrames = kMaxRegisters + 1;
 
 /// Nobody's epoch twice, not even another engine's.
 std::uint64_t NextEpoch() {

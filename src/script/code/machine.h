@@ -81,9 +81,8 @@ class Machine final : public NameCells::Hidden {
 
     // Frames (frames.cpp).
     void Reserve();
-    bool HasRoom(const char* base, std::int64_t bytes) const {
-        return m_registersEnd - base >= bytes && m_frame + 1 < m_framesEnd;
-    }
+    /// Every frame has registers, so that there are enough frames for them.
+    bool HasRoom(const char* base, std::int64_t bytes) const { return m_registersEnd - base >= bytes; }
     char* FreeRegisters() const;
     void PushFrame(char* base, FunctionCode* code) {
         ++m_frame;

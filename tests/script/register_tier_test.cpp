@@ -1,0 +1,136 @@
+// What the register tier does by means of its own: locals in registers, frames, instructions for common
+// cases. Each program must have the same outcome with locals in registers, with all names in cells, and as a
+// tree.
+#include "script/engine_state.h"
+#include "script/run_script.h"
+
+namespace brenta::test {
+
+namespace {
+
+enum class Form { Registers, Cells, Tree };
+
+std::string OutcomeOf(const std::string& module, Form form) {
+    ScriptRun run;
+    run.engine.State().useRegisterTier = form != Form::Tree;
+    run.engine.State().useRegisterLocals = form == Form::Registers;
+    const std::string loaded = run.Load(module);
+    return loaded == "=null" ? run.RunScript("Main", {}) : loaded;
+}
+
+struct Row {
+    const char* module;
+    const char* outcome;
+};
+
+void ExpectOutcomes(std::initializer_list<Row> rows) {
+    for (const Row& row : rows)
+        for (const Form form : {Form::Registers, Form::Cells, Form::Tree})
+            EXPECT_EQ(OutcomeOf(row.module, form), row.outcome)
+                << row.module << "\nform " << static_cast<int>(form);
+}
+
+}  // namespace
+
+TEST(RegisterTier, LetsOthersSeeLocals) {
+    ExpectOutcomes({
+        {"function G() { return x; } function Main() { var x = 3; return G(); }", "=3"},
+        {"function G() { x = x + 1; } function Main(){ var x = 3; G(); G(); return x; }", "=5"},
+        {"function Main() { var x = 3; execute(\"x = x + 1;\"); return x; }", "=4"},
+        {"function Main() { var x = 3; execute(\"return x;\"); return 0; }", "=3"},
+        {"function Main() { var x = 3; { var x = 4; execute(\"x = 5;\"); } return x; }", "=3"},
+        {"function Main() { var x = 1; execute(\"var x = 2;\"); return x; }",
+         "!execute:(1): Symbol 'x' already defined. failed"},
+        {"function G() { execute(\"x = x + y;\"); } function F(x) { var y = 2; G(); return x; }"
+         " function Main() { var y = 9; return F(1) + y; }",
+         "=12"},
+        {"function F(n) { if (n == 0) { execute(\"n = 7;\"); return n; } return F(n - 1) + n; }"
+         " function Main() { return F(3); }",
+         "=13"},
+        {"function Main() { for (var i = 0; i < 9; i += 1) { if (i == 4) execute(\"break;\"); } return i; }",
+         "=4"},
+        {"function Main() { var x = 1; return x + Env.Probe.Run(\"x = 5; x;\") + x; }", "=11"},
+    });
+}
+
+TEST(RegisterTier, KeepsWhatHostsHaveBound) {
+    ExpectOutcomes({
+        {"function F(b) { Env.Probe.Run(\"var b = 5;\"); return b; } function Main() { return F(1); }", "=5"},
+        {"function F(b) { { Env.Probe.Run(\"var b = 5;\"); } return b; } function Main() { return F(1); }",
+         "=1"},
+        {"function F() { Env.Probe.Run(\"var c = 1;\"); var c = 2; return c; } function Main() { return F(); "
+         "}",
+         "!m(1): Function call failed. failed"},
+        {"function Main() { var x = 3; Env.Probe.Load(\"function Late() { x += 1; return x; }\");"
+         " return Late() * 10 + x; }",
+         "=44"},
+        {"function F() { Env.Probe.Load(\"function Late() { return x; }\"); return Late(); }"
+         " function Main() { var x = 3; var y = F(); return x + y; }",
+         "=6"},
+    });
+}
+
+TEST(RegisterTier, ReadsOperandsInOrder) {
+    ExpectOutcomes({
+        {"function Main() { return a + 1 % 0; }", "!m(1): Symbol 'a' not defined. failed"},
+        {"function Main() { return 1 % 0 + a; }", "!m(1): Division by zero. failed"},
+        {"function Main() { return G(1 % 0); }", "!m(1): Symbol 'G' not defined. failed"},
+        {"function G() { x = 5; return 1; } function Main() { var x = 1; return x * 10 + G() + x; }", "=16"},
+        {"function G() { f = H; return 1; } function H(a) { return 2; } function F(a) { return 3; }"
+         " function Main() { var f = F; return f(G()) * 10 + f(0); }",
+         "=32"},
+        {"function G() { l = {9}; return 0; } function Main() { var l = {1}; return l[G()] * 10 + l[0]; }",
+         "=19"},
+        {"function G() { l = 3; return 0; } function Main() { var l = {1}; l[G()] = 2; return l; }",
+         "!m(1): Assigning a scalar to a structure or list. !m(1): Function call failed. failed"},
+    });
+}
+
+TEST(RegisterTier, HasTheNumbersOfTheLanguage) {
+    ExpectOutcomes({
+        {"function Main() { var i = 2147483646; i = i + 1; var j = i; j = j + 1; return {i, j, -j - 2}; }",
+         "={2147483647, -2147483648, -2147483648}"},
+        {"function Main() { var n = 0; for (var i = 2147483645; i > 0; i = i + 1) { n += 1; } return n; }",
+         "=3"},
+        {"function Main() { var a = 32768; var b = 32767; return {a * b, a * a, b * b, -a * a}; }",
+         "={1073709056, 1073741824.0, 1073676289, -1073741824}"},
+        {"function Main() { var x = 0.5; x = x + 0.5; var y = x * 1.5; return {x, y, y / 0.5, 7 / 2, 6 / 2}; "
+         "}",
+         "={1, 1.5, 3, 3.5, 3}"},
+        {"function Main() { var x = -7; return {x % 4, x % (-4), x % 2147483647, 7.5 % 2}; }",
+         "={-3, -3, -7, 1.5}"},
+        {"function Main() { var x = 0 / 0.0; return {x < 1, x >= 1, x == x}; }", "={false, false, false}"},
+        {"function Main() { var n = 0; for (var x = 0; x < 1; x = x + 0.25) { n += 1; } return n; }", "=4"},
+    });
+}
+
+TEST(RegisterTier, SharesAndGrowsLists) {
+    ExpectOutcomes({
+        {"function Main() { var l = {1}; var k = l; l = l + 2; l[0] = 9; return {l, k}; }", "={{9, 2}, {1}}"},
+        {"function Main() { var s = \"a\"; var t = s; s = s + s + \"b\"; s += t; return s + t; }",
+         "=\"aabaa\""},
+        {"function F(l) { l[0] = 5; return l; } function Main() { var l = {1}; return {F(l), l}; }",
+         "={{5}, {1}}"},
+        {"function Main() { var l = {1, 2}; foreach (e in l) { l = l + e * 10; } return l; }",
+         "={1, 2, 10, 20}"},
+        {"class P { var x = 1; var y = {1}; } function Main() { var p as P; var q = p; p.x = p.x + 1;"
+         " p.y[0] = 3; return {p, q}; }",
+         "={{x = 2, y = {3}}, {x = 1, y = {1}}}"},
+        {"class P { var x = 1; } class Q { var z = 0; var x = 5; } function X(o) { return o.x; }"
+         " function Main() { var p as P; var q as Q; return {X(p), X(q), X(p)}; }",
+         "={1, 5, 1}"},
+        {"function Main() { var l = {1}; l = 2; }",
+         "!m(1): Assigning a scalar to a structure or list. failed"},
+    });
+}
+
+TEST(RegisterTier, CallsAsDeepAsMemoryAllows) {
+    const std::string deep =
+        "function D(n) { if (n == 0) { return 0; } return 1 + D(n - 1); } function F() { return F(); }";
+    ScriptRun run(deep);
+    EXPECT_EQ(run.Execute("D(100000)"), "=100000");
+    EXPECT_EQ(run.Execute("F()"), "!m(1): Call stack overflow. failed");
+    EXPECT_EQ(run.Execute("D(3)"), "=3");
+}
+
+}  // namespace brenta::test
