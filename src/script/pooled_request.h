@@ -34,14 +34,8 @@ class Executor::PooledRequest {
     bool SetArguments(std::span<const Value> values) {
         TIter<Var> at(m_parts.arguments);
         for (const Value& value : values) {
-            if (at.Get() == nullptr) {
-                m_parts.arguments.Add(Var());
-                at = TIter<Var>(m_parts.arguments);
-                while (at.Get() != nullptr && at.m_pPos->m_pNext != nullptr)
-                    at.Next();
-                if (at.Get() == nullptr) throw std::bad_alloc();
-            }
-            if (!m_executor.ToHost(value, *at.Get())) return false;
+            if (at.Get() == nullptr) AddNode(at);
+            if (!Convert(value, *at.Get())) return false;
             at.Next();
         }
         while (at.Get() != nullptr)
@@ -58,6 +52,28 @@ class Executor::PooledRequest {
     }
 
  private:
+    /// Adds a node behind the others, on which the iterator then stands.
+    void AddNode(TIter<Var>& at) {
+        m_parts.arguments.Add(Var());
+        at = TIter<Var>(m_parts.arguments);
+        while (at.Get() != nullptr && at.m_pPos->m_pNext != nullptr)
+            at.Next();
+        if (at.Get() == nullptr) throw std::bad_alloc();
+    }
+
+    bool Convert(const Value& value, Var& out) {
+        switch (value.GetTag()) {
+            case Tag::Int:
+                VarAccess::ResetToNumber(out, VarKind::Int, static_cast<double>(value.Int()));
+                return true;
+            case Tag::Float:
+                VarAccess::ResetToNumber(out, VarKind::Float, value.Float());
+                return true;
+            default:
+                return m_executor.ToHost(value, out);
+        }
+    }
+
     Executor& m_executor;
     RequestParts& m_parts;
 };

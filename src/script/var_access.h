@@ -13,6 +13,12 @@ class VarAccess {
     static TOrderedList<Var>& Items(Var& var) { return var.m_items; }
 
     /// Turns a Var of any kind into one of this kind; its name stays, its items go.
+    /// An anonymous number, of any of the numeric kinds.
+    static void ResetToNumber(Var& var, VarKind kind, double number) {
+        Reset(var);
+        var.m_kind = kind;
+        var.m_payload.number = number;
+    }
     /// An anonymous null.
     static void Reset(Var& var) {
         if (var.m_kind == VarKind::List) SetNull(var);

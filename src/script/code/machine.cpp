@@ -39,11 +39,8 @@ void TakeResult(char* base, Value& result) {
 }  // namespace
 
 bool Machine::Loop() {
-    // The frame is in a variable of its own as well: waiting for the member to come back from memory would
-    // hold up every call.
-    Frame* frame = m_frame;
-    const Instruction* pc = frame->pc;
-    char* base = frame->base;
+    const Instruction* pc = m_frame->pc;
+    char* base = m_frame->base;
     std::intptr_t origins[2] = {0, reinterpret_cast<std::intptr_t>(base)};
 
     const auto d = [&]() __attribute__((always_inline))->Value& {
@@ -104,10 +101,10 @@ bool Machine::Loop() {
             Value& local = *reinterpret_cast<Value*>(at);
             if (local.IsCounted()) local.Clear();
         }
-        m_frame = --frame;
-        base = frame->base;
+        --m_frame;
+        base = m_frame->base;
         origins[kFrame] = reinterpret_cast<std::intptr_t>(base);
-        pc = frame->pc + 1;
+        pc = m_frame->pc + 1;
     };
     // Behind a routine that may have let others run, and perhaps changed the frame.
     const auto goOn = [&](bool done) __attribute__((always_inline)) {
@@ -401,9 +398,8 @@ bool Machine::Loop() {
                     going = resume(SlowCall(pc));
                     break;
                 }
-                frame->pc = pc;
-                *++frame = {pc, window, plan->code.get()};
-                m_frame = frame;
+                m_frame->pc = pc;
+                PushFrame(window, plan->code.get());
                 base = window;
                 origins[kFrame] = reinterpret_cast<std::intptr_t>(base);
                 pc = plan->entry;
