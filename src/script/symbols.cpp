@@ -182,8 +182,7 @@ ScriptSymbol* ScriptSymbol::GetMember(STRID name) const {
 FuncSymbol::FuncSymbol(STRID name) : ScriptSymbol(name, SymbolKind::Function) {}
 
 FuncSymbol::~FuncSymbol() {
-    // The plan may look at body and parameters, so it goes first.
-    if (m_pPlan != nullptr) m_pDeletePlan(m_pPlan);
+    DropPlan();
     delete m_pBody;
     for (ScriptSymbol* param : m_params)
         delete param;
@@ -229,6 +228,7 @@ bool FuncSymbol::AddParam(const ScriptToken* at, CScriptMsgStream* messages, STR
     }
     auto* param = new ScriptSymbol(name, Var(0, name), nullptr);
     if (param == nullptr) return false;
+    DropPlan();
     m_params.Add(param);
     ++m_paramCount;
     return true;
@@ -238,14 +238,21 @@ TIter<ScriptSymbol*> FuncSymbol::GetFirstParam() const {
     return TIter<ScriptSymbol*>(m_params);
 }
 
+/// The plan looks at body and parameters, so it goes before they do.
+void FuncSymbol::DropPlan() {
+    if (m_pPlan != nullptr) m_pDeletePlan(m_pPlan);
+    m_pPlan = nullptr;
+}
+
 void FuncSymbol::SetBody(CompoundStatement* body) {
     if (body == m_pBody) return;
+    DropPlan();
     delete m_pBody;
     m_pBody = body;
 }
 
 void SymbolAccess::SetPlan(FuncSymbol& function, FunctionPlan* plan, void (*destroy)(FunctionPlan*)) {
-    if (function.m_pPlan != nullptr) function.m_pDeletePlan(function.m_pPlan);
+    function.DropPlan();
     function.m_pPlan = plan;
     function.m_pDeletePlan = destroy;
 }

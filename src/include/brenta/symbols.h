@@ -274,6 +274,8 @@ class BRENTA_API FuncSymbol : public ScriptSymbol {
  private:
     friend class SymbolAccess;
 
+    void DropPlan();
+
     TOrderedList<ScriptSymbol*> m_params;
     int m_paramCount = 0;
     CompoundStatement* m_pBody = nullptr;

@@ -127,7 +127,7 @@ bool Machine::Run(FuncSymbol& function, const FunctionPlan& plan, std::size_t fi
     char* const base = FreeRegisters();
     // Two frames: the entry's and the function's.
     if (m_executor.StackIsLow() || m_frame + 2 >= m_framesEnd || !HasRoom(base, plan.frameBytes))
-        return m_executor.Overflow(*function.GetBody()) != EXEC_FAILED;
+        return Overflow(function);
     // So the frames that are not shown are always those of one entry.
     const Executor::ShowMark shown(m_executor);
     Show();
@@ -143,6 +143,11 @@ bool Machine::Run(FuncSymbol& function, const FunctionPlan& plan, std::size_t fi
     }
     result = std::move(*reinterpret_cast<Value*>(base));
     return true;
+}
+
+bool Machine::Overflow(const FuncSymbol& function) {
+    if (function.GetBody() == nullptr) return m_executor.FailLimit(ScriptPosition(), "Call stack overflow.");
+    return m_executor.Overflow(*function.GetBody()) != EXEC_FAILED;
 }
 
 /// The calls that a failure has brought down, each saying so.

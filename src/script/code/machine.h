@@ -90,6 +90,7 @@ class Machine final : public NameCells::Hidden {
         m_frame->code = code;
     }
     void ReportCalls(const Frame* entry);
+    bool Overflow(const FuncSymbol& function);
     void Convert(Frame* first, Frame* last);
     void ConvertFrame(Frame& frame, std::vector<std::vector<NameCells::Loose>>& bindings);
     void CollectBindings(const Frame& frame, std::vector<std::vector<NameCells::Loose>>& bindings);

@@ -22,8 +22,7 @@ const Instruction* Machine::SlowCall(const Instruction* pc) {
     FunctionPlan* const plan = m_executor.PrepareCall(function, static_cast<std::size_t>(pc->n));
     const bool isReady = plan != nullptr && !plan->isReflect && Prepare(function, *plan);
     if (isReady && HasRoom(m_frame->base + pc->d, plan->frameBytes)) return m_frame->pc;
-    const bool called = isReady ? m_executor.Overflow(*function.GetBody()) != EXEC_FAILED
-                                : plan != nullptr && CallNatively(m_frame->pc, function);
+    const bool called = isReady ? Overflow(function) : plan != nullptr && CallNatively(m_frame->pc, function);
     return called || m_executor.ReportCall(node, kNoName) ? m_frame->pc + 1 : failed;
 }
 
