@@ -25,13 +25,6 @@ std::uint64_t NextEpoch() {
 constexpr Instruction kExit[2] = {{Op::Exit, kFrame, kFixed, kFixed, 0, 0, 0, 0},
                                   {Op::Exit, kFrame, kFixed, kFixed, 0, 0, 0, 0}};
 
-template <class T>
-T* Zeroed(std::size_t count) {
-    void* const memory = std::calloc(count, sizeof(T));
-    if (memory == nullptr) throw std::bad_alloc();
-    return static_cast<T*>(memory);
-}
-
 }  // namespace
 
 Machine::Machine(Executor& executor)
@@ -41,16 +34,19 @@ Machine::Machine(Executor& executor)
       m_names(executor.m_state, executor.m_cells),
       m_epoch(NextEpoch()) {}
 
-/// Made at the first call. Zeroed memory is full of registers that hold nothing.
+/// Made at the first call. Zeroed memory is full of registers that hold nothing. One block for both stacks is
+/// so large that an allocator takes it fresh from the system, zeroed without being touched.
 void Machine::Reserve() {
-    if (m_registers != nullptr && m_frames != nullptr) return;
-    m_registers.reset(Zeroed<char>(kMaxRegisters * sizeof(Value)));
-    m_frames.reset(Zeroed<Frame>(kMaxFrames));
-    m_registersEnd = m_registers.get() + kMaxRegisters * sizeof(Value);
-    m_framesEnd = m_frames.get() + kMaxFrames;
-    m_frame = m_frames.get();
+    if (m_memory != nullptr) return;
+    constexpr std::size_t registerBytes = kMaxRegisters * sizeof(Value);
+    m_memory.reset(static_cast<char*>(std::calloc(registerBytes + kMaxFrames * sizeof(Frame), 1)));
+    if (m_memory == nullptr) throw std::bad_alloc();
+    m_registersEnd = m_memory.get() + registerBytes;
+    m_firstFrame = reinterpret_cast<Frame*>(m_memory.get() + registerBytes);
+    m_framesEnd = m_firstFrame + kMaxFrames;
+    m_frame = m_firstFrame;
     m_shownFrame = m_frame;
-    *m_frame = {kExit, m_registers.get(), nullptr};
+    *m_frame = {kExit, m_memory.get(), nullptr};
 }
 
 bool Machine::Prepare(FuncSymbol& function, FunctionPlan& plan) {
@@ -65,7 +61,7 @@ bool Machine::Prepare(FuncSymbol& function, FunctionPlan& plan) {
     std::unique_ptr<FunctionCode> code = Compiler::Compile(function, m_cells, m_names, form);
     plan.runsAsTree = code == nullptr;
     if (plan.runsAsTree) return false;
-    if (plan.code != nullptr && m_frame != m_frames.get()) m_retired.push_back(std::move(plan.code));
+    if (plan.code != nullptr && m_frame != m_firstFrame) m_retired.push_back(std::move(plan.code));
     plan.code = std::move(code);
     plan.entry = plan.code->instructions.data();
     plan.frameBytes = plan.code->frameBytes;
@@ -104,7 +100,7 @@ class Machine::Entry {
         m_machine.m_cells.PopTo(m_depth);
         --m_executor.m_functionDepth;
         m_executor.m_scopeIsPending = m_scopeIsPending;
-        if (m_frame == m_machine.m_frames.get()) m_machine.m_retired.clear();
+        if (m_frame == m_machine.m_firstFrame) m_machine.m_retired.clear();
     }
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;

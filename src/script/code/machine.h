@@ -178,10 +178,10 @@ class Machine final : public NameCells::Hidden {
     const std::atomic<bool>& m_stop;
     NameUse m_names;
     std::uint64_t m_epoch;
-    std::unique_ptr<char, decltype(&std::free)> m_registers{nullptr, &std::free};
-    std::unique_ptr<Frame, decltype(&std::free)> m_frames{nullptr, &std::free};
+    std::unique_ptr<char, decltype(&std::free)> m_memory{nullptr, &std::free};  // registers, then frames
     const char* m_registersEnd = nullptr;
     const Frame* m_framesEnd = nullptr;
+    Frame* m_firstFrame = nullptr;  // stands below all entries
     Frame* m_frame = nullptr;       // of the function that runs
     Frame* m_shownFrame = nullptr;  // up to here all frames are shown
     std::vector<Shown> m_shown;
