@@ -244,6 +244,7 @@ void Machine::HideScope(const Frame& frame, const ScopeRecord& scope) {
 // registers in them.
 
 void Machine::Convert(Frame* first, Frame* last) {
+    ++m_conversions;
     std::vector<std::vector<NameCells::Loose>> bindings;
     for (const Frame* frame = last; frame >= first; --frame)
         if (frame->code != nullptr) CollectBindings(*frame, bindings);

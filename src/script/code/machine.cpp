@@ -106,9 +106,15 @@ bool Machine::Loop() {
         origins[kFrame] = reinterpret_cast<std::intptr_t>(base);
         pc = m_frame->pc + 1;
     };
-    // Behind a routine that may have let others run, and perhaps changed the frame.
+    // Behind a routine that may have let others run, and perhaps converted the frame. Where it goes on is
+    // read from memory only then: all that follows would have to wait for it.
+    std::uint32_t conversions = m_conversions;
     const auto goOn = [&](bool done) __attribute__((always_inline)) {
-        pc = m_frame->pc + 1;
+        if (m_conversions != conversions) {
+            conversions = m_conversions;
+            pc = m_frame->pc;
+        }
+        ++pc;
         return done;
     };
     const auto resume = [&](const Instruction* at) __attribute__((always_inline)) {

@@ -186,6 +186,7 @@ class Machine final : public NameCells::Hidden {
     Frame* m_shownFrame = nullptr;  // up to here all frames are shown
     std::vector<Shown> m_shown;
     int m_addedScopes = 0;
+    std::uint32_t m_conversions = 0;                       // counts calls of Convert
     std::vector<std::unique_ptr<FunctionCode>> m_retired;  // replaced, but frames may run it
 };
 
