@@ -160,15 +160,15 @@ std::string RandomProgram::Assignment() {
     if (choice < 45) {
         const std::string text = Variable('t');
         return Line(text +
-                    (Chance(60)   ? " = " + text + " + " + Text()
-                     : Chance(50) ? " += " + Text()
+                    (Chance(60)   ? " = " + text + " + " + Number(0)
+                     : Chance(50) ? " += \"cd\""
                                   : " = " + Text()) +
                     ";");
     }
     if (choice < 55) {
         const std::string list = Variable('l');
-        return Line(list + (Chance(60) ? " = " + list + " + " : " += ") + (Chance(70) ? Number(1) : List()) +
-                    ";");
+        return Line(list + (Chance(60) ? " = " + list + " + " : " += ") +
+                    (Chance(70) ? Number(1) : "{7, " + Number(0) + "}") + ";");
     }
     if (choice < 63) return Line(Element() + OneOf({" = ", " += ", " = 1 + "}).data() + Number(1) + ";");
     if (choice < 75) {
@@ -248,22 +248,27 @@ std::string RandomProgram::WhileLoop(int depth) {
 
 std::string RandomProgram::ForeachLoop(int depth) {
     const std::string element = Chance(10) ? "a" : "e" + std::to_string(m_names++);
-    std::string all = Line("foreach (" + element + " in " +
-                           (Chance(50) ? Variable('l') : "{1, 2.5, " + Number(0) + "}") + ")");
-    // Lists have four elements or so, and may have grown.
-    m_turns *= 5;
+    // A list may have grown: the counter ends the loop after some elements.
+    const std::string counter = "k" + std::to_string(m_names++);
+    std::string all = Line("var " + counter + " = 0;");
+    Declare(counter);
+    const bool isVariable = Chance(50);
+    all += Line("foreach (" + element + " in " +
+                (isVariable ? Variable('l') : "{1, 2.5, " + Number(0) + "}") + ")");
+    m_turns *= isVariable ? 5 : 3;
     ++m_loops;
-    // What the elements are is not known, so that the body uses them in one way that no kind of value minds.
     all += Line("{");
     ++m_indent;
     m_scopes.emplace_back();
     if (element == "a") Declare(element);
+    if (isVariable) all += Line(counter + " += 1; if (" + counter + " > 5) { break; }");
+    // What the elements are is not known: a print does not mind.
     if (Chance(60)) all += Line("print(" + element + ");");
     all += Statements(1 + Below(2), depth + 1);
     m_scopes.pop_back();
     --m_indent;
     --m_loops;
-    m_turns /= 5;
+    m_turns /= isVariable ? 5 : 3;
     return all + Line("}");
 }
 
@@ -354,8 +359,7 @@ std::string RandomProgram::List() {
     const int choice = Below(10);
     if (choice < 4) return "{" + Number(1) + ", " + Number(0) + ", " + Number(0) + "}";
     if (choice < 7) return Variable('l');
-    if (choice < 8)
-        return "{" + Number(0) + ", 2, " + Number(0) + ", {1, " + Variable('t') + "}, " + Variable('l') + "}";
+    if (choice < 8) return "{" + Number(0) + ", 2, " + Number(0) + ", {1, " + Variable('t') + "}}";
     if (choice < 9) return "o.list + 3 + " + Number(0);
     return "(" + Variable('l') + " + " + Number(0) + ")";
 }
