@@ -67,7 +67,7 @@ class ThreadStore {
  private:
     static constexpr std::size_t kStacks = kLargestSize / kGranule;
     static constexpr std::uint32_t kLargestDepth = 1024;
-    static constexpr std::size_t kKeptBytes = 32 * 1024;  // of one size
+    static constexpr std::size_t kKeptBytes = std::size_t{32} * 1024;  // of one size
 
     struct Stack {
         std::uint32_t count = 0;
