@@ -1,8 +1,8 @@
 #include "script/run_guard.h"
 
 #include "os/os.h"
-#include "script/pooled_request.h"
 #include "script/code/machine.h"
+#include "script/pooled_request.h"
 #include "script/value_limits.h"
 
 namespace brenta {
