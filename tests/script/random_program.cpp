@@ -232,7 +232,8 @@ std::string RandomProgram::WhileLoop(int depth) {
     const int turns = 1 + Below(3);
     Declare(counter);
     std::string all = Line("var " + counter + " = " + std::to_string(turns) + ";");
-    all += Line("while (" + counter + " > 0" + (Chance(30) ? " && " + Condition() : "") + ")") + Line("{");
+    all += Line("while (" + counter + " > 0" + (Chance(30) ? " && (" + Condition() + ")" : "") + ")") +
+           Line("{");
     ++m_indent;
     m_turns *= turns;
     ++m_loops;
