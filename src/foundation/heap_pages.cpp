@@ -65,7 +65,7 @@ void* COnePage::NoteBlock(std::size_t offset, std::size_t size, bool live) {
 RegionSet* COnePage::RegionSetOf(const char* p, std::size_t sizeIndex) {
     if (!m_pRegionSets) {
         const std::size_t count = RegionCount() * kSmallSizes;
-        m_pRegionSets = static_cast<RegionSet**>(std::calloc(count, sizeof(*m_pRegionSets)));
+        m_pRegionSets = static_cast<RegionSet**>(std::calloc(count, sizeof(void*)));
         if (!m_pRegionSets) return nullptr;
     }
     const std::size_t region = static_cast<std::size_t>(p - m_pBytes) / kRegionSize;

@@ -38,11 +38,11 @@ Machine::Machine(Executor& executor)
 /// so large that an allocator takes it fresh from the system, zeroed without being touched.
 void Machine::Reserve() {
     if (m_memory != nullptr) return;
-    constexpr std::size_t registerBytes = kMaxRegisters * sizeof(Value);
-    m_memory.reset(static_cast<char*>(std::calloc(registerBytes + kMaxFrames * sizeof(Frame), 1)));
+    constexpr std::size_t kRegisterBytes = kMaxRegisters * sizeof(Value);
+    m_memory.reset(static_cast<char*>(std::calloc(kRegisterBytes + kMaxFrames * sizeof(Frame), 1)));
     if (m_memory == nullptr) throw std::bad_alloc();
-    m_registersEnd = m_memory.get() + registerBytes;
-    m_firstFrame = reinterpret_cast<Frame*>(m_memory.get() + registerBytes);
+    m_registersEnd = m_memory.get() + kRegisterBytes;
+    m_firstFrame = reinterpret_cast<Frame*>(m_memory.get() + kRegisterBytes);
     m_framesEnd = m_firstFrame + kMaxFrames;
     m_frame = m_firstFrame;
     m_shownFrame = m_frame;

@@ -29,8 +29,7 @@ Value* MemberAt(const Value& structure, const Instruction* pc) {
 }
 
 /// Moves what a function returns to the first register. Nothing else of the frame is needed any more.
-void TakeResult(char* base, Value& result) {
-    Value& first = *reinterpret_cast<Value*>(base);
+void TakeResult(Value& first, Value& result) {
     if (&first == &result) return;
     first.Swap(result);
     if (result.IsCounted()) result.Clear();
@@ -122,12 +121,12 @@ bool Machine::Loop() {
         return at != nullptr;
     };
 
-    constexpr std::equal_to<> equal;
-    constexpr std::not_equal_to<> unequal;
-    constexpr std::less<> less;
-    constexpr std::greater<> greater;
-    constexpr std::less_equal<> atMost;
-    constexpr std::greater_equal<> atLeast;
+    constexpr std::equal_to<> kEqual;
+    constexpr std::not_equal_to<> kUnequal;
+    constexpr std::less<> kLess;
+    constexpr std::greater<> kGreater;
+    constexpr std::less_equal<> kAtMost;
+    constexpr std::greater_equal<> kAtLeast;
 
     bool going = true;
     while (going) {
@@ -259,64 +258,64 @@ bool Machine::Loop() {
                 break;
             }
             case Op::JumpUnlessEqual:
-                going = jumpUnless(fast::Relate(a(), b(), equal));
+                going = jumpUnless(fast::Relate(a(), b(), kEqual));
                 break;
             case Op::JumpUnlessUnequal:
-                going = jumpUnless(fast::Relate(a(), b(), unequal));
+                going = jumpUnless(fast::Relate(a(), b(), kUnequal));
                 break;
             case Op::JumpUnlessLess:
-                going = jumpUnless(fast::Relate(a(), b(), less));
+                going = jumpUnless(fast::Relate(a(), b(), kLess));
                 break;
             case Op::JumpUnlessGreater:
-                going = jumpUnless(fast::Relate(a(), b(), greater));
+                going = jumpUnless(fast::Relate(a(), b(), kGreater));
                 break;
             case Op::JumpUnlessAtMost:
-                going = jumpUnless(fast::Relate(a(), b(), atMost));
+                going = jumpUnless(fast::Relate(a(), b(), kAtMost));
                 break;
             case Op::JumpUnlessAtLeast:
-                going = jumpUnless(fast::Relate(a(), b(), atLeast));
+                going = jumpUnless(fast::Relate(a(), b(), kAtLeast));
                 break;
             case Op::JumpUnlessEqualNumber:
-                going = jumpUnless(fast::Relate(registerA(), pc->b, equal));
+                going = jumpUnless(fast::Relate(registerA(), pc->b, kEqual));
                 break;
             case Op::JumpUnlessUnequalNumber:
-                going = jumpUnless(fast::Relate(registerA(), pc->b, unequal));
+                going = jumpUnless(fast::Relate(registerA(), pc->b, kUnequal));
                 break;
             case Op::JumpUnlessLessNumber:
-                going = jumpUnless(fast::Relate(registerA(), pc->b, less));
+                going = jumpUnless(fast::Relate(registerA(), pc->b, kLess));
                 break;
             case Op::JumpUnlessGreaterNumber:
-                going = jumpUnless(fast::Relate(registerA(), pc->b, greater));
+                going = jumpUnless(fast::Relate(registerA(), pc->b, kGreater));
                 break;
             case Op::JumpUnlessAtMostNumber:
-                going = jumpUnless(fast::Relate(registerA(), pc->b, atMost));
+                going = jumpUnless(fast::Relate(registerA(), pc->b, kAtMost));
                 break;
             case Op::JumpUnlessAtLeastNumber:
-                going = jumpUnless(fast::Relate(registerA(), pc->b, atLeast));
+                going = jumpUnless(fast::Relate(registerA(), pc->b, kAtLeast));
                 break;
             case Op::RepeatIfEqual:
-                going = repeatIf(fast::Relate(a(), b(), equal));
+                going = repeatIf(fast::Relate(a(), b(), kEqual));
                 break;
             case Op::RepeatIfUnequal:
-                going = repeatIf(fast::Relate(a(), b(), unequal));
+                going = repeatIf(fast::Relate(a(), b(), kUnequal));
                 break;
             case Op::RepeatIfLess:
-                going = repeatIf(fast::Relate(a(), b(), less));
+                going = repeatIf(fast::Relate(a(), b(), kLess));
                 break;
             case Op::RepeatIfGreater:
-                going = repeatIf(fast::Relate(a(), b(), greater));
+                going = repeatIf(fast::Relate(a(), b(), kGreater));
                 break;
             case Op::RepeatIfAtMost:
-                going = repeatIf(fast::Relate(a(), b(), atMost));
+                going = repeatIf(fast::Relate(a(), b(), kAtMost));
                 break;
             case Op::RepeatIfAtLeast:
-                going = repeatIf(fast::Relate(a(), b(), atLeast));
+                going = repeatIf(fast::Relate(a(), b(), kAtLeast));
                 break;
             case Op::StepRepeatIfLess:
-                going = stepRepeatIf(less);
+                going = stepRepeatIf(kLess);
                 break;
             case Op::StepRepeatIfAtMost:
-                going = stepRepeatIf(atMost);
+                going = stepRepeatIf(kAtMost);
                 break;
 
             case Op::NewList:
@@ -418,7 +417,7 @@ bool Machine::Loop() {
                 going = goOn(CallMethod(pc));
                 break;
             case Op::Return:
-                TakeResult(base, registerA());
+                TakeResult(*reinterpret_cast<Value*>(base), registerA());
                 leaveFrame();
                 break;
             case Op::ReturnCopy: {

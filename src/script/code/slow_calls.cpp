@@ -64,10 +64,10 @@ bool Machine::FindMethod(const Instruction* pc) {
 
 bool Machine::CallMethod(const Instruction* pc) {
     const Node& node = Note(pc);
-    Value& place = D(pc);
-    const bool isMethod = (&place)[1].Int() != 0;
-    Value value = std::move(place);
-    const std::size_t first = PushArguments(&place + 2, pc->n);
+    Value* const window = &D(pc);  // the callee, what it is, the arguments
+    const bool isMethod = window[1].Int() != 0;
+    Value value = std::move(window[0]);
+    const std::size_t first = PushArguments(window + 2, pc->n);
     if (StopRequested()) return m_executor.Interrupted(node.Position());
     if (value.IsFunction() && !isMethod) {
         if (!m_executor.CallFunction(*value.Function(), first, value))
