@@ -60,6 +60,7 @@ bool Executor::ConstructDeclared(const DeclarationStatement& declaration, Value&
 
 bool Executor::ConstructOne(const ClassSymbol* cls, STRID registered, Value& value) {
     if (cls != nullptr) return !value.IsList() || Construct(*cls, value);
+    const ShowMark shown(*this);
     value = Value::OfReference(TrackCreated(CreateScriptableObject(registered)));
     return true;
 }

@@ -53,6 +53,32 @@ TEST(RegisterTier, LetsOthersSeeLocals) {
     });
 }
 
+TEST(RegisterTier, NamesThatAreNotDefined) {
+    ExpectOutcomes({
+        {"function Main() { foreach (x in y) { print(x); } }", "!m(1): Symbol 'y' not defined. failed"},
+        {"function Main() { foreach (x in {1}) { foreach (z in y) { } } }",
+         "!m(1): Symbol 'y' not defined. failed"},
+        {"function Main() { nope(zz); }", "!m(1): Symbol 'nope' not defined. failed"},
+        {"function Main() { nope(zz, 1); }", "!m(1): Symbol 'nope' not defined. failed"},
+        {"function F(a) { } function Main() { F(zz); }", "!m(1): Symbol 'zz' not defined. failed"},
+    });
+}
+
+/// Registers are shown to a factory that looks a name up, and back in their places afterwards.
+TEST(RegisterTier, FactoriesMayLookNamesUp) {
+    static CCoreScriptEngine* engine = nullptr;
+    static bool hasFound = false;
+    RegisterScriptableClass("LooksUp", [] {
+        hasFound |= engine->GetSymbol(StrId("k"), false) != nullptr;
+        return static_cast<CCoreScriptable*>(nullptr);
+    });
+    ScriptRun run;
+    engine = &run.engine;
+    EXPECT_EQ(run.Load("function Main() { var k = 3; var t as LooksUp; k = k + 1; return k; }"), "=null");
+    EXPECT_EQ(run.RunScript("Main", {}), "=4");
+    EXPECT_TRUE(hasFound);
+}
+
 TEST(RegisterTier, KeepsWhatHostsHaveBound) {
     ExpectOutcomes({
         {"function F(b) { Env.Probe.Run(\"var b = 5;\"); return b; } function Main() { return F(1); }", "=5"},

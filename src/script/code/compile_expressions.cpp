@@ -222,7 +222,9 @@ MemberSite& Compiler::NewSite(const Node& member) {
 /// can fail where it is not defined.
 bool Compiler::MustLoadCallee(const Node& call) {
     const Node& callee = *call.left;
-    if (callee.kind != ID || call.right == nullptr || call.right->IsPlainOperand()) return false;
+    if (callee.kind != ID || call.right == nullptr) return false;
+    // A constant is no reason; a name may not be defined, which is to be found after the callee.
+    if (call.right->IsPlainOperand() && call.right->kind != ID) return false;
     if (CanRunCode(call.right)) return true;
     const std::size_t index = m_code->loadedCallees.size();
     const bool isLoaded =

@@ -15,6 +15,11 @@ namespace {
 constexpr std::size_t kMaxRegisters = std::size_t{1} << 20;
 constexpr std::size_t kMaxFrames = kMaxRegisters + 1;
 
+// The form of a function's code with all locals in cells takes a few temporaries more, one for each operator
+// that an expression nests at most - and the parser lets it nest some thousand. A frame that is converted
+// when the registers are all in use finds them here.
+constexpr std::size_t kConversionRegisters = std::size_t{1} << 16;
+
 /// Nobody's epoch twice, not even another engine's.
 std::uint64_t NextEpoch() {
     static std::atomic<std::uint64_t> last{0};
@@ -38,10 +43,10 @@ Machine::Machine(Executor& executor)
 /// so large that an allocator takes it fresh from the system, zeroed without being touched.
 void Machine::Reserve() {
     if (m_memory != nullptr) return;
-    constexpr std::size_t kRegisterBytes = kMaxRegisters * sizeof(Value);
+    constexpr std::size_t kRegisterBytes = (kMaxRegisters + kConversionRegisters) * sizeof(Value);
     m_memory.reset(static_cast<char*>(std::calloc(kRegisterBytes + kMaxFrames * sizeof(Frame), 1)));
     if (m_memory == nullptr) throw std::bad_alloc();
-    m_registersEnd = m_memory.get() + kRegisterBytes;
+    m_registersEnd = m_memory.get() + kMaxRegisters * sizeof(Value);
     m_firstFrame = reinterpret_cast<Frame*>(m_memory.get() + kRegisterBytes);
     m_framesEnd = m_firstFrame + kMaxFrames;
     m_frame = m_firstFrame;

@@ -68,7 +68,11 @@ bool Machine::StoreResult(const Instruction* pc, Value result) {
 bool Machine::SlowStore(const Instruction* pc) {
     const Node& node = Note(pc);
     Value value = TakeA(pc);
-    if (value.IsUndefined()) return m_executor.ReportUndefined(*AssignmentOf(node).right);
+    if (value.IsUndefined()) {
+        // What a foreach walks goes to a register, too: then the name is the whole expression.
+        const Node& root = AssignmentOf(node);
+        return m_executor.ReportUndefined(root.nodeClass == NodeClass::Assign ? *root.right : root);
+    }
     return StoreResult(pc, std::move(value));
 }
 
