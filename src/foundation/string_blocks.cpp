@@ -60,6 +60,7 @@ BlockCache* BlockCache::Attach() {
         }
     }
     g_cacheThreadEnd.Set(cache);
+    if (!os::SingleThreaded()) os::WatchProcessEnd();
     return t_pBlockCache = cache;
 }
 
@@ -80,8 +81,12 @@ void BlockCache::AtThreadEnd(void* value) {
     cache->m_pNextIdle = std::exchange(g_pIdleCaches, cache);
 }
 
-void BlockCache::EndAll() {
+void BlockCache::ForgetThreads() {
     g_cacheThreadEnd.Close();
+}
+
+void BlockCache::EndAll() {
+    ForgetThreads();
     g_cacheState = CacheState::kEnded;
     t_pBlockCache = nullptr;
     g_pIdleCaches = nullptr;

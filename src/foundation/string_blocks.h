@@ -60,6 +60,8 @@ class BlockCache {
     /// Releases all caches, of every thread, with their blocks. For unloading; there are no caches
     /// afterwards.
     static void EndAll();
+    /// Is told of no more threads that end.
+    static void ForgetThreads();
 
  private:
     static constexpr unsigned int kDepth = 16;

@@ -106,8 +106,12 @@ bool ThreadStore::StartAll() {
     return g_threadEnd.Open(&ThreadStore::AtThreadEnd);
 }
 
-void ThreadStore::EndAll() {
+void ThreadStore::ForgetThreads() {
     g_threadEnd.Close();
+}
+
+void ThreadStore::EndAll() {
+    ForgetThreads();
     t_pThreadStore = nullptr;
     g_pIdleStores = nullptr;
     while (g_pAllStores)

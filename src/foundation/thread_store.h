@@ -63,6 +63,8 @@ class ThreadStore {
     static bool StartAll();
     /// Releases all stores, of every thread. The blocks in them are not given back.
     static void EndAll();
+    /// Is told of no more threads that end.
+    static void ForgetThreads();
 
  private:
     static constexpr std::size_t kStacks = kLargestSize / kGranule;

@@ -2,9 +2,12 @@
 // latter.
 #include <dlfcn.h>
 
+#include <atomic>
+
 #include "brenta/failure.h"
 #include "brenta/heap.h"
 #include "brenta/names.h"
+#include "brenta/string.h"
 #include "test_support.h"
 
 namespace brenta::test {
@@ -68,6 +71,26 @@ TEST(Unload, NotBeforeTheProcessEnds) {
         },
         testing::ExitedWithCode(0), "");
     dlclose(library);
+}
+
+TEST(Unload, NotWhileAThreadUsesStrings) {
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EXIT(
+            {
+                std::atomic<int> turns{0};
+                std::thread([&turns] {
+                    for (;; ++turns) {
+                        const CoreString text("a text that is long enough to need a block");
+                        CoreString copy(text);
+                        copy += text;
+                    }
+                }).detach();
+                while (turns < 1000)
+                    std::this_thread::yield();
+                std::exit(0);
+            },
+            testing::ExitedWithCode(0), "");
+    }
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "os/lock.h"
 #include "os/os.h"
 
 namespace brenta::os {
@@ -25,6 +26,7 @@ namespace {
 //   the program it would be too late.)
 constinit std::atomic<bool> g_processEnds{false};
 constinit std::atomic<bool> g_unloading{false};
+constinit std::atomic<bool> g_watched{false};
 
 struct ProcessEndNote {
     ~ProcessEndNote() {
@@ -32,8 +34,9 @@ struct ProcessEndNote {
     }
 };
 
+// With threads but without a note the two cannot be told apart: then everything stays as it is.
 [[gnu::destructor]] void NoticeUnloading() {
-    if (!g_processEnds) g_unloading = true;
+    if (!g_processEnds && (g_watched || SingleThreaded())) g_unloading = true;
 }
 
 /// The lowest address of the calling thread's stack; 0 if unknown.
@@ -162,6 +165,7 @@ bool LibraryIsUnloading() {
 
 void WatchProcessEnd() {
     static const ProcessEndNote note;
+    g_watched = true;
 }
 
 }  // namespace brenta::os
