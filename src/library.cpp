@@ -49,6 +49,7 @@ struct GlobalHeapParts {
 
     GlobalHeapParts() : core(std::in_place, "global_heap", kPageSize, g_globalHeapLock), heap(&*core) {
         core->m_hasThreadStores = ThreadStore::StartAll();
+        core->m_hasExactCaches = core->m_hasThreadStores && os::FenceAllThreads();
         g_pGlobalCore.store(&*core, std::memory_order_release);
     }
     void Close() {
@@ -100,7 +101,12 @@ class FoundationKeeper {
         g_stringHeap.Build();
     }
     ~FoundationKeeper() {
-        if (!os::LibraryIsUnloading()) return;
+        if (!os::LibraryIsUnloading()) {
+            // Should the library go all the same, no thread that ends later may look for its code.
+            ThreadStore::ForgetThreads();
+            BlockCache::ForgetThreads();
+            return;
+        }
         g_stringHeap.Destroy();
         BlockCache::EndAll();
         g_strings.Destroy();

@@ -101,7 +101,12 @@ bool HeapCore::NewPage(Lane lane, std::size_t size) {
     if (state.pCurrent && state.pCurrent->Left() >= leastRest) {
         std::size_t rest;
         const HeapBlock block = state.pCurrent->TakeRest(rest);
-        AddToFreeStore(*state.pCurrent, rest, block);
+        if (lane == Lane::Exact) {
+            // The rest counts as freed last: it lies on top, before what the thread keeps.
+            KeepExact(*state.pCurrent, rest, block);
+        } else {
+            AddToFreeStore(*state.pCurrent, rest, block);
+        }
     }
     state.pCurrent = page;
     return true;
@@ -113,7 +118,7 @@ bool HeapCore::NewPage(Lane lane, std::size_t size) {
 void* HeapCore::Allocate(int size) {
     if (size < 0) return nullptr;
     const std::size_t bytes = std::max(static_cast<std::size_t>(size), std::size_t{1});
-    if (m_hasThreadStores && ExactCache::Keeps(bytes)) {
+    if (m_hasExactCaches && ExactCache::Keeps(bytes)) {
         ThreadStore* const store = ThreadStore::Present();
         char* const p = store ? store->Exact().Take(bytes) : nullptr;
         if (p) return p;
@@ -128,7 +133,7 @@ inline void HeapCore::FreeExact(COnePage& page, char* p) {
     if (size == 0) return FreeShort(page, p);
     if (!note.ClearLongLive(os::SingleThreaded())) return;
     const HeapBlock block{p, &note};
-    if (m_hasThreadStores && ExactCache::Keeps(size)) {
+    if (m_hasExactCaches && ExactCache::Keeps(size)) {
         ThreadStore* const store = ThreadStore::Present();
         if (store && store->Exact().Put(size, block)) return;
     }

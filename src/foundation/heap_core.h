@@ -48,6 +48,8 @@ class HeapCore {
     os::Lock& GetLock() { return m_lock; }
     /// Whether threads keep freed small blocks to themselves; set once, at the start.
     bool m_hasThreadStores = false;
+    /// Whether they do so in the exact lane, too: only where one thread can reach what another keeps.
+    bool m_hasExactCaches = false;
 
  private:
     struct LaneState {

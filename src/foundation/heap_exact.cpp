@@ -33,7 +33,7 @@ char* HeapCore::AllocateThrough(ExactCache& cache, std::size_t size) {
 
 /// The calling thread's cache for blocks of this size; null if there is none.
 ExactCache* HeapCore::CacheFor(std::size_t size) {
-    if (!m_hasThreadStores || !ExactCache::Keeps(size)) return nullptr;
+    if (!m_hasExactCaches || !ExactCache::Keeps(size)) return nullptr;
     ThreadStore* const store = ThreadStore::Get(*this);
     return store ? &store->Exact() : nullptr;
 }

@@ -53,6 +53,22 @@ TEST(Heap, TheRestOfAPageServesUncarved) {
     EXPECT_EQ(heap.Allocate(100), rest);
 }
 
+/// The global heap, too, gives out first what was freed last, although threads keep blocks to themselves. It
+/// takes a process of its own to know where its pages begin.
+TEST(Heap, TheRestOfAPageComesBeforeWhatAThreadKeeps) {
+    const auto restComesFirst = [] {
+        constexpr int kGlobalPage = 1000000, kRest = 100;
+        char* const first = Bytes(CoreAllocate(kRest));
+        CoreFree(first);
+        char* const next = Bytes(CoreAllocate(17)) + 17;
+        const int left = kGlobalPage - static_cast<int>(next - first);
+        char* const large = Bytes(CoreAllocate(left - kRest));
+        CoreAllocate(200000);  // a new page begins
+        return large == next && CoreAllocate(kRest) == large + left - kRest;
+    };
+    EXPECT_EXIT(std::_Exit(restComesFirst() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
 TEST(Heap, KnowsItsPointers) {
     CHeap heap("test", kPage), other("other", kPage);
     EXPECT_FALSE(heap.IsValidHeapPtr(nullptr));
