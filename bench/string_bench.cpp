@@ -172,8 +172,9 @@ void AddWith(const char* name, Ours ours, Theirs theirs, const char* text) {
 }  // namespace
 
 void AddStringWorkloads() {
-    constexpr char kShort[] = "NET000042";
-    constexpr char kLong[] = "a description of forty-four bytes, give or take";
+    // The workloads keep the addresses.
+    static constexpr char kShort[] = "NET000042";
+    static constexpr char kLong[] = "a description of forty-four bytes, give or take";
     AddWith("copy and destroy 9 bytes", CopyAndDestroy<CoreString>, CopyAndDestroy<std::string>, kShort);
     AddWith("copy and destroy 47 bytes", CopyAndDestroy<CoreString>, CopyAndDestroy<std::string>, kLong);
     AddWith("200 copies of 9 bytes", CopyMany<CoreString>, CopyMany<std::string>, kShort);

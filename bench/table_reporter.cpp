@@ -6,12 +6,18 @@
 namespace brenta::bench {
 namespace {
 
+/// A label as a field of a line that is split at its commas.
+std::string WithoutCommas(std::string label) {
+    std::erase(label, ',');
+    return label;
+}
+
 void PrintRow(const Workload& workload, double ours, double theirs, bool csv) {
     const std::string label = workload.Label();
     const double ratio = ours / theirs;
     if (csv) {
-        std::printf("%s,%s,%.0f,%.0f,%.3f,%.2f\n", label.c_str(), workload.peer.c_str(), ours, theirs, ratio,
-                    workload.limit);
+        std::printf("%s,%s,%.0f,%.0f,%.3f,%.2f\n", WithoutCommas(label).c_str(), workload.peer.c_str(), ours,
+                    theirs, ratio, workload.limit);
         return;
     }
     std::printf("%-34s %-16s %10.3f %10.3f %7.2f %6.2f  %s\n", label.c_str(), workload.peer.c_str(),

@@ -111,9 +111,12 @@ fuzz_target() {
 
 # The program prints its own table (or, with --csv, lines for a machine), so it runs in the open.
 command_bench() {
-    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_BENCH[@]}"
-    configure_build bench
-    run_build bench brenta_bench
+    # The table alone goes to standard output.
+    {
+        need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_BENCH[@]}"
+        configure_build bench
+        run_build bench brenta_bench
+    } >&2
     build/bench/bench/brenta_bench "$@"
 }
 
