@@ -6,6 +6,7 @@
 /// the platform's form first. A null path counts as "". Everything may be called from any thread.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -191,7 +192,7 @@ class ThreadEndHook {
     void Close();
 
  private:
-    bool m_open = false;
+    std::atomic<bool> m_open{false};  // other threads may go on while the process ends
     std::uintptr_t m_key = 0;
 };
 
