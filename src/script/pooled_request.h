@@ -22,8 +22,15 @@ struct Executor::RequestParts {
 class Executor::PooledRequest {
  public:
     explicit PooledRequest(Executor& executor) : m_executor(executor), m_parts(executor.TakeRequest()) {}
+    /// Nothing large is kept for the next request, and nothing that the object has left in an empty list.
     ~PooledRequest() {
         VarAccess::Reset(m_parts.answer);
+        if (!m_parts.none.IsEmpty()) m_parts.none.RemoveAll();
+        for (const Var& argument : Arguments()) {
+            if (argument.GetKind() != VarKind::List) continue;
+            m_parts.arguments.RemoveAll();
+            break;
+        }
         m_parts.hasArguments = false;
         --m_executor.m_requestDepth;
     }
@@ -46,10 +53,6 @@ class Executor::PooledRequest {
 
     TOrderedList<Var>& Arguments() { return m_parts.hasArguments ? m_parts.arguments : m_parts.none; }
     Var& Answer() { return m_parts.answer; }
-    /// What the object has left in a list that was empty goes.
-    void End() {
-        if (!m_parts.none.IsEmpty()) m_parts.none.RemoveAll();
-    }
 
  private:
     /// Adds a node behind the others, on which the iterator then stands.

@@ -53,7 +53,6 @@ bool Executor::Request(void* object, int action, STRID name, PooledRequest& requ
     const ShowMark shown(*this);
     const bool granted = static_cast<CCoreScriptable*>(object)->ScriptAction(block);
     m_cells.PopTo(depth + m_machine->AddedScopes());
-    request.End();
     // A limit that a nested run met is the object's affair if it goes on as if nothing had happened.
     if (granted) m_unwindingSilently = false;
     return granted;
