@@ -8,13 +8,13 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "files/zip_archive.h"
 #include "foundation/characters.h"
+#include "foundation/process_cache.h"
 #include "os/data_files.h"
 
 namespace brenta {
@@ -77,31 +77,22 @@ struct LastArchive {
     std::shared_ptr<const ZipIndex> index;  ///< null after the first reading
 };
 
-constinit std::mutex g_mutex;
-constinit LastArchive* g_pLast = nullptr;
-
-/// Who reads after the end of the library's statics finds nothing, and starts anew.
-struct LastArchiveKeeper {
-    ~LastArchiveKeeper() {
-        const std::lock_guard guard(g_mutex);
-        delete std::exchange(g_pLast, nullptr);
-    }
-};
-const LastArchiveKeeper g_lastArchiveKeeper;
+using LastArchiveCache = ProcessCache<LastArchive>;
 
 /// Remembers which archive is read; true if it is the last one again. `index` is that one's, if there is one.
 bool IsReadAgain(const os::FileStamp& stamp, std::shared_ptr<const ZipIndex>& index) {
-    const std::lock_guard guard(g_mutex);
-    if (!g_pLast) g_pLast = new LastArchive;
-    const bool again = g_pLast->stamp == stamp;
-    if (!again) *g_pLast = {stamp, nullptr};
-    index = g_pLast->index;
-    return again;
+    return LastArchiveCache::With([&](LastArchive& last) {
+        const bool again = last.stamp == stamp;
+        if (!again) last = {stamp, nullptr};
+        index = last.index;
+        return again;
+    });
 }
 
 void Keep(const os::FileStamp& stamp, const std::shared_ptr<const ZipIndex>& index) {
-    const std::lock_guard guard(g_mutex);
-    if (g_pLast && g_pLast->stamp == stamp) g_pLast->index = index;
+    LastArchiveCache::With([&](LastArchive& last) {
+        if (last.stamp == stamp) last.index = index;
+    });
 }
 
 /// The index of an archive that is read again; null if it should be walked.

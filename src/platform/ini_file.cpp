@@ -1,9 +1,9 @@
 #include "platform/ini_file.h"
 
 #include <memory>
-#include <mutex>
 #include <utility>
 
+#include "foundation/process_cache.h"
 #include "os/data_files.h"
 #include "os/os.h"
 #include "platform/ini_text.h"
@@ -22,18 +22,6 @@ struct Cache {
     std::shared_ptr<const IniText> text;
 };
 
-constinit std::mutex g_mutex;
-constinit Cache* g_pCache = nullptr;
-
-/// Who reads after the end of the library's statics finds no cache, and makes a new one.
-struct CacheKeeper {
-    ~CacheKeeper() {
-        const std::lock_guard guard(g_mutex);
-        delete std::exchange(g_pCache, nullptr);
-    }
-};
-const CacheKeeper g_cacheKeeper;
-
 bool ReadText(const std::string& path, std::string& content) {
     return os::ReadWholeFile(path.c_str(), content, kLargestFile) == os::FileStatus::Ok;
 }
@@ -42,16 +30,16 @@ bool ReadText(const std::string& path, std::string& content) {
 std::shared_ptr<const IniText> TextOf(const std::string& path) {
     os::FileStamp stamp;
     if (!os::StampOfFile(path.c_str(), stamp)) return nullptr;
-    const std::lock_guard guard(g_mutex);
-    if (!g_pCache) g_pCache = new Cache;
-    Cache& cache = *g_pCache;
-    if (cache.text && cache.stamp == stamp && cache.path == path) return cache.text;
-    std::string content;
-    if (!ReadText(path, content)) return nullptr;
-    auto text = std::make_shared<const IniText>(std::move(content));
-    // If what was read is newer than the stamp, the next stamp will differ, as the clock has ticked since.
-    if (os::IsSettled(stamp)) cache = {path, stamp, text};
-    return text;
+    return ProcessCache<Cache>::With([&](Cache& cache) -> std::shared_ptr<const IniText> {
+        if (cache.text && cache.stamp == stamp && cache.path == path) return cache.text;
+        std::string content;
+        if (!ReadText(path, content)) return nullptr;
+        auto text = std::make_shared<const IniText>(std::move(content));
+        // If what was read is newer than the stamp, the next stamp will differ, as the clock has ticked
+        // since.
+        if (os::IsSettled(stamp)) cache = {path, stamp, text};
+        return text;
+    });
 }
 
 /// The file's text as it is now, "" if there is none; false if there is one that cannot be read.
