@@ -1,6 +1,8 @@
 // CCoreScriptEngine: construction and environment, modules, commands, calls from the host.
 #include "brenta/script.h"
 
+#include <algorithm>
+
 #include "brenta/failure.h"
 #include "brenta/names.h"
 #include "foundation/numbers.h"
@@ -21,6 +23,15 @@ EngineState::EngineState(CCoreScriptEngine& engine) {
 }
 
 EngineState::~EngineState() = default;
+
+// When a text goes, it must be able to leave its symbols here, also if memory has run out.
+void EngineState::Own(CCoreSymbol* symbol) {
+    std::unique_ptr<CCoreSymbol> owned(symbol);
+    const std::size_t needed = symbols.size() + symbolsOfTexts + 1;
+    if (symbols.capacity() < needed) symbols.reserve(std::max(needed, symbols.capacity() * 2));
+    owner->push_back(std::move(owned));
+    if (owner != &symbols) ++symbolsOfTexts;
+}
 
 CScriptMsgStream* EngineState::ExchangeStream(CCoreScriptEngine& engine, CScriptMsgStream* stream) {
     CScriptMsgStream* const former = engine.m_pMessages;

@@ -54,11 +54,9 @@ struct EngineState : ParserState {
 
     // --- ownership: scopes never own symbols; all but parameters live here until the engine dies, except
     // that what a text of statements declares lives with the text (ParsedText)
-    void Own(CCoreSymbol* symbol) {
-        std::unique_ptr<CCoreSymbol> owned(symbol);
-        owner->push_back(std::move(owned));
-    }
-    SymbolList symbols;
+    void Own(CCoreSymbol* symbol);
+    SymbolList symbols;  ///< has room for those of the texts, too
+    std::size_t symbolsOfTexts = 0;
 };
 
 }  // namespace brenta

@@ -1,6 +1,7 @@
 // Cells and their index grow and never shrink: a name that was once bound will be bound again.
 #include "script/name_cells.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <unordered_map>
 
@@ -71,8 +72,8 @@ void NameCells::GrowIndex() {
 // ---------------------------------------------------------------------------------------------------------
 // Scopes
 
-void NameCells::GrowLog() {
-    const std::size_t capacity = m_logCapacity == 0 ? kFirstLogEntries : m_logCapacity * 2;
+void NameCells::GrowLog(std::size_t needed) {
+    const std::size_t capacity = std::max({needed, m_logCapacity * 2, kFirstLogEntries});
     // Entries may be moved as bytes: nothing points at them.
     m_pLog = static_cast<Entry*>(ResizeBody(static_cast<void*>(m_pLog), capacity * sizeof(Entry)));
     m_logCapacity = capacity;
@@ -122,19 +123,43 @@ bool NameCells::IsGlobal(const NameCell& cell) const {
     return false;
 }
 
-std::vector<NameCells::Loose> NameCells::Unbind(std::size_t mark) {
-    std::vector<Loose> loose;
-    while (m_logSize > mark) {
-        NameCell& cell = CellAt(m_pLog[m_logSize - 1].cell);
-        loose.push_back({&cell, cell.symbol, std::move(cell.value)});
-        UndoLast();
-    }
-    return loose;
+void NameCells::Reserve(std::size_t bindings, std::size_t scopes) {
+    if (m_logCapacity - m_logSize < bindings) GrowLog(m_logSize + bindings);
+    if (m_marks.capacity() - m_marks.size() < scopes)
+        m_marks.reserve(std::max(m_marks.size() + scopes, m_marks.capacity() * 2));
 }
 
-void NameCells::Rebind(std::vector<Loose> loose) {
-    for (auto at = loose.rbegin(); at != loose.rend(); ++at)
-        Bind(*at->cell, at->symbol, std::move(at->value));
+void NameCells::Taken::Reserve(const NameCells& cells, std::size_t scopes) {
+    if (scopes == 0) return;
+    m_loose.reserve(scopes + cells.m_logSize - cells.m_marks[cells.m_marks.size() - scopes]);
+}
+
+void NameCells::TakeScope(Taken& taken) {
+    taken.m_loose.push_back({nullptr, nullptr, {}});
+    while (m_logSize > m_marks.back()) {
+        NameCell& cell = CellAt(m_pLog[m_logSize - 1].cell);
+        taken.m_loose.push_back({&cell, cell.symbol, std::move(cell.value)});
+        UndoLast();
+    }
+    PopScope();
+}
+
+void NameCells::PutScope(Taken& taken) {
+    PushScope();
+    for (; taken.m_loose.back().cell != nullptr; taken.m_loose.pop_back()) {
+        Taken::Loose& loose = taken.m_loose.back();
+        Bind(*loose.cell, loose.symbol, std::move(loose.value));
+    }
+    taken.m_loose.pop_back();
+}
+
+// Every binding is either in front, in its cell, or in the log behind another one.
+bool NameCells::IsBound(const CCoreSymbol& symbol) const {
+    for (std::size_t i = m_logSize; i-- > 0;)
+        if (m_pLog[i].symbol == &symbol) return true;
+    for (std::uint32_t i = 0; i < m_names.size(); ++i)
+        if (CellAt(i).symbol == &symbol) return true;
+    return false;
 }
 
 // ---------------------------------------------------------------------------------------------------------

@@ -66,15 +66,11 @@ class NameCells {
     /// Binds `cell` in the top scope; a binding that the name has there is replaced until the scope ends.
     /// There must be a scope.
     void Bind(NameCell& cell, CCoreSymbol* symbol, Value value) {
-        BindAt(cell, symbol, std::move(value), m_depth);
-    }
-    /// Binds as if in the scope of that depth, for as long as the top scope lasts.
-    void BindAt(NameCell& cell, CCoreSymbol* symbol, Value value, std::uint32_t depth) {
-        if (m_logSize == m_logCapacity) GrowLog();
+        if (m_logSize == m_logCapacity) GrowLog(m_logSize + 1);
         new (&m_pLog[m_logSize++]) Entry{std::move(cell.value), cell.symbol, cell.index, cell.depth};
         cell.value = std::move(value);
         cell.symbol = symbol;
-        cell.depth = depth;
+        cell.depth = m_depth;
     }
     /// Binds in the global scope even when inner scopes are open; inner bindings of the name stay in front.
     /// Marks taken before stay good.
@@ -83,25 +79,41 @@ class NameCells {
     bool IsGlobal(const NameCell& cell) const;
     bool IsInTopScope(const NameCell& cell) const { return cell.depth == m_depth && cell.symbol != nullptr; }
 
+    /// Whether any binding that there is, in front or not, is of that symbol.
+    bool IsBound(const CCoreSymbol& symbol) const;
+
     /// The symbols of the top scope in the order added.
     void TopSymbols(TOrderedList<CCoreSymbol*>& out) const;
-    /// Unbinds what was bound in the top scope after position `mark` of the log, keeping the scope.
     std::size_t Mark() const { return m_logSize; }
-    std::size_t TopMark() const { return m_marks.back(); }
+    /// Unbinds what was bound in the top scope after position `mark` of the log, keeping the scope.
     void RollBackTo(std::size_t mark) {
         while (m_logSize > mark)
             Undo(m_pLog[--m_logSize]);
     }
     /// Undoes the newest binding.
     void UndoLast() { Undo(m_pLog[--m_logSize]); }
-    /// Takes out what was bound after position `mark` of the log, and binds it in the top scope again.
-    struct Loose {
-        NameCell* cell;
-        CCoreSymbol* symbol;
-        Value value;
+
+    /// Scopes that are taken off, with their bindings, to be opened again. Those taken last come first.
+    class Taken {
+     public:
+        /// Makes room for what the innermost `scopes` scopes of `cells` hold.
+        void Reserve(const NameCells& cells, std::size_t scopes);
+
+     private:
+        friend class NameCells;
+        struct Loose {
+            NameCell* cell;  ///< null: a scope begins
+            CCoreSymbol* symbol;
+            Value value;
+        };
+        std::vector<Loose> m_loose;
     };
-    std::vector<Loose> Unbind(std::size_t mark);
-    void Rebind(std::vector<Loose> loose);
+    /// Takes the top scope off. Waits for no memory if there is room in `taken`.
+    void TakeScope(Taken& taken);
+    /// Opens the scope taken last. Waits for no memory if as many scopes and bindings were there before.
+    void PutScope(Taken& taken);
+    /// So many more bindings and scopes can be made without waiting for memory.
+    void Reserve(std::size_t bindings, std::size_t scopes);
 
     /// Names may be bound elsewhere than in their cells, by somebody who can put them there. Whoever looks
     /// names up for a host asks for it first.
@@ -160,7 +172,7 @@ class NameCells {
     /// bound late in the global scope. `first` 0 if so.
     std::vector<Binding> BindingsFrom(std::size_t first, std::size_t last, bool withLate) const;
     void PopGlobalScope();
-    void GrowLog();
+    void GrowLog(std::size_t needed);
     void GrowIndex();
     std::size_t SlotOf(STRID name) const;
     NameCell& AddCell(STRID name);

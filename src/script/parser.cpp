@@ -139,10 +139,10 @@ class BindingMark {
     std::size_t m_mark;
 };
 
-bool IsBound(NameCells& cells, const CCoreSymbol& symbol) {
+bool IsBound(const NameCells& cells, const CCoreSymbol& symbol) {
     const NameCell* const cell = cells.FindCell(symbol.GetName());
     if (cell == nullptr || cell->symbol == nullptr) return false;
-    return cell->symbol == &symbol || cells.ValueOf(symbol) != nullptr;
+    return cell->symbol == &symbol || cells.IsBound(symbol);
 }
 
 }  // namespace
@@ -155,8 +155,10 @@ bool ParsedText::Parse(TIter<ScriptToken*>& iter, StatementSequence sequence) {
 }
 
 ParsedText::~ParsedText() {
+    EngineState& state = m_engine.State();
     for (std::unique_ptr<CCoreSymbol>& symbol : m_symbols) {
-        if (IsBound(m_engine.Cells(), *symbol)) m_engine.State().Own(symbol.release());
+        --state.symbolsOfTexts;
+        if (IsBound(m_engine.Cells(), *symbol)) state.symbols.push_back(std::move(symbol));
     }
 }
 

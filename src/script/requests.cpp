@@ -49,10 +49,10 @@ bool Executor::Request(void* object, int action, STRID name, PooledRequest& requ
     block.arguments = &request.Arguments();
     block.result = &request.Answer();
     OpenPendingScope();
-    const int depth = m_cells.Depth() - m_machine->AddedScopes();
+    const std::int64_t depth = m_cells.Depth() - m_machine->AddedScopes();
     const ShowMark shown(*this);
     const bool granted = static_cast<CCoreScriptable*>(object)->ScriptAction(block);
-    m_cells.PopTo(depth + m_machine->AddedScopes());
+    m_cells.PopTo(static_cast<int>(depth + m_machine->AddedScopes()));
     // A limit that a nested run met is the object's affair if it goes on as if nothing had happened.
     if (granted) m_unwindingSilently = false;
     return granted;

@@ -1,5 +1,4 @@
-// Entering the machine, leaving it, and showing locals to others.
-#include <algorithm>
+// Entering the machine and leaving it.
 #include <atomic>
 #include <new>
 #include <utility>
@@ -58,9 +57,14 @@ bool Machine::Prepare(FuncSymbol& function, FunctionPlan& plan) {
     if (plan.epoch == m_epoch) return true;
     if (plan.runsAsTree) return false;
     Reserve();
-    if (m_names.Update(function)) {
+    m_names.Update(function);
+    if (m_names.HasChanged()) {
+        Frame* const first = FirstInRegisters();
+        GetReady(first, m_frame);
+        MoveToCells(first, m_frame);
+        Convert(first, m_frame);
         m_epoch = NextEpoch();
-        Convert(m_shownFrame + 1, m_frame);
+        m_names.NoteChangeDone();
     }
     const LocalsIn form = m_executor.m_state.useRegisterLocals ? LocalsIn::Registers : LocalsIn::Cells;
     std::unique_ptr<FunctionCode> code = Compiler::Compile(function, m_cells, m_names, form);
@@ -87,9 +91,11 @@ class Machine::Entry {
           m_frame(machine.m_frame),
           m_showMark(machine.ShowMark()),
           m_depth(machine.m_cells.Depth()),
-          m_scopeIsPending(std::exchange(m_executor.m_scopeIsPending, false)) {
-        ++m_executor.m_functionDepth;
+          m_addedScopes(machine.m_addedScopes),
+          m_scopeIsPending(m_executor.m_scopeIsPending) {
         machine.m_cells.PushScope();
+        ++m_executor.m_functionDepth;
+        m_executor.m_scopeIsPending = false;
         machine.PushFrame(base, nullptr);
         machine.m_frame->pc = kExit;
     }
@@ -103,6 +109,7 @@ class Machine::Entry {
         }
         m_machine.m_frame = m_frame;
         m_machine.m_cells.PopTo(m_depth);
+        m_machine.m_addedScopes = m_addedScopes;
         --m_executor.m_functionDepth;
         m_executor.m_scopeIsPending = m_scopeIsPending;
         if (m_frame == m_machine.m_firstFrame) m_machine.m_retired.clear();
@@ -117,6 +124,7 @@ class Machine::Entry {
     Frame* const m_frame;
     const std::size_t m_showMark;
     const int m_depth;
+    const std::int64_t m_addedScopes;
     const bool m_scopeIsPending;
 };
 
@@ -155,139 +163,6 @@ bool Machine::Overflow(const FuncSymbol& function) {
 void Machine::ReportCalls(const Frame* entry) {
     for (const Frame* caller = m_frame - 1; caller > entry; --caller)
         m_executor.ReportCall(caller->code->NodeAt(caller->pc), kNoName);
-}
-
-// ---------------------------------------------------------------------------------------------------------
-// Showing
-//
-// Locals shown count as bound outside the scope that is open, but for those of the innermost scope, which are
-// in it: a text that declares one of these once more is told so. The frame of the first entry has opened a
-// scope, so that none of them is taken for global.
-
-namespace {
-
-constexpr std::uint32_t kShownDepth = 2;
-
-const ScopeRecord* InnermostScope(const FunctionCode& code, std::uint32_t index) {
-    const ScopeRecord* innermost = nullptr;
-    for (const ScopeRecord& scope : code.scopes)
-        if (scope.Contains(index)) innermost = &scope;
-    return innermost;
-}
-
-}  // namespace
-
-void Machine::Show() {
-    if (m_frame == m_shownFrame) return;
-    m_shown.push_back({m_shownFrame, m_frame, m_cells.Depth(), 0, 0, m_epoch});
-    for (const Frame* frame = m_shownFrame + 1; frame <= m_frame; ++frame)
-        if (frame->code != nullptr) ShowFrame(*frame);
-    m_shownFrame = m_frame;
-    m_shown.back().depthShown = m_cells.Depth();
-    m_addedScopes += m_cells.Depth() - m_shown.back().depth;
-    m_shown.back().mark = m_cells.Mark();
-}
-
-void Machine::ShowFrame(const Frame& frame) {
-    const std::uint32_t index = frame.code->IndexOf(frame.pc);
-    const ScopeRecord* innermost = &frame == m_frame ? InnermostScope(*frame.code, index) : nullptr;
-    for (const ScopeRecord& scope : frame.code->scopes) {
-        if (!scope.Contains(index)) continue;
-        if (&scope == innermost && !scope.isOpened) m_cells.PushScope();
-        const auto depth = static_cast<std::uint32_t>(m_cells.Depth());
-        ShowScope(frame, scope, &scope == innermost ? depth : kShownDepth);
-    }
-}
-
-void Machine::ShowScope(const Frame& frame, const ScopeRecord& scope, std::uint32_t depth) {
-    const std::uint32_t index = frame.code->IndexOf(frame.pc);
-    for (const Slot& slot : scope.slots) {
-        if (slot.from > index) continue;
-        Value& value = *reinterpret_cast<Value*>(frame.base + slot.place);
-        m_cells.BindAt(*slot.cell, slot.symbol, std::move(value), depth);
-    }
-}
-
-/// In the opposite order, so that of several bindings of a name each finds its own value. What others have
-/// bound meanwhile stays bound, in the innermost scope.
-void Machine::Hide() {
-    const Shown shown = m_shown.back();
-    m_shown.pop_back();
-    m_cells.PopTo(shown.depthShown);
-    std::vector<NameCells::Loose> loose = m_cells.Unbind(shown.mark);
-    for (const Frame* frame = shown.last; frame != shown.below; --frame)
-        if (frame->code != nullptr) HideFrame(*frame);
-    m_cells.PopTo(shown.depth);
-    m_addedScopes -= shown.depthShown - shown.depth;
-    m_shownFrame = shown.below;
-    if (!loose.empty() || shown.epoch != m_epoch) Convert(shown.below + 1, shown.last);
-    m_cells.Rebind(std::move(loose));
-}
-
-void Machine::HideFrame(const Frame& frame) {
-    const std::uint32_t index = frame.code->IndexOf(frame.pc);
-    for (auto scope = frame.code->scopes.rbegin(); scope != frame.code->scopes.rend(); ++scope)
-        if (scope->Contains(index)) HideScope(frame, *scope);
-}
-
-void Machine::HideScope(const Frame& frame, const ScopeRecord& scope) {
-    const std::uint32_t index = frame.code->IndexOf(frame.pc);
-    for (auto slot = scope.slots.rbegin(); slot != scope.slots.rend(); ++slot) {
-        if (slot->from > index) continue;
-        Value& value = *reinterpret_cast<Value*>(frame.base + slot->place);
-        value = std::move(slot->cell->value);
-        m_cells.UndoLast();
-    }
-}
-
-// ---------------------------------------------------------------------------------------------------------
-// Converting
-//
-// The frames of one entry, which are not shown, with nothing else's scopes among theirs, go over to the other
-// form of their code, in the midst of an instruction at which others have run. Their scopes are taken off the
-// log and put back in the same order, with those that had not been opened, and with the locals from the
-// registers in them.
-
-void Machine::Convert(Frame* first, Frame* last) {
-    ++m_conversions;
-    std::vector<std::vector<NameCells::Loose>> bindings;
-    for (const Frame* frame = last; frame >= first; --frame)
-        if (frame->code != nullptr) CollectBindings(*frame, bindings);
-    for (Frame* frame = first; frame <= last; ++frame)
-        if (frame->code != nullptr) ConvertFrame(*frame, bindings);
-}
-
-/// What the open scopes of a frame have bound, innermost first.
-void Machine::CollectBindings(const Frame& frame, std::vector<std::vector<NameCells::Loose>>& bindings) {
-    const std::uint32_t index = frame.code->IndexOf(frame.pc);
-    for (auto scope = frame.code->scopes.rbegin(); scope != frame.code->scopes.rend(); ++scope) {
-        if (!scope->Contains(index) || !scope->isOpened) continue;
-        bindings.push_back(m_cells.Unbind(m_cells.TopMark()));
-        m_cells.PopScope();
-    }
-}
-
-void Machine::ConvertFrame(Frame& frame, std::vector<std::vector<NameCells::Loose>>& bindings) {
-    FunctionCode& code = *frame.code;
-    const std::uint32_t index = code.IndexOf(frame.pc);
-    for (const ScopeRecord& scope : code.scopes) {
-        if (!scope.Contains(index)) continue;
-        m_cells.PushScope();
-        if (!scope.isOpened) ++m_addedScopes;
-        if (scope.isOpened) {
-            m_cells.Rebind(std::move(bindings.back()));
-            bindings.pop_back();
-        }
-        ShowScope(frame, scope, static_cast<std::uint32_t>(m_cells.Depth()));
-    }
-    const auto point = std::lower_bound(code.points.begin(), code.points.end(), index);
-    const bool isAtPoint = point != code.points.end() && *point == index;
-    // A function that is failing runs no further.
-    if (code.form == LocalsIn::Cells || !isAtPoint) return;
-    if (code.inCells == nullptr) code.inCells = Compiler::CompileInCells(code, m_cells, m_names);
-    const std::uint32_t target = code.inCells->points[static_cast<std::size_t>(point - code.points.begin())];
-    frame.code = code.inCells.get();
-    frame.pc = frame.code->instructions.data() + target;
 }
 
 }  // namespace brenta

@@ -21,6 +21,12 @@ class LocalNames {
         m_scopes.pop_back();
     }
 
+    /// Closes all scopes, also those of a walk that has ended before its time.
+    void Reset() {
+        while (!m_scopes.empty())
+            Close();
+    }
+
     void Declare(const NameCell& cell, std::int64_t number) {
         Entry& entry = EntryOf(cell);
         m_declared.push_back({&cell, entry});

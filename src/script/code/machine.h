@@ -16,8 +16,9 @@
 // found under their names: Show moves those of all frames into their cells, the outermost first, and HideTo
 // moves them back. Whoever runs code for a host or a text brackets it so. Should they have left something
 // that code with locals in registers cannot see - a variable bound in a running function's scope, a module
-// that uses a name which so far nobody used freely - the frames go on in the other form of their code, which
-// has all locals in cells (Convert).
+// that uses a name which so far nobody used freely - the locals stay in their cells, and the frames go on in
+// the other form of their code, which has all locals there. HideTo runs on the way out of failures, also when
+// memory has run out, so it needs none: Show gets ready whatever it may need.
 #pragma once
 
 #include <cstdint>
@@ -47,9 +48,9 @@ class Machine final : public NameCells::Hidden {
     /// Shows the locals of all frames, those that are shown already excepted.
     void Show() override;
     std::size_t ShowMark() const { return m_shown.size(); }
-    /// The scopes that Show and Convert have opened so far and not closed: a caller of others goes back to
-    /// the depth it had, and what has been added to this meanwhile.
-    int AddedScopes() const { return m_addedScopes; }
+    /// The scopes of functions that have been opened on behalf of others: a caller of others goes back to the
+    /// depth it had, and what has been added to this meanwhile.
+    std::int64_t AddedScopes() const { return m_addedScopes; }
     void HideTo(std::size_t mark) {
         while (m_shown.size() > mark)
             Hide();
@@ -65,9 +66,9 @@ class Machine final : public NameCells::Hidden {
     /// One Show.
     struct Shown {
         Frame* below;  ///< the last frame before the first that was shown
+        Frame* first;  ///< those whose locals have been moved; none if `first` is behind `last`
         Frame* last;
-        int depth;         ///< of the scopes before
-        int depthShown;    ///< and behind
+        int depth;         ///< of the scopes, with those that were opened
         std::size_t mark;  ///< of the log behind what was shown
         std::uint64_t epoch;
     };
@@ -91,13 +92,15 @@ class Machine final : public NameCells::Hidden {
     }
     void ReportCalls(const Frame* entry);
     bool Overflow(const FuncSymbol& function);
+
+    // Showing (show_frames.cpp).
+    Frame* FirstInRegisters() const;
+    void GetReady(const Frame* first, const Frame* last);
+    void MoveToCells(const Frame* first, const Frame* last);
+    void MoveBack(const Frame* first, const Frame* last);
+    void BindSlots(const Frame& frame, const ScopeRecord& scope);
+    void UnbindSlots(const Frame& frame, const ScopeRecord& scope);
     void Convert(Frame* first, Frame* last);
-    void ConvertFrame(Frame& frame, std::vector<std::vector<NameCells::Loose>>& bindings);
-    void CollectBindings(const Frame& frame, std::vector<std::vector<NameCells::Loose>>& bindings);
-    void ShowFrame(const Frame& frame);
-    void ShowScope(const Frame& frame, const ScopeRecord& scope, std::uint32_t depth);
-    void HideFrame(const Frame& frame);
-    void HideScope(const Frame& frame, const ScopeRecord& scope);
     void Hide();
 
     // The slow ways. Each does what `pc` says; false or null after a failure (slow_operators.cpp).
@@ -185,7 +188,8 @@ class Machine final : public NameCells::Hidden {
     Frame* m_frame = nullptr;       // of the function that runs
     Frame* m_shownFrame = nullptr;  // up to here all frames are shown
     std::vector<Shown> m_shown;
-    int m_addedScopes = 0;
+    NameCells::Taken m_taken;
+    std::int64_t m_addedScopes = 0;
     std::uint32_t m_conversions = 0;                       // counts calls of Convert
     std::vector<std::unique_ptr<FunctionCode>> m_retired;  // replaced, but frames may run it
 };

@@ -64,15 +64,14 @@ bool NameUse::RunsAsTree(const FuncSymbol& function) {
     return DepthOf(function.GetBody(), kMaxDepth) >= kMaxDepth;
 }
 
-bool NameUse::Update(const FuncSymbol& function) {
-    m_changed = false;
-    while (m_symbolsSeen < m_state.symbols.size()) {
-        const CCoreSymbol& symbol = *m_state.symbols[m_symbolsSeen++];
+void NameUse::Update(const FuncSymbol& function) {
+    m_locals.Reset();
+    for (; m_symbolsSeen < m_state.symbols.size(); ++m_symbolsSeen) {
+        const CCoreSymbol& symbol = *m_state.symbols[m_symbolsSeen];
         if (symbol.GetKind() == SymbolKind::Function) Add(static_cast<const FuncSymbol&>(symbol));
         if (symbol.GetKind() == SymbolKind::Class) AddClass(static_cast<const ClassSymbol&>(symbol));
     }
     Add(function);
-    return m_changed;
 }
 
 void NameUse::Add(const FuncSymbol& function) {
@@ -179,8 +178,9 @@ void NameUse::Declare(const NameCell& cell, Certainty certainty) {
 
 void NameUse::DeclareFree(const NameCell& cell) {
     std::uint8_t& flags = FlagsOf(cell);
+    if ((flags & kFree) != 0) return;
     flags |= kFree;
-    m_changed = m_changed || (flags & kInRegister) != 0;
+    m_hasChanged = m_hasChanged || (flags & kInRegister) != 0;
 }
 
 std::uint8_t& NameUse::FlagsOf(const NameCell& cell) {

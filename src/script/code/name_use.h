@@ -23,9 +23,12 @@ class NameUse {
     explicit NameUse(const EngineState& state, NameCells& cells) : m_state(state), m_cells(cells) {}
 
     /// Looks at a function that is about to run, which need not be the engine's, and at the functions and
-    /// classes that the engine has got since the last time. True if a name that a register was given for
-    /// turns out to need its cell.
-    bool Update(const FuncSymbol& function);
+    /// classes that the engine has got since the last time.
+    void Update(const FuncSymbol& function);
+    /// Whether a name that a register was given for has turned out to need its cell, and nothing has been
+    /// done about it yet.
+    bool HasChanged() const { return m_hasChanged; }
+    void NoteChangeDone() { m_hasChanged = false; }
 
     bool NeedsCell(const NameCell& cell) const {
         if (!m_state.useRegisterLocals) return true;
@@ -60,7 +63,7 @@ class NameUse {
     std::vector<std::uint8_t> m_flags;  // by the index of the cell
     std::size_t m_symbolsSeen = 0;
     bool m_isTree = false;  // what is looked at runs as a tree
-    bool m_changed = false;
+    bool m_hasChanged = false;
 };
 
 }  // namespace brenta
