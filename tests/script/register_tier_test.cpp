@@ -1,6 +1,8 @@
 // What the register tier does by means of its own: locals in registers, frames, instructions for common
 // cases. Each program must have the same outcome with locals in registers, with all names in cells, and as a
 // tree.
+#include <ctime>
+
 #include "script/engine_state.h"
 #include "script/run_script.h"
 
@@ -148,6 +150,29 @@ TEST(RegisterTier, SharesAndGrowsLists) {
         {"function Main() { var l = {1}; l = 2; }",
          "!m(1): Assigning a scalar to a structure or list. failed"},
     });
+}
+
+/// The time that a text takes deep in a recursion does not grow with the depth.
+TEST(RegisterTier, ShowsLocalsDeepInARecursion) {
+    const ScriptRow rows[] = {
+        {"function F(n) { var x = n; if (n == 0) return 0; var r = F(n - 1); execute(\"x = x + 1\");"
+         " return r + x - n; }",
+         "=8000"},
+        {"function G(n) { var x = n; if (n == 0) return 0; execute(\"x = x + 1; y = y + 1\");"
+         " return G(n - 1) + x - n; } function F(n) { var y = 0; return G(n) - y; }",
+         "=0"},
+        {"function F(n) { { var s = n; if (n > 0) { s = F(n - 1); } else { Env.Probe.Run(\"var z = 2\"); }"
+         " execute(\"s += 1\"); return s; } }",
+         "=8001"},
+    };
+    for (const ScriptRow& row : rows) {
+        ScriptRun run(row.text);
+        const std::clock_t start = std::clock();
+        run.Execute("F(800)");
+        const std::clock_t middle = std::clock();
+        EXPECT_EQ(run.Execute("F(8000)"), row.told);
+        EXPECT_LT(std::clock() - middle, (middle - start) * 30 + CLOCKS_PER_SEC / 20) << row.text;
+    }
 }
 
 TEST(RegisterTier, CallsAsDeepAsMemoryAllows) {

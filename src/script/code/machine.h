@@ -14,11 +14,11 @@
 //
 // Showing. While a text is executed, or a host looks at names, the locals that live in registers must be
 // found under their names: Show moves those of all frames into their cells, the outermost first, and HideTo
-// moves them back. Whoever runs code for a host or a text brackets it so. Should they have left something
-// that code with locals in registers cannot see - a variable bound in a running function's scope, a module
-// that uses a name which so far nobody used freely - the locals stay in their cells, and the frames go on in
-// the other form of their code, which has all locals there. HideTo runs on the way out of failures, also when
-// memory has run out, so it needs none: Show gets ready whatever it may need.
+// moves them back, but for frames far below. Whoever runs code for a host or a text brackets it so. Should
+// they have left something that code with locals in registers cannot see - a variable bound in a running
+// function's scope, a module that uses a name which so far nobody used freely - the locals stay in their
+// cells, and the frames go on in the other form of their code, which has all locals there. HideTo runs on the
+// way out of failures, also when memory has run out, so it needs none: Show gets ready whatever it may need.
 #pragma once
 
 #include <cstdint>
@@ -66,7 +66,7 @@ class Machine final : public NameCells::Hidden {
     /// One Show.
     struct Shown {
         Frame* below;  ///< the last frame before the first that was shown
-        Frame* first;  ///< those whose locals have been moved; none if `first` is behind `last`
+        Frame* first;  ///< those whose locals will be moved back; none if `first` is behind `last`
         Frame* last;
         int depth;         ///< of the scopes, with those that were opened
         std::size_t mark;  ///< of the log behind what was shown

@@ -8,14 +8,20 @@
 // which others have run.
 //
 // The frames that are not shown are those of one entry, with nothing else's scopes among theirs, and above
-// one that has all its locals in cells there may be others, but none below it.
+// one that has all its locals in cells there may be others, but none below it. Only the upper few get their
+// locals back; the others, to which control returns later or never, take the other form of their code at
+// once. So a text that is executed deep in a recursion does not cost as much as all the calls under way.
 #include <algorithm>
+#include <cstddef>
 
 #include "script/code/compiler.h"
 #include "script/code/machine.h"
 
 namespace brenta {
 namespace {
+
+/// How many frames, at most, get their locals back. Calls that do not recurse are hardly nested deeper.
+constexpr std::ptrdiff_t kKeptFrames = 8;
 
 /// Calls `visit` for the scopes that are open at an instruction, the outermost first.
 template <class Visit>
@@ -141,8 +147,10 @@ void Machine::Show() {
     if (m_frame == m_shownFrame) return;
     Frame* const first = FirstInRegisters();
     GetReady(first, m_frame);
-    m_shown.push_back({m_shownFrame, first, m_frame, 0, 0, m_epoch});
+    Frame* const kept = m_frame - first < kKeptFrames ? first : m_frame + 1 - kKeptFrames;
+    m_shown.push_back({m_shownFrame, kept, m_frame, 0, 0, m_epoch});
     MoveToCells(first, m_frame);
+    if (first < kept) Convert(first, kept - 1);
     m_shownFrame = m_frame;
     m_shown.back().depth = m_cells.Depth();
     m_shown.back().mark = m_cells.Mark();
