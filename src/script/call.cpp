@@ -132,8 +132,8 @@ bool Executor::CallTree(FuncSymbol& function, const FunctionPlan& plan, std::siz
 FunctionPlan* Executor::PrepareCall(FuncSymbol& function, std::size_t supplied) {
     FunctionPlan* plan = SymbolAccess::Plan(function);
     if (plan == nullptr || plan->cells != &m_cells) {
-        const NameCells* owner = SymbolAccess::Table(function);
-        if (plan != nullptr || (owner != nullptr && owner != &m_cells)) {
+        const NameCells* const home = SymbolAccess::Home(function);
+        if (plan != nullptr || (home != nullptr && home != &m_cells)) {
             // Another engine's function: the names in it are not ours.
             Messages().Error("RunScript:", "Symbol '%s' is not a function.", StrPtr(function.GetName()));
             return nullptr;

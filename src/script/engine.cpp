@@ -9,6 +9,7 @@
 #include "script/created_objects.h"
 #include "script/parser.h"
 #include "script/run_guard.h"
+#include "script/symbol_access.h"
 
 namespace brenta {
 
@@ -101,6 +102,7 @@ bool CCoreScriptEngine::SetEnvironmentBlock(const TOrderedList<Var>& environment
     Messages();  // makes a silent one if there is none
     auto reflect = MakeSymbol<FuncSymbol>(StrId("reflect"));
     reflect->AddParam(nullptr, m_pMessages, StrId("value"));
+    SymbolAccess::SetHome(*reflect, Cells());
     EnterGlobal(*this, *reflect);
     m_pState->Own(reflect.release());
 

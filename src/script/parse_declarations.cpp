@@ -49,6 +49,7 @@ FuncSymbol* CCoreScriptEngine::ParseFunction(TIter<ScriptToken*>& iter) {
     ScriptToken* const name = Advance(iter, ID);
     if (name == nullptr || !AssertSymbolName(name, name->GetValue(), false)) return nullptr;
     auto function = MakeSymbol<FuncSymbol>(name->GetValue());
+    SymbolAccess::SetHome(*function, Cells());
     if (!ParseParameters(*this, iter, *function)) return nullptr;
     if (AdvanceToAny(*this, iter) == nullptr || !ParseBody(*this, iter, *function)) return nullptr;
     return function.release();

@@ -22,6 +22,13 @@ class SymbolAccess {
     /// and all objects of a class share their members' names.
     static const Value& Instance(const ClassSymbol& cls);
 
+    /// The table that the names in a function were looked up in when it was parsed; for a function that was
+    /// not parsed, the one it was bound in last. Null if there is none.
+    static const NameCells* Home(const FuncSymbol& function) {
+        return function.m_pHome != nullptr ? function.m_pHome : Table(function);
+    }
+    static void SetHome(FuncSymbol& function, const NameCells& cells) { function.m_pHome = &cells; }
+
     /// What a call of the function needs, prepared by the executor; null at first. The function deletes it
     /// with `destroy`.
     static FunctionPlan* Plan(const FuncSymbol& function) { return function.m_pPlan; }

@@ -47,6 +47,23 @@ TEST(Engine, CommandsInUnits) {
     EXPECT_EQ(crashes.Messages(), std::vector<std::string>{"Forced crash! \"Unknown UnitType\""});
 }
 
+/// Whichever engine calls it first, a function works where it was parsed, and nowhere else.
+TEST(Engine, FunctionsStayWithTheirEngine) {
+    for (const char* name : {"twice", "reflect"}) {
+        ScriptRun run("var g = 2; function twice(a) { print(a * g); }");
+        ScriptRun other("var g = 3;");
+        Var function;
+        ASSERT_TRUE(run.engine.Execute(name, function, kUnitsNone));
+        const TOrderedList<Var> five = Arguments({Var(5, kNoName)});
+        const std::string refusal = std::string("!RunScript:Symbol '") + name + "' is not a function. failed";
+        EXPECT_EQ(other.Call(function, five), refusal);
+        EXPECT_NE(run.Call(function, five), refusal);
+        EXPECT_EQ(run.Execute("twice(4)"), ">8 =null");
+        EXPECT_EQ(other.Call(function, five), refusal);
+        EXPECT_TRUE(run.Execute("reflect(twice)").starts_with(">function symbol twice(a)"));
+    }
+}
+
 TEST(Engine, CallsOfTheHost) {
     ScriptRun run(
         "var v = 5; class C { } function add(a, b) { return a + b; } function ref() { return add; }");

@@ -279,6 +279,7 @@ class BRENTA_API FuncSymbol : public ScriptSymbol {
     TOrderedList<ScriptSymbol*> m_params;
     int m_paramCount = 0;
     CompoundStatement* m_pBody = nullptr;
+    const NameCells* m_pHome = nullptr;  // the table that the names in it are in; null: a host has made it
     FunctionPlan* m_pPlan = nullptr;
     void (*m_pDeletePlan)(FunctionPlan*) = nullptr;
 };
