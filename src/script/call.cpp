@@ -162,6 +162,7 @@ bool Executor::CallReflect(std::size_t first, Value& result) {
 
 /// A refused description is printed all the same: it is what the object had to say.
 bool Executor::Reflect(const Value& value) {
+    const ShowMark shown(*this);
     DumpFormatter out;
     if (value.IsFunction()) {
         value.Function()->Dump(out);
@@ -179,7 +180,6 @@ bool Executor::Reflect(const Value& value) {
     }
     CoreString text;
     out.GetString(text);
-    const ShowMark shown(*this);
     Messages().Print("%s", text());
     return true;
 }
