@@ -182,6 +182,16 @@ TEST(RegisterTier, CallsAsDeepAsMemoryAllows) {
     EXPECT_EQ(run.Execute("D(100000)"), "=100000");
     EXPECT_EQ(run.Execute("F()"), "!m(1): Call stack overflow. failed");
     EXPECT_EQ(run.Execute("D(3)"), "=3");
+    std::string many;
+    for (int i = 0; i < 300; ++i)
+        many += "var v" + std::to_string(i) + "; ";
+    ScriptRun large("function D(n) { if (n < 0) { " + many +
+                    "} if (n == 0) { execute(\"n = 1\"); return n; }"
+                    " return 1 + D(n - 1); } function F() { if (1 == 0) { " +
+                    many + "} return F(); }");
+    EXPECT_EQ(large.Execute("D(10000)"), "=10001");
+    EXPECT_EQ(large.Execute("F()"), "!m(1): Call stack overflow. failed");
+    EXPECT_EQ(large.Execute("D(2000)"), "=2001");
 }
 
 }  // namespace brenta::test

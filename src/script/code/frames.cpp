@@ -1,4 +1,5 @@
 // Entering the machine and leaving it.
+#include <algorithm>
 #include <atomic>
 #include <new>
 #include <utility>
@@ -18,6 +19,12 @@ constexpr std::size_t kMaxFrames = kMaxRegisters + 1;
 // that an expression nests at most - and the parser lets it nest some thousand. A frame that is converted
 // when the registers are all in use finds them here.
 constexpr std::size_t kConversionRegisters = std::size_t{1} << 16;
+
+// Functions with very many locals use the registers up before so many calls are nested that scripts rely on.
+// As long as there are no more than this, further registers are taken. Such a block must be large enough for
+// allocators to take it fresh from the system, too.
+constexpr std::ptrdiff_t kGrowingFrames = 1 << 14;
+constexpr std::size_t kFurtherRegisters = std::size_t{1} << 21;
 
 /// Nobody's epoch twice, not even another engine's.
 std::uint64_t NextEpoch() {
@@ -43,14 +50,19 @@ Machine::Machine(Executor& executor)
 void Machine::Reserve() {
     if (m_memory != nullptr) return;
     constexpr std::size_t kRegisterBytes = (kMaxRegisters + kConversionRegisters) * sizeof(Value);
-    m_memory.reset(static_cast<char*>(std::calloc(kRegisterBytes + kMaxFrames * sizeof(Frame), 1)));
-    if (m_memory == nullptr) throw std::bad_alloc();
+    m_memory = AllocateZeroed(kRegisterBytes + kMaxFrames * sizeof(Frame));
     m_registersEnd = m_memory.get() + kMaxRegisters * sizeof(Value);
     m_firstFrame = reinterpret_cast<Frame*>(m_memory.get() + kRegisterBytes);
     m_framesEnd = m_firstFrame + kMaxFrames;
     m_frame = m_firstFrame;
     m_shownFrame = m_frame;
     *m_frame = {kExit, m_memory.get(), nullptr};
+}
+
+Machine::Block Machine::AllocateZeroed(std::size_t bytes) {
+    Block block(static_cast<char*>(std::calloc(bytes, 1)), &std::free);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
 }
 
 bool Machine::Prepare(FuncSymbol& function, FunctionPlan& plan) {
@@ -89,6 +101,7 @@ class Machine::Entry {
           m_executor(machine.m_executor),
           m_base(base),
           m_frame(machine.m_frame),
+          m_registersEnd(machine.m_registersEnd),
           m_showMark(machine.ShowMark()),
           m_depth(machine.m_cells.Depth()),
           m_addedScopes(machine.m_addedScopes),
@@ -108,6 +121,7 @@ class Machine::Entry {
                 reinterpret_cast<Value*>(at)->Clear();
         }
         m_machine.m_frame = m_frame;
+        m_machine.m_registersEnd = m_registersEnd;
         m_machine.m_cells.PopTo(m_depth);
         m_machine.m_addedScopes = m_addedScopes;
         --m_executor.m_functionDepth;
@@ -122,6 +136,7 @@ class Machine::Entry {
     Executor& m_executor;
     char* const m_base;
     Frame* const m_frame;
+    const char* const m_registersEnd;
     const std::size_t m_showMark;
     const int m_depth;
     const std::int64_t m_addedScopes;
@@ -132,15 +147,29 @@ char* Machine::FreeRegisters() const {
     return m_frame->base + (m_frame->code != nullptr ? m_frame->code->frameBytes : 0);
 }
 
+/// How many bytes of registers a further block has for a function and those that it calls. There must be a
+/// frame for each register.
+std::size_t Machine::FurtherBytes(const FunctionPlan& plan) const {
+    const auto frames = static_cast<std::size_t>(m_framesEnd - m_frame) - 2;
+    const std::size_t registers = std::min(kFurtherRegisters, frames);
+    return std::max(registers * sizeof(Value), static_cast<std::size_t>(plan.frameBytes));
+}
+
 bool Machine::Run(FuncSymbol& function, const FunctionPlan& plan, std::size_t first, Value& result) {
-    char* const base = FreeRegisters();
+    const bool hasRoom = HasRoom(FreeRegisters(), plan.frameBytes);
+    const bool mayGrow = m_frame - m_firstFrame < kGrowingFrames;
     // Two frames: the entry's and the function's.
-    if (m_executor.StackIsLow() || m_frame + 2 >= m_framesEnd || !HasRoom(base, plan.frameBytes))
+    if (m_executor.StackIsLow() || m_frame + 2 >= m_framesEnd || !(hasRoom || mayGrow))
         return Overflow(function);
+    Block further{nullptr, &std::free};
+    const std::size_t bytes = hasRoom ? 0 : FurtherBytes(plan);
+    if (!hasRoom) further = AllocateZeroed(bytes + kConversionRegisters * sizeof(Value));
+    char* const base = hasRoom ? FreeRegisters() : further.get();
     // So the frames that are not shown are always those of one entry.
     const Executor::ShowMark shown(m_executor);
     Show();
     const Entry entry(*this, base);
+    if (!hasRoom) m_registersEnd = base + bytes;
     const Frame* const entryFrame = m_frame;
     for (std::int32_t i = 0; i < plan.parameterCount; ++i)
         reinterpret_cast<Value*>(base)[i] = m_executor.TakeArgument(first + static_cast<std::size_t>(i));

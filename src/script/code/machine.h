@@ -3,7 +3,8 @@
 // Frames. All registers lie on one stack that never moves, each function's where its caller has put the
 // arguments; a second stack says what each frame runs and where it is. A call of a script function within a
 // script takes no native stack. That is left for what goes through a host object, an executed text, or an
-// expression that is evaluated as a tree: then the machine is entered once more, above the frames in use.
+// expression that is evaluated as a tree: then the machine is entered once more, above the frames in use. So
+// it is for a call for which no registers are left, if not so many calls are nested: it gets another block.
 //
 // Slow ways. The loop does what is common: numbers, elements and members that are where they were last time,
 // calls of functions whose code is there. All else it hands to a routine that does the whole instruction by
@@ -81,7 +82,10 @@ class Machine final : public NameCells::Hidden {
     bool StopRequested() const { return m_stop.load(std::memory_order_relaxed); }
 
     // Frames (frames.cpp).
+    using Block = std::unique_ptr<char, decltype(&std::free)>;
+    static Block AllocateZeroed(std::size_t bytes);
     void Reserve();
+    std::size_t FurtherBytes(const FunctionPlan& plan) const;
     /// Every frame has registers, so that there are enough frames for them.
     bool HasRoom(const char* base, std::int64_t bytes) const { return m_registersEnd - base >= bytes; }
     char* FreeRegisters() const;
@@ -181,7 +185,7 @@ class Machine final : public NameCells::Hidden {
     const std::atomic<bool>& m_stop;
     NameUse m_names;
     std::uint64_t m_epoch;
-    std::unique_ptr<char, decltype(&std::free)> m_memory{nullptr, &std::free};  // registers, then frames
+    Block m_memory{nullptr, &std::free};  // registers, then frames
     const char* m_registersEnd = nullptr;
     const Frame* m_framesEnd = nullptr;
     Frame* m_firstFrame = nullptr;  // stands below all entries

@@ -22,7 +22,7 @@ const Instruction* Machine::SlowCall(const Instruction* pc) {
     FunctionPlan* const plan = m_executor.PrepareCall(function, static_cast<std::size_t>(pc->n));
     const bool isReady = plan != nullptr && !plan->isReflect && Prepare(function, *plan);
     if (isReady && HasRoom(m_frame->base + pc->d, plan->frameBytes)) return m_frame->pc;
-    const bool called = isReady ? Overflow(function) : plan != nullptr && CallNatively(m_frame->pc, function);
+    const bool called = plan != nullptr && CallNatively(m_frame->pc, function);
     return called || m_executor.ReportCall(node, kNoName) ? m_frame->pc + 1 : failed;
 }
 
@@ -33,7 +33,7 @@ std::size_t Machine::PushArguments(Value* first, int count) {
     return mark;
 }
 
-/// `reflect`, and functions that run as trees.
+/// `reflect`, functions that run as trees, and calls for which there are no registers left.
 bool Machine::CallNatively(const Instruction* pc, FuncSymbol& function) {
     const std::size_t first = PushArguments(&D(pc), pc->n);
     Value result;
