@@ -98,6 +98,7 @@ class NameCells {
      public:
         /// Makes room for what the innermost `scopes` scopes of `cells` hold.
         void Reserve(const NameCells& cells, std::size_t scopes);
+        bool IsEmpty() const { return m_loose.empty(); }
 
      private:
         friend class NameCells;

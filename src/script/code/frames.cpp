@@ -72,7 +72,6 @@ bool Machine::Prepare(FuncSymbol& function, FunctionPlan& plan) {
     m_names.Update(function);
     if (m_names.HasChanged()) {
         Frame* const first = FirstInRegisters();
-        GetReady(first, m_frame);
         MoveToCells(first, m_frame);
         Convert(first, m_frame);
         m_epoch = NextEpoch();

@@ -99,7 +99,7 @@ class Machine final : public NameCells::Hidden {
 
     // Showing (show_frames.cpp).
     Frame* FirstInRegisters() const;
-    void GetReady(const Frame* first, const Frame* last);
+    std::size_t GetReady(const Frame* first, const Frame* last);
     void MoveToCells(const Frame* first, const Frame* last);
     void MoveBack(const Frame* first, const Frame* last);
     void BindSlots(const Frame& frame, const ScopeRecord& scope);

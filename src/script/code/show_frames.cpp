@@ -21,7 +21,7 @@ namespace brenta {
 namespace {
 
 /// How many frames, at most, get their locals back. Calls that do not recurse are hardly nested deeper.
-constexpr std::ptrdiff_t kKeptFrames = 8;
+constexpr std::ptrdiff_t kKeptFrames = 32;
 
 /// Calls `visit` for the scopes that are open at an instruction, the outermost first.
 template <class Visit>
@@ -55,8 +55,9 @@ Machine::Frame* Machine::FirstInRegisters() const {
     return first;
 }
 
-/// Gets all the memory that it takes to move the locals of frames into cells, and to leave them there.
-void Machine::GetReady(const Frame* first, const Frame* last) {
+/// Gets all the memory that it takes to move the locals of frames into cells, to leave them there, and to
+/// move them back. How many scopes are open.
+std::size_t Machine::GetReady(const Frame* first, const Frame* last) {
     std::size_t slots = 0;
     std::size_t scopes = 0;
     std::size_t opened = 0;
@@ -71,10 +72,12 @@ void Machine::GetReady(const Frame* first, const Frame* last) {
     }
     m_cells.Reserve(slots, scopes);
     m_taken.Reserve(m_cells, opened);
+    return opened;
 }
 
 void Machine::MoveToCells(const Frame* first, const Frame* last) {
-    for (const Frame* frame = last; frame >= first; --frame) {
+    const std::size_t opened = GetReady(first, last);
+    for (const Frame* frame = last; opened > 0 && frame >= first; --frame) {
         FromInnermost(*frame->code, frame->code->IndexOf(frame->pc), [&](const ScopeRecord& scope) {
             if (scope.isOpened) m_cells.TakeScope(m_taken);
         });
@@ -102,7 +105,7 @@ void Machine::MoveBack(const Frame* first, const Frame* last) {
             --m_addedScopes;
         });
     }
-    for (const Frame* frame = first; frame <= last; ++frame) {
+    for (const Frame* frame = first; !m_taken.IsEmpty() && frame <= last; ++frame) {
         FromOutermost(*frame->code, frame->code->IndexOf(frame->pc), [&](const ScopeRecord& scope) {
             if (scope.isOpened) m_cells.PutScope(m_taken);
         });
@@ -146,14 +149,12 @@ void Machine::Convert(Frame* first, Frame* last) {
 void Machine::Show() {
     if (m_frame == m_shownFrame) return;
     Frame* const first = FirstInRegisters();
-    GetReady(first, m_frame);
     Frame* const kept = m_frame - first < kKeptFrames ? first : m_frame + 1 - kKeptFrames;
-    m_shown.push_back({m_shownFrame, kept, m_frame, 0, 0, m_epoch});
+    if (m_shown.size() == m_shown.capacity()) m_shown.reserve(m_shown.size() * 2 + 1);
     MoveToCells(first, m_frame);
     if (first < kept) Convert(first, kept - 1);
+    m_shown.push_back({m_shownFrame, kept, m_frame, m_cells.Depth(), m_cells.Mark(), m_epoch});
     m_shownFrame = m_frame;
-    m_shown.back().depth = m_cells.Depth();
-    m_shown.back().mark = m_cells.Mark();
 }
 
 /// What others have bound meanwhile stays bound, in the innermost scope. A host may even have closed scopes
