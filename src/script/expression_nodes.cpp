@@ -4,6 +4,8 @@
 #include <memory>
 #include <new>
 
+#include "brenta/heap.h"
+
 namespace brenta {
 namespace {
 
@@ -15,7 +17,8 @@ constexpr std::size_t kLargestBlock = std::size_t{1} << 24;
 ExpressionNodes* ExpressionNodes::Create(std::size_t capacity) {
     static_assert(sizeof(ExpressionNodes) % alignof(Node) == 0);
     capacity = std::clamp<std::size_t>(capacity, 1, kLargestBlock);
-    void* const block = ::operator new(sizeof(ExpressionNodes) + capacity * sizeof(Node));
+    void* const block = HeapNew(sizeof(ExpressionNodes) + capacity * sizeof(Node));
+    if (block == nullptr) throw std::bad_alloc();
     return new (block) ExpressionNodes(static_cast<std::uint32_t>(capacity));
 }
 
@@ -23,7 +26,7 @@ void ExpressionNodes::Destroy(ExpressionNodes* nodes) {
     while (nodes != nullptr) {
         ExpressionNodes* const more = nodes->m_pMore;
         nodes->~ExpressionNodes();
-        ::operator delete(nodes);
+        HeapDelete(nodes);
         nodes = more;
     }
 }
