@@ -14,14 +14,12 @@ std::uint32_t ExactCache::RemoveOlder(std::size_t size, HeapBlock* blocks) {
     return removed;
 }
 
-bool ExactCache::MoveTo(ExactCache& other, std::size_t size) {
-    if (IsEmpty(size) || !m_lock.Visit()) return false;
+std::uint32_t ExactCache::MoveTo(ExactCache& other, std::size_t size) {
     const std::uint32_t count = Count(size);
     std::copy_n(m_blocks[size - kSmallest], count, other.m_blocks[size - kSmallest]);
     other.SetCount(size, count);
     SetCount(size, 0);
-    m_lock.EndVisit();
-    return count != 0;
+    return count;
 }
 
 }  // namespace brenta

@@ -41,6 +41,12 @@ HeapCore* GlobalCore() {
     return g_pGlobalCore.load(std::memory_order_acquire);
 }
 
+/// Stands apart from the usual way, which then needs no frame.
+[[gnu::noinline]] void* AllocateInLock(int size) {
+    HeapCore* const core = GlobalCore();
+    return core ? core->Allocate(size) : nullptr;
+}
+
 /// Copies what fits and clears the rest.
 void MoveContent(char* to, std::size_t newSize, const char* from, std::size_t kept) {
     std::memcpy(to, from, kept);
@@ -112,46 +118,39 @@ bool HeapCore::NewPage(Lane lane, std::size_t size) {
     return true;
 }
 
+/// The calling thread's store; null if it or the heap has none.
+inline ThreadStore* HeapCore::CallersStore() {
+    return m_hasThreadStores ? ThreadStore::Present() : nullptr;
+}
+
 // ---------------------------------------------------------------------------------------------------------
 // HeapCore: the exact lane
 
 void* HeapCore::Allocate(int size) {
     if (size < 0) return nullptr;
-    const std::size_t bytes = std::max(static_cast<std::size_t>(size), std::size_t{1});
-    if (m_hasExactCaches && ExactCache::Keeps(bytes)) {
-        ThreadStore* const store = ThreadStore::Present();
-        char* const p = store ? store->Exact().Take(bytes) : nullptr;
-        if (p) return p;
-    }
     const os::LockGuard guard(m_lock);
-    return AllocateExact(bytes);
+    return AllocateExact(std::max(static_cast<std::size_t>(size), std::size_t{1}));
 }
 
-inline void HeapCore::FreeExact(COnePage& page, char* p) {
+inline void HeapCore::FreeExact(ThreadStore* store, COnePage& page, char* p) {
     ExactNote& note = page.ExactNoteOf(p);
     const std::size_t size = note.LongSize(ByteInGranule(p));
     if (size == 0) return FreeShort(page, p);
-    if (!note.ClearLongLive(os::SingleThreaded())) return;
-    const HeapBlock block{p, &note};
-    if (m_hasExactCaches && ExactCache::Keeps(size)) {
-        ThreadStore* const store = ThreadStore::Present();
-        if (store && store->Exact().Put(size, block)) return;
-    }
-    KeepExact(page, size, block);
+    const bool isKept = store && m_hasExactCaches && ExactCache::Keeps(size);
+    if (isKept && store->FreeExact(size, p, note)) return;
+    FreeInLock(page, {p, &note}, note.life);
 }
 
 char* HeapCore::ReAllocExact(COnePage& page, char* p, int size, bool& known) {
     const os::LockGuard guard(m_lock);
-    const ExactNote& note = page.ExactNoteOf(p);
-    const unsigned byte = ByteInGranule(p);
-    known = note.IsLive(byte);
+    known = page.ExactNoteOf(p).IsInUse(ByteInGranule(p));
     if (!known || size < 0) return nullptr;
-    const std::size_t oldSize = note.SizeOfBlock(byte);
+    const std::size_t oldSize = page.ExactSize(p);
     const std::size_t newSize = std::max(static_cast<std::size_t>(size), std::size_t{1});
     char* const fresh = AllocateExact(newSize);
     if (!fresh) return nullptr;
     MoveContent(fresh, newSize, p, std::min(oldSize, static_cast<std::size_t>(size)));
-    FreeExact(page, p);
+    FreeExact(CallersStore(), page, p);
     return fresh;
 }
 
@@ -169,7 +168,7 @@ void* HeapCore::AllocateAligned(std::size_t size) {
     } else {
         HeapBlock block;
         if (TakeFree(RoundUp(size), &block, 1, 1) == 1) {
-            SetAlignedLive(block);
+            static_cast<BlockLife*>(block.pNote)->Start(BlockLife::Mark(0));
             p = block.p;
         }
     }
@@ -213,34 +212,29 @@ HeapBlock HeapCore::CarveAligned(std::size_t size) {
 
 void HeapCore::GiveFree(std::size_t size, const HeapBlock* blocks, unsigned count) {
     const os::LockGuard guard(m_lock);
-    for (unsigned i = 0; i < count; ++i)
-        AddToFreeStore(*m_index.Find(blocks[i].p), size, blocks[i]);
-}
-
-/// Two threads may free the same block at once by mistake: the exchange lets one of them have it.
-inline void HeapCore::FreeAligned(COnePage& page, char* p) {
-    if (ByteInGranule(p) != 0) return;
-    AlignedNote& rawNote = page.AlignedNoteOf(p);
-    const std::atomic_ref<AlignedNote> note(rawNote);
-    const AlignedNote seen = note.load(std::memory_order_relaxed);
-    if ((seen & kLive) == 0) return;
-    const AlignedNote freed = seen & kGranulesMask;
-    if (os::SingleThreaded()) {
-        note.store(freed, std::memory_order_relaxed);
-    } else if ((note.exchange(freed, std::memory_order_relaxed) & kLive) == 0) {
+    if (size > RegionStore::kLargestSize) {
+        for (unsigned i = 0; i < count; ++i)
+            Of(Lane::Aligned).store.Add(size, blocks[i]);
         return;
     }
-    const std::size_t size = page.AlignedSize(freed);
-    Poison(p, size);
-    const HeapBlock block{p, &rawNote};
-    if (m_hasThreadStores && size <= ThreadStore::kLargestSize) {
-        ThreadStore* const store = ThreadStore::Present();
-        if (store && store->Put(size, block)) return;
+    RegionSet* set = nullptr;  // of the block before, as a rule of the next one, too
+    for (unsigned i = 0; i < count; ++i) {
+        if (!set || !set->Covers(blocks[i].p))
+            set = m_index.Find(blocks[i].p)->RegionSetOf(blocks[i].p, size);
+        if (set) m_smallAligned.Add(*set, size, blocks[i].p);
     }
-    KeepAligned(size, block);
 }
 
-/// The rarer part of FreeAligned: into a thread store that is not there yet or full, or into the heap.
+inline void HeapCore::FreeAligned(ThreadStore* store, COnePage& page, char* p) {
+    if (ByteInGranule(p) != 0) return;
+    BlockLife& life = page.AlignedLifeOf(p);
+    const std::size_t size = page.AlignedSize(life.Load());
+    const bool isKept = store && size - 1 < ThreadStore::kLargestSize;
+    if (isKept && store->Free(size, p, life)) return Poison(p, size);
+    FreeInLock(page, {p, &life}, life);
+}
+
+/// Keeps a block that is not in use: in the thread's store or, without one, in the heap.
 void HeapCore::KeepAligned(std::size_t size, HeapBlock block) {
     ThreadStore* store = nullptr;
     if (m_hasThreadStores && size <= ThreadStore::kLargestSize) store = ThreadStore::Get(*this);
@@ -251,30 +245,64 @@ void HeapCore::KeepAligned(std::size_t size, HeapBlock block) {
 
 char* HeapCore::ReAllocAligned(COnePage& page, char* p, int size, bool& known) {
     if (ByteInGranule(p) != 0) return nullptr;
-    const AlignedNote note = std::atomic_ref(page.AlignedNoteOf(p)).load(std::memory_order_relaxed);
-    known = (note & kLive) != 0;
+    const std::uint32_t word = page.AlignedLifeOf(p).Load();
+    known = BlockLife::IsInUse(word);
     if (!known || size < 0) return nullptr;
-    const std::size_t oldSize = page.AlignedSize(note);
+    const std::size_t oldSize = page.AlignedSize(word);
     const std::size_t newSize = std::max(static_cast<std::size_t>(size), std::size_t{1});
     char* const fresh = static_cast<char*>(AllocateAligned(newSize));
     if (!fresh) return nullptr;
     Unpoison(p, oldSize);
     MoveContent(fresh, newSize, p, std::min(oldSize, static_cast<std::size_t>(size)));
-    FreeAligned(page, p);
+    FreeAligned(CallersStore(), page, p);
     return fresh;
 }
 
 // ---------------------------------------------------------------------------------------------------------
 // HeapCore: both lanes
 
-inline void HeapCore::Free(void* p) {
-    COnePage* const page = m_index.Find(p);
-    char* const bytes = static_cast<char*>(p);
-    if (!page) return;
-    if (page->GetLane() == Lane::Aligned) {
-        FreeAligned(*page, bytes);
+/// Frees what the thread's store did not take: a block of another owner, one too many, a large one - or one
+/// that is not in use at all, which is left alone.
+void HeapCore::FreeInLock(COnePage& page, HeapBlock block, BlockLife& life) {
+    const os::LockGuard guard(m_lock);
+    const bool isExact = page.GetLane() == Lane::Exact;
+    std::uint32_t word;
+    ThreadStore* owner;
+    do {
+        word = life.Load();
+        if (!BlockLife::IsInUse(word)) return;
+        owner = ThreadStore::OtherOwnerOf(word);
+    } while (!life.Change(word, owner ? word | BlockLife::kAstray : BlockLife::SizeOf(word)));
+    const std::size_t size = isExact ? page.ExactSize(block.p) : page.AlignedSize(word);
+    if (!isExact) Poison(block.p, size);
+    if (owner) return owner->AddAstray(*this, block.p);
+    isExact ? KeepExact(page, size, block) : KeepAligned(size, block);
+}
+
+void HeapCore::FreeAstray(char* p, std::uint32_t mark) {
+    COnePage& page = *m_index.Find(p);
+    const bool isExact = page.GetLane() == Lane::Exact;
+    ExactNote* const note = isExact ? &page.ExactNoteOf(p) : nullptr;
+    BlockLife& life = isExact ? note->life : page.AlignedLifeOf(p);
+    const std::uint32_t word = life.Load();
+    if (BlockLife::MarkOf(word) != mark) return;
+    life.End(word);
+    if (isExact) {
+        AddToFreeStore(page, page.ExactSize(p), {p, note});
     } else {
-        FreeExact(*page, bytes);
+        AddToFreeStore(page, page.AlignedSize(word), {p, &life});
+    }
+}
+
+inline void HeapCore::Free(void* p) {
+    ThreadStore* const store = CallersStore();
+    COnePage* const page = m_index.Find(p);
+    if (!page) return;
+    char* const bytes = static_cast<char*>(p);
+    if (page->GetLane() == Lane::Aligned) {
+        FreeAligned(store, *page, bytes);
+    } else {
+        FreeExact(store, *page, bytes);
     }
 }
 
@@ -366,8 +394,12 @@ std::uint32_t CHeap::GetReuseCount() const {
 // The global heap
 
 void* CoreAllocate(int size) {
-    HeapCore* const core = GlobalCore();
-    return core ? core->Allocate(size) : nullptr;
+    ThreadStore* const store = ThreadStore::Present();
+    if (store && ExactCache::Keeps(static_cast<std::size_t>(size))) [[likely]] {
+        if (char* p = store->TakeExact(static_cast<std::size_t>(size))) [[likely]]
+            return p;
+    }
+    return AllocateInLock(size);
 }
 
 void CoreFree(void* p) {

@@ -13,6 +13,8 @@
 
 namespace brenta {
 
+class ThreadStore;
+
 class HeapCore {
  public:
     HeapCore(const char* name, int pageSize);
@@ -42,7 +44,9 @@ class HeapCore {
     /// Takes freed blocks, the one freed last at the end.
     void GiveFree(std::size_t size, const HeapBlock* blocks, unsigned count);
 
-    /// Takes all blocks from the cache of a thread that ends.
+    /// Frees a block if it still has this mark, of a block that strayed from its owner. Under the lock.
+    void FreeAstray(char* p, std::uint32_t mark);
+    /// Takes all blocks from the cache of a thread that ends. Under the lock.
     void GiveExact(ExactCache& cache);
 
     os::Lock& GetLock() { return m_lock; }
@@ -60,25 +64,28 @@ class HeapCore {
     COnePage* AddPage(Lane lane, std::size_t size, bool forOneBlock);
     bool NewPage(Lane lane, std::size_t size);
     char* AllocateExact(std::size_t size);
-    char* AllocateThrough(ExactCache& cache, std::size_t size);
-    char* CarveExact(std::size_t size);
-    ExactCache* CacheFor(std::size_t size);
+    char* AllocateThrough(ThreadStore& store, std::size_t size);
+    void FillUp(ExactCache& cache, std::size_t size);
+    char* CarveExact(std::size_t size, std::uint32_t mark);
+    ThreadStore* StoreFor(std::size_t size);
     unsigned TakeKept(std::size_t size, HeapBlock* blocks, unsigned count);
     HeapBlock CarveAligned(std::size_t size);
-    void FreeExact(COnePage& page, char* p);
+    void FreeExact(ThreadStore* store, COnePage& page, char* p);
+    ThreadStore* CallersStore();
+    void FreeInLock(COnePage& page, HeapBlock block, BlockLife& life);
     void FreeShort(COnePage& page, char* p);
     void KeepExact(COnePage& page, std::size_t size, HeapBlock block);
     void MoveOlder(ExactCache& cache, std::size_t size);
-    void FreeAligned(COnePage& page, char* p);
+    void FreeAligned(ThreadStore* store, COnePage& page, char* p);
     void KeepAligned(std::size_t size, HeapBlock block);
     char* ReAllocExact(COnePage& page, char* p, int size, bool& known);
     char* ReAllocAligned(COnePage& page, char* p, int size, bool& known);
 
-    /// Keeps a free block of a page.
+    /// Keeps a free block of a page. Without memory it is lost to the heap until that ends.
     void AddToFreeStore(COnePage& page, std::size_t size, HeapBlock block) {
         const Lane lane = page.GetLane();
         if (lane == Lane::Aligned && size <= RegionStore::kLargestSize) {
-            m_smallAligned.Add(page, size, block.p);
+            if (RegionSet* set = page.RegionSetOf(block.p, size)) m_smallAligned.Add(*set, size, block.p);
         } else {
             Of(lane).store.Add(size, block);
         }

@@ -7,41 +7,44 @@
 namespace brenta {
 
 char* HeapCore::AllocateExact(std::size_t size) {
-    if (ExactCache* const cache = CacheFor(size)) return AllocateThrough(*cache, size);
+    if (ThreadStore* const store = StoreFor(size)) return AllocateThrough(*store, size);
     ExactCache::Increment(m_allocations);
     BlockStack* const stack = Of(Lane::Exact).store.Find(size);
-    if (!stack || stack->IsEmpty()) return CarveExact(size);
+    if (!stack || stack->IsEmpty()) return CarveExact(size, BlockLife::Mark(0));
     ExactCache::Increment(m_reuses);
     const HeapBlock block = stack->Pop();
-    SetExactLive(block);
+    static_cast<ExactNote*>(block.pNote)->Start(ByteInGranule(block.p), BlockLife::Mark(0));
     return block.p;
 }
 
-/// From the thread's cache, filled up from the free store or from another thread, before anything is carved.
-char* HeapCore::AllocateThrough(ExactCache& cache, std::size_t size) {
-    if (cache.IsEmpty(size)) {
-        HeapBlock blocks[ExactCache::kDepth / 2];
-        const std::uint32_t count = Of(Lane::Exact).store.Find(size)->PopSome(blocks, ExactCache::kDepth / 2);
-        for (std::uint32_t i = 0; i < count; ++i)
-            cache.Push(size, blocks[i]);
-        if (count == 0) ThreadStore::TakeFromOthers(cache, size);
-    }
-    if (!cache.IsEmpty(size)) return cache.Pop(size);
+/// From the thread's cache, filled up from the free store or from other threads, before anything is carved.
+char* HeapCore::AllocateThrough(ThreadStore& store, std::size_t size) {
+    ExactCache& cache = store.Exact();
+    if (cache.IsEmpty(size)) FillUp(cache, size);
+    if (cache.IsEmpty(size) && ThreadStore::CollectAllAstray(*this) != 0) FillUp(cache, size);
+    if (cache.IsEmpty(size)) ThreadStore::TakeFromOthers(store, size);
+    if (!cache.IsEmpty(size)) return cache.Pop(size, store.GetMark());
     ExactCache::Increment(cache.carved);
-    return CarveExact(size);
+    return CarveExact(size, store.GetMark());
 }
 
-/// The calling thread's cache for blocks of this size; null if there is none.
-ExactCache* HeapCore::CacheFor(std::size_t size) {
-    if (!m_hasExactCaches || !ExactCache::Keeps(size)) return nullptr;
-    ThreadStore* const store = ThreadStore::Get(*this);
-    return store ? &store->Exact() : nullptr;
+/// Moves blocks from the free store to a thread's empty cache.
+void HeapCore::FillUp(ExactCache& cache, std::size_t size) {
+    HeapBlock blocks[ExactCache::kDepth / 2];
+    const std::uint32_t count = Of(Lane::Exact).store.Find(size)->PopSome(blocks, ExactCache::kDepth / 2);
+    for (std::uint32_t i = 0; i < count; ++i)
+        cache.Push(size, blocks[i]);
 }
 
-char* HeapCore::CarveExact(std::size_t size) {
+/// The calling thread's store if it keeps blocks of this size; null if not.
+ThreadStore* HeapCore::StoreFor(std::size_t size) {
+    return m_hasExactCaches && ExactCache::Keeps(size) ? ThreadStore::Get(*this) : nullptr;
+}
+
+char* HeapCore::CarveExact(std::size_t size, std::uint32_t mark) {
     LaneState& lane = Of(Lane::Exact);
     if ((!lane.pCurrent || lane.pCurrent->Left() < size) && !NewPage(Lane::Exact, size)) return nullptr;
-    return lane.pCurrent->Carve(size);
+    return lane.pCurrent->Carve(size, mark);
 }
 
 void HeapCore::FreeShort(COnePage& page, char* p) {
@@ -49,17 +52,16 @@ void HeapCore::FreeShort(COnePage& page, char* p) {
     ExactNote& note = page.ExactNoteOf(p);
     const unsigned byte = ByteInGranule(p);
     if (!note.IsShortLive(byte)) return;
-    note.ClearShortLive(byte);
+    note.EndShort(byte);
     AddToFreeStore(page, note.SizeOfBlock(byte), {p, &note});
 }
 
-/// The rarer part of FreeExact: into a cache that is full, visited or not there yet, or into the free store.
+/// Keeps a block that is not in use: in the thread's cache or, without one, in the free store.
 void HeapCore::KeepExact(COnePage& page, std::size_t size, HeapBlock block) {
-    const os::LockGuard guard(m_lock);
-    ExactCache* const cache = CacheFor(size);
-    if (!cache) return AddToFreeStore(page, size, block);
-    if (cache->IsFull(size)) MoveOlder(*cache, size);
-    cache->Push(size, block);
+    ThreadStore* const store = StoreFor(size);
+    if (!store) return AddToFreeStore(page, size, block);
+    if (store->Exact().IsFull(size)) MoveOlder(store->Exact(), size);
+    store->Exact().Push(size, block);
 }
 
 void HeapCore::MoveOlder(ExactCache& cache, std::size_t size) {

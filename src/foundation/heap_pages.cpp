@@ -19,11 +19,11 @@ COnePage* COnePage::Create(Lane lane, std::size_t size, bool forOneBlock) {
     if (!page) return nullptr;
     page->m_pBytes = static_cast<char*>(std::malloc(size));
     // calloc, because it gets zeroes from the system for nothing.
-    void* noteBytes = std::calloc(notes, lane == Lane::Exact ? sizeof(ExactNote) : sizeof(AlignedNote));
+    void* noteBytes = std::calloc(notes, lane == Lane::Exact ? sizeof(ExactNote) : sizeof(BlockLife));
     if (lane == Lane::Exact) {
         page->m_pExact = static_cast<ExactNote*>(noteBytes);
     } else {
-        page->m_pAligned = static_cast<AlignedNote*>(noteBytes);
+        page->m_pAligned = static_cast<BlockLife*>(noteBytes);
     }
     page->m_size = size;
     page->m_left = size;
@@ -50,38 +50,45 @@ COnePage::~COnePage() {
     }
 }
 
-void* COnePage::NoteBlock(std::size_t offset, std::size_t size, bool live) {
+void* COnePage::NoteBlock(std::size_t offset, std::size_t size, std::uint32_t mark) {
     if (m_lane == Lane::Exact) {
-        ExactNote& note = m_pExact[offset / kGranule];
-        note.AddBlock(static_cast<unsigned>(offset % kGranule), size, live);
-        return &note;
+        NoteExact(offset, size, mark);
+        return &m_pExact[offset / kGranule];
     }
-    AlignedNote& note = m_pAligned[offset / kGranule];
-    const auto granules = m_forOneBlock ? kWholePage : static_cast<AlignedNote>(size / kGranule);
-    std::atomic_ref<AlignedNote>(note).store(live ? granules | kLive : granules, std::memory_order_relaxed);
-    return &note;
+    BlockLife& life = m_pAligned[offset / kGranule];
+    life.Store((m_forOneBlock ? kWholePage : static_cast<std::uint32_t>(size / kGranule)) | mark);
+    return &life;
 }
 
-RegionSet* COnePage::RegionSetOf(const char* p, std::size_t sizeIndex) {
+void COnePage::NoteExact(std::size_t offset, std::size_t size, std::uint32_t mark) {
+    ExactNote& note = m_pExact[offset / kGranule];
+    const bool fits = size < ExactNote::kNotedElsewhere;
+    if (!fits && !m_forOneBlock) (&note)[1].KeepSize(size);
+    note.AddBlock(static_cast<unsigned>(offset % kGranule),
+                  fits ? static_cast<std::uint32_t>(size) : ExactNote::kNotedElsewhere, mark);
+}
+
+RegionSet* COnePage::RegionSetOf(const char* p, std::size_t size) {
     if (!m_pRegionSets) {
         const std::size_t count = RegionCount() * kSmallSizes;
         m_pRegionSets = static_cast<RegionSet**>(std::calloc(count, sizeof(void*)));
         if (!m_pRegionSets) return nullptr;
     }
     const std::size_t region = static_cast<std::size_t>(p - m_pBytes) / kRegionSize;
-    RegionSet*& set = m_pRegionSets[region * kSmallSizes + sizeIndex];
+    RegionSet*& set = m_pRegionSets[region * kSmallSizes + size / kGranule - 1];
     if (!set) {
         set = static_cast<RegionSet*>(std::calloc(1, sizeof(RegionSet)));
         if (!set) return nullptr;
         set->pPage = this;
         set->pStart = m_pBytes + region * kRegionSize;
+        set->size = std::min(kRegionSize, m_size - region * kRegionSize);
     }
     return set;
 }
 
-char* COnePage::Carve(std::size_t size) {
+char* COnePage::Carve(std::size_t size, std::uint32_t mark) {
     const std::size_t offset = Used();
-    NoteBlock(offset, size, true);
+    NoteBlock(offset, size, mark);
     m_used.store(offset + size, std::memory_order_relaxed);
     m_left -= size;
     return m_pBytes + offset;
@@ -89,7 +96,7 @@ char* COnePage::Carve(std::size_t size) {
 
 HeapBlock COnePage::CarveFree(std::size_t size) {
     const std::size_t offset = Used();
-    void* const note = NoteBlock(offset, size, false);
+    void* const note = NoteBlock(offset, size, 0);
     m_used.store(offset + size, std::memory_order_relaxed);
     m_left -= size;
     return {m_pBytes + offset, note};
@@ -100,7 +107,7 @@ HeapBlock COnePage::TakeRest(std::size_t& size) {
     size = m_lane == Lane::Exact ? m_left : m_left / kGranule * kGranule;
     m_left = 0;
     if (m_lane == Lane::Aligned) m_used.store(offset + size, std::memory_order_relaxed);
-    return {m_pBytes + offset, NoteBlock(offset, size, false)};
+    return {m_pBytes + offset, NoteBlock(offset, size, 0)};
 }
 
 // ---------------------------------------------------------------------------------------------------------

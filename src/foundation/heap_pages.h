@@ -13,25 +13,28 @@
 // A block never changes its start or its size once it is carved: nothing is split and nothing merged. So the
 // notes about a page need no search. There is one note for each *granule* of 16 bytes:
 //
-// - Aligned lane: a granule holds the start of one block or none. Its note is 16 bits, the block's number of
-//   granules (0: no block starts here) and the bit kLive while the block is in use. Threads read and write it
-//   without a lock, so it is only touched as an atomic.
+// - Aligned lane: a granule holds the start of one block or none. Its note is the block's life
+//   (block_life.h), with its number of granules; 0: no block starts here.
 //
 // - Exact lane: up to 16 blocks can start in one granule. Its note has one bit per byte for "a block starts
 //   here", and the size of the block that starts last in the granule. The sizes of the others need no room:
 //   blocks are adjacent, so each ends where the next one starts. Whether a block is in use is one more bit
 //   per byte for the short blocks, those of less than a granule, which are used under the heap's lock alone.
-//   A block of a granule or more is the last to start in its granule for ever, so its bit stands beside its
-//   size, in a word that nobody else writes: threads free and reuse such blocks without the lock.
+//   A block of a granule or more is the last to start in its granule for ever, so its life stands beside the
+//   starts, in a word that nobody else writes: threads free and reuse such blocks without the lock.
 //
 // The notes lie outside the page, all zero at first, and the system provides their memory only as they are
-// touched. A page that was made for one large block has the note of its first granule only.
+// touched. A page that was made for one large block has the note of its first granule only, and is as large
+// as the block. Other blocks whose size has no room in a life have it in the next granule's note, where no
+// block can start.
 #pragma once
 
 #include <atomic>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+
+#include "foundation/block_life.h"
 
 namespace brenta {
 
@@ -48,88 +51,85 @@ inline unsigned ByteInGranule(const void* p) {
 /// block.
 class ExactNote {
  public:
-    /// Notes that a block starts at byte `byte`, behind all others.
+    /// Notes that a block starts at byte `byte`, behind all others. `size` is in bytes, or kNotedElsewhere.
     ///
     /// Whoever looks without the lock, holding a block of this granule, must not take its short block for the
     /// long one that begins right now. So the start is written before the size, and read after it.
-    void AddBlock(unsigned byte, std::size_t size, bool live) {
+    void AddBlock(unsigned byte, std::uint32_t size, std::uint32_t mark) {
         const bool isLong = size >= kGranule;
-        const std::uint32_t bits = 1u << byte | (live && !isLong ? kFirstLive << byte : 0u);
+        const std::uint32_t bits = 1u << byte | (mark != 0 && !isLong ? kFirstLive << byte : 0u);
         m_starts.store(m_starts.load(std::memory_order_relaxed) | bits, std::memory_order_relaxed);
-        const auto last = static_cast<std::uint32_t>(size);
-        m_last.store(live && isLong ? last | kLongLive : last, std::memory_order_release);
+        life.Store(isLong ? size | mark : size);
     }
 
-    /// Size of the long block that starts at byte `byte`; 0 if there is none. Any thread.
-    std::size_t LongSize(unsigned byte) const {
-        const std::uint32_t last = m_last.load(std::memory_order_acquire) & ~kLongLive;
+    /// Size of the long block that starts at byte `byte`, or kNotedElsewhere; 0 if there is none. Any thread.
+    std::uint32_t LongSize(unsigned byte) const {
+        const std::uint32_t last = BlockLife::SizeOf(life.Load());
         const std::uint32_t starts = m_starts.load(std::memory_order_relaxed) & kStartsMask;
         return last >= kGranule && starts >> byte == 1 ? last : 0;
     }
     bool IsLong(unsigned byte) const { return LongSize(byte) != 0; }
 
-    /// Size of the block that starts at byte `byte`. Under the lock.
-    std::size_t SizeOfBlock(unsigned byte) const {
+    /// Size of the block that starts at byte `byte`, or kNotedElsewhere. Under the lock.
+    std::uint32_t SizeOfBlock(unsigned byte) const {
         const std::uint32_t later =
             m_starts.load(std::memory_order_relaxed) & kStartsMask & (0xFFFEu << byte);
         if (later) return static_cast<unsigned>(std::countr_zero(later)) - byte;
-        return m_last.load(std::memory_order_relaxed) & ~kLongLive;
+        return BlockLife::SizeOf(life.Load());
     }
 
-    bool IsLive(unsigned byte) const {
-        if (IsLong(byte)) return (m_last.load(std::memory_order_relaxed) & kLongLive) != 0;
-        return IsShortLive(byte);
+    bool IsInUse(unsigned byte) const {
+        return IsLong(byte) ? BlockLife::IsInUse(life.Load()) : IsShortLive(byte);
     }
     bool IsShortLive(unsigned byte) const {
         return (m_starts.load(std::memory_order_relaxed) & kFirstLive << byte) != 0;
     }
     /// For who has taken the block out of a free store.
-    void SetLive(unsigned byte) {
-        std::atomic<std::uint32_t>& word = IsLong(byte) ? m_last : m_starts;
-        const std::uint32_t bit = &word == &m_last ? kLongLive : kFirstLive << byte;
-        word.store(word.load(std::memory_order_relaxed) | bit, std::memory_order_relaxed);
-    }
-    /// The same for a long block of this size.
-    void SetLongLive(std::size_t size) {
-        m_last.store(static_cast<std::uint32_t>(size) | kLongLive, std::memory_order_relaxed);
+    void Start(unsigned byte, std::uint32_t mark) {
+        if (IsLong(byte)) return life.Start(mark);
+        m_starts.store(m_starts.load(std::memory_order_relaxed) | kFirstLive << byte,
+                       std::memory_order_relaxed);
     }
     /// Under the lock.
-    void ClearShortLive(unsigned byte) {
+    void EndShort(unsigned byte) {
         m_starts.store(m_starts.load(std::memory_order_relaxed) & ~(kFirstLive << byte),
                        std::memory_order_relaxed);
     }
-    /// False if the long block was not in use. Of several threads one gets true; with `alone` there are none.
-    bool ClearLongLive(bool alone) {
-        const std::uint32_t seen = m_last.load(std::memory_order_relaxed);
-        if ((seen & kLongLive) == 0) return false;
-        if (!alone) return (m_last.exchange(seen & ~kLongLive, std::memory_order_relaxed) & kLongLive) != 0;
-        m_last.store(seen & ~kLongLive, std::memory_order_relaxed);
-        return true;
+
+    // The size of the block before, as it has no room there. The bits of this note that say "a block in use
+    // starts here" stay clear.
+
+    void KeepSize(std::size_t size) {
+        m_starts.store(size & kStartsMask, std::memory_order_relaxed);
+        life.Store(static_cast<std::uint32_t>(size >> 16) * (BlockLife::kSizeMask + 1));
     }
+    std::size_t KeptSize() const {
+        const std::size_t upper = life.Load() / (BlockLife::kSizeMask + 1);
+        return upper << 16 | (m_starts.load(std::memory_order_relaxed) & kStartsMask);
+    }
+
+    static constexpr std::uint32_t kNotedElsewhere = BlockLife::kSizeMask;
 
  private:
     static constexpr std::uint32_t kStartsMask = 0xFFFF;
     static constexpr std::uint32_t kFirstLive = 0x10000;
-    static constexpr std::uint32_t kLongLive = 0x80000000;
 
     std::atomic<std::uint32_t>
-        m_starts;                       // bit i: a block starts at byte i; bit 16 + i: it is short and in use
-    std::atomic<std::uint32_t> m_last;  // size of the block that starts last; kLongLive
+        m_starts;  // bit i: a block starts at byte i; bit 16 + i: it is short and in use
+
+ public:
+    BlockLife life;  // of the block that starts last
 };
 
-/// The note about a granule of the aligned lane: granules of the block that starts here, and kLive.
-using AlignedNote = std::uint16_t;
-inline constexpr AlignedNote kLive = 0x8000;
-inline constexpr AlignedNote kGranulesMask = 0x7FFF;
-/// This many granules mean: the block has its page to itself, and the page's size.
-inline constexpr AlignedNote kWholePage = 0x7FFF;
-/// Largest block whose size fits its note.
+/// In the aligned lane, this many granules mean: the block has its page to itself, and the page's size.
+inline constexpr std::uint32_t kWholePage = BlockLife::kSizeMask;
+/// Largest block of the aligned lane whose size fits its note.
 inline constexpr std::size_t kLargestNotedSize = (kWholePage - 1u) * kGranule;
 
 /// A block in a free store: where it is and where its note is.
 struct HeapBlock {
     char* p;
-    void* pNote;  // ExactNote* or AlignedNote*, by the store's lane
+    void* pNote;  // ExactNote* or BlockLife*, by the store's lane
 };
 
 /// Sizes of small blocks: kGranule to kSmallSizes times that.
@@ -138,7 +138,7 @@ inline constexpr std::size_t kSmallSizes = 32;
 inline constexpr std::size_t kRegionSize = 0x10000;
 struct RegionSet;
 
-/// A page of a heap. All changes happen under the heap's lock, except to the notes of the aligned lane.
+/// A page of a heap. All changes happen under the heap's lock, except to the lives of blocks.
 class COnePage {
  public:
     /// A page of `size` bytes (at least 1); null without memory. `forOneBlock`: the page will hold just one
@@ -159,8 +159,8 @@ class COnePage {
     /// Bytes that can still be carved.
     std::size_t Left() const { return m_left; }
 
-    /// Carves a block that is in use from the start; there must be as many bytes left.
-    char* Carve(std::size_t size);
+    /// Carves a block that is in use from the start, with this mark; there must be as many bytes left.
+    char* Carve(std::size_t size, std::uint32_t mark);
     /// The same for a block that starts its life in a free store; the aligned lane.
     HeapBlock CarveFree(std::size_t size);
     /// Makes one free block of all that is left, so that nothing is left. There must be some bytes left. In
@@ -169,16 +169,23 @@ class COnePage {
     HeapBlock TakeRest(std::size_t& size);
 
     ExactNote& ExactNoteOf(const char* p) const { return m_pExact[GranuleOf(p)]; }
-    AlignedNote& AlignedNoteOf(const char* p) const { return m_pAligned[GranuleOf(p)]; }
-    /// Size in bytes of a block of the aligned lane, from its note.
-    std::size_t AlignedSize(AlignedNote note) const {
-        const AlignedNote granules = note & kGranulesMask;
+    BlockLife& AlignedLifeOf(const char* p) const { return m_pAligned[GranuleOf(p)]; }
+    /// Size in bytes of a block of the aligned lane, from the word of its life.
+    std::size_t AlignedSize(std::uint32_t word) const {
+        const std::size_t granules = BlockLife::SizeOf(word);
         return granules == kWholePage ? m_size : granules * kGranule;
     }
+    /// Size in bytes of a block of the exact lane. Long blocks: any thread; others: under the lock.
+    std::size_t ExactSize(const char* p) const {
+        const ExactNote& note = ExactNoteOf(p);
+        const std::size_t size = note.SizeOfBlock(ByteInGranule(p));
+        if (size != ExactNote::kNotedElsewhere) return size;
+        return m_forOneBlock ? m_size : (&note)[1].KeptSize();
+    }
 
-    /// The set for freed blocks of (sizeIndex + 1) * kGranule bytes in the region of `p`; null without
-    /// memory. The aligned lane.
-    RegionSet* RegionSetOf(const char* p, std::size_t sizeIndex);
+    /// The set for freed blocks of `size` bytes, a small size, in the region of `p`; null without memory. The
+    /// aligned lane.
+    RegionSet* RegionSetOf(const char* p, std::size_t size);
 
     COnePage* Next() const { return m_pNext.load(std::memory_order_acquire); }
     void SetNext(COnePage* next) { m_pNext.store(next, std::memory_order_release); }
@@ -188,13 +195,14 @@ class COnePage {
 
     std::size_t RegionCount() const { return (m_size + kRegionSize - 1) / kRegionSize; }
     std::size_t GranuleOf(const char* p) const { return static_cast<std::size_t>(p - m_pBytes) / kGranule; }
-    void* NoteBlock(std::size_t offset, std::size_t size, bool live);
+    void* NoteBlock(std::size_t offset, std::size_t size, std::uint32_t mark);
+    void NoteExact(std::size_t offset, std::size_t size, std::uint32_t mark);
 
     char* m_pBytes = nullptr;
     std::size_t m_size = 0;
     union {
         ExactNote* m_pExact = nullptr;
-        AlignedNote* m_pAligned;
+        BlockLife* m_pAligned;
     };
     RegionSet** m_pRegionSets = nullptr;  // by region and size, each from the first such block freed on
     std::size_t m_left = 0;
@@ -203,15 +211,6 @@ class COnePage {
     Lane m_lane = Lane::Exact;
     bool m_forOneBlock = false;
 };
-
-/// Marks a block of a free store as in use.
-inline void SetExactLive(const HeapBlock& block) {
-    static_cast<ExactNote*>(block.pNote)->SetLive(ByteInGranule(block.p));
-}
-inline void SetAlignedLive(const HeapBlock& block) {
-    std::atomic_ref<AlignedNote> note(*static_cast<AlignedNote*>(block.pNote));
-    note.store(note.load(std::memory_order_relaxed) | kLive, std::memory_order_relaxed);
-}
 
 /// Finds the page of an address, from any thread without a lock.
 ///

@@ -5,19 +5,6 @@
 
 namespace brenta {
 
-void RegionStore::Add(COnePage& page, std::size_t size, const char* p) {
-    RegionSet* const set = page.RegionSetOf(p, SizeIndex(size));
-    if (!set) return;
-    if (set->nonZeroWords == 0) {
-        set->pNextNonEmpty = m_pNonEmpty[SizeIndex(size)];
-        m_pNonEmpty[SizeIndex(size)] = set;
-    }
-    const std::size_t granule = static_cast<std::size_t>(p - set->pStart) / kGranule;
-    const std::size_t word = granule / RegionSet::kWordBits;
-    set->words[word] |= std::uint64_t{1} << granule % RegionSet::kWordBits;
-    set->nonZeroWords |= std::uint64_t{1} << word;
-}
-
 unsigned RegionStore::Take(std::size_t size, HeapBlock* blocks, unsigned count) {
     RegionSet*& first = m_pNonEmpty[SizeIndex(size)];
     unsigned taken = 0;
@@ -28,7 +15,7 @@ unsigned RegionStore::Take(std::size_t size, HeapBlock* blocks, unsigned count) 
             const std::size_t granule =
                 word * RegionSet::kWordBits + static_cast<std::size_t>(std::countr_zero(bits));
             char* const p = first->pStart + granule * kGranule;
-            blocks[taken++] = {p, &first->pPage->AlignedNoteOf(p)};
+            blocks[taken++] = {p, &first->pPage->AlignedLifeOf(p)};
         }
         if (bits == 0) first->nonZeroWords &= first->nonZeroWords - 1;
         if (first->nonZeroWords == 0) first = first->pNextNonEmpty;

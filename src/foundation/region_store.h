@@ -28,8 +28,11 @@ struct RegionSet {
     RegionSet* pNextNonEmpty;  // of the same size, in any page
     COnePage* pPage;
     char* pStart;                // of the region
+    std::size_t size;            // of the region, whose page may end in it
     std::uint64_t nonZeroWords;  // bit i: words[i] is not 0
     std::uint64_t words[kRegionSize / kGranule / kWordBits];
+
+    bool Covers(const char* p) const { return static_cast<std::size_t>(p - pStart) < size; }
 };
 static_assert(kRegionSize / kGranule == RegionSet::kWordBits * RegionSet::kWordBits);
 
@@ -38,8 +41,17 @@ class RegionStore {
     /// The sizes kept here are the multiples of kGranule up to this.
     static constexpr std::size_t kLargestSize = kSmallSizes * kGranule;
 
-    /// Keeps a block of a page. Without memory it is lost to the heap until that ends.
-    void Add(COnePage& page, std::size_t size, const char* p);
+    /// Keeps a block, in the set for its size and region.
+    void Add(RegionSet& set, std::size_t size, const char* p) {
+        if (set.nonZeroWords == 0) {
+            set.pNextNonEmpty = m_pNonEmpty[SizeIndex(size)];
+            m_pNonEmpty[SizeIndex(size)] = &set;
+        }
+        const std::size_t granule = static_cast<std::size_t>(p - set.pStart) / kGranule;
+        const std::size_t word = granule / RegionSet::kWordBits;
+        set.words[word] |= std::uint64_t{1} << granule % RegionSet::kWordBits;
+        set.nonZeroWords |= std::uint64_t{1} << word;
+    }
     /// Takes up to `count` blocks, that of the lowest address at the end, and returns how many.
     unsigned Take(std::size_t size, HeapBlock* blocks, unsigned count);
 

@@ -342,16 +342,58 @@ TEST(Heap, ThreadsShareIt) {
         HeapDelete(entry);
 }
 
+/// Frees the same two blocks on two threads, which may be the one that allocated them and another.
+void FreeTwice(bool byOwner) {
+    void *p = nullptr, *q = nullptr;
+    std::atomic<int> ready{0};
+    const auto allocate = [&] { p = CoreAllocate(77), q = HeapNew(96); };
+    if (!byOwner) allocate();
+    OnThreads(2u, [&](unsigned thread) {
+        if (byOwner && thread == 0) allocate();
+        for (++ready; ready != 2;)
+            std::this_thread::yield();
+        CoreFree(p), CoreFree(q);
+    });
+}
+
 TEST(Heap, ADoubleFreeByTwoThreadsCountsOnce) {
-    for (int round = 0; round < 200; ++round) {
-        void *const p = CoreAllocate(77), *const q = HeapNew(96);
-        OnThreads(2u, [=](unsigned) { CoreFree(p), CoreFree(q); });
+    for (int round = 0; round < 400; ++round) {
+        FreeTwice(round % 2 == 0);
         void* const exact[] = {CoreAllocate(77), CoreAllocate(77)};
         void* const aligned[] = {HeapNew(96), HeapNew(96)};
         ASSERT_TRUE(exact[0] != exact[1] && aligned[0] != aligned[1]);
         for (void* block : {exact[0], exact[1], aligned[0], aligned[1]})
             CoreFree(block);
     }
+}
+
+// A thread makes blocks and lives on, another frees them, again and again: nothing is lost and nothing is
+// given out twice.
+TEST(Heap, BlocksFreedByOthersComeBack) {
+    constexpr int kBlocks = 1000, kRounds = 100;
+    std::vector<void*> blocks(2 * kBlocks);
+    std::atomic<int> step{0};
+    const auto inTurn = [&](int mine, auto&& work) {
+        for (int round = 0; round < kRounds; ++round) {
+            while (step != 2 * round + mine)
+                std::this_thread::yield();
+            work();
+            ++step;
+        }
+    };
+    std::vector<int> used;
+    std::thread maker([&] {
+        inTurn(0, [&] {
+            for (int i = 0; i < 2 * kBlocks; ++i)
+                blocks[static_cast<std::size_t>(i)] = i % 2 ? CoreAllocate(459) : HeapNew(480);
+            EXPECT_EQ(std::set<void*>(blocks.begin(), blocks.end()).size(), blocks.size());
+            used.push_back(CoreHeapUsed());
+        });
+    });
+    inTurn(1, [&] { std::for_each(blocks.begin(), blocks.end(), CoreFree); });
+    maker.join();
+    EXPECT_LE(used.back() - used[1], 256 * 480);  // as many may still wait for the thread that made them
+    EXPECT_EQ(used.back(), used[used.size() / 2]);
 }
 
 }  // namespace
