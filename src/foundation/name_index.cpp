@@ -1,5 +1,6 @@
 #include "foundation/name_index.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 
@@ -17,6 +18,9 @@ constexpr std::size_t kLarge = 0x400000;
 
 }  // namespace
 
+NamePlaces::NamePlaces(std::size_t pageSize)
+    : m_granuleBits(std::max(3, static_cast<int>(std::bit_width(pageSize)) - kOffsetBits)) {}
+
 NameIndex::Buckets* NameIndex::Buckets::Create(std::size_t count, Buckets* pOlder) {
     // Zeroed memory straight from the system: the pages of a large array are touched only when names land in
     // them. All bits zero is the value-initialised state of a bucket.
@@ -30,29 +34,40 @@ NameIndex::Buckets* NameIndex::Buckets::Create(std::size_t count, Buckets* pOlde
         Buckets{pMemory, pOlder, count - 1, 64 - std::countr_zero(count)};
 }
 
-void NameIndex::Buckets::Enter(const NameNode& node) {
-    const std::size_t home = Home(node.m_hash);
-    std::size_t number = home;
-    std::uint64_t tags = At(number).m_tags.load(std::memory_order_relaxed);
-    while (Bucket::IsFull(tags)) {
-        number = Next(number, home);
-        tags = At(number).m_tags.load(std::memory_order_relaxed);
+bool NameIndex::Bucket::Add(std::uint32_t place, std::uint64_t tag) {
+    const std::uint64_t tags = m_tags.load(std::memory_order_relaxed);
+    if (!HasMore(tags)) {
+        const std::size_t lane = (static_cast<std::size_t>(std::bit_width(tags)) + 7) / 8;
+        m_nodes[lane].store(place, std::memory_order_release);
+        m_tags.store(tags | tag << lane * 8, std::memory_order_release);
+        return true;
     }
-    const auto lane = (static_cast<std::size_t>(std::bit_width(tags)) + 7) / 8;
-    At(number).m_nodes[lane].store(&node, std::memory_order_release);
-    At(number).m_tags.store(tags | Bucket::TagOf(node.m_hash) << lane * 8, std::memory_order_release);
+    const std::uint32_t more = m_moreTags.load(std::memory_order_relaxed);
+    if (IsFull(more)) return false;
+    const std::size_t lane = (static_cast<std::size_t>(std::bit_width(more)) + 7) / 8;
+    m_nodes[kFirstLanes + lane].store(place, std::memory_order_release);
+    m_moreTags.store(more | static_cast<std::uint32_t>(tag << lane * 8), std::memory_order_release);
+    return true;
+}
+
+void NameIndex::Buckets::Enter(std::uint32_t place, std::uint64_t hash) {
+    const std::size_t home = Home(hash);
+    std::size_t number = home;
+    while (!At(number).Add(place, Bucket::TagOf(hash)))
+        number = Next(number, home);
 }
 
 /// Enters all nodes of an older array. A node's home grows with its old bucket, so both arrays are walked in
 /// order; what would wait is the read of each node's hash, hence the prefetch.
-void NameIndex::Buckets::TakeFrom(const Buckets& older) {
+void NameIndex::Buckets::TakeFrom(const Buckets& older, const NamePlaces& places) {
     for (std::size_t bucket = 0; bucket <= older.m_mask; ++bucket) {
-        const Bucket& ahead = older.At((bucket + kPrefetchAhead) & older.m_mask);
-        for (const auto& node : ahead.m_nodes)
-            __builtin_prefetch(node.load(std::memory_order_relaxed));
-        for (const auto& entry : older.At(bucket).m_nodes) {
-            const NameNode* pNode = entry.load(std::memory_order_relaxed);
-            if (pNode) Enter(*pNode);
+        for (const auto& node : older.At((bucket + kPrefetchAhead) & older.m_mask).m_nodes) {
+            const std::uint32_t place = node.load(std::memory_order_relaxed);
+            if (place != 0) __builtin_prefetch(places.NodeAt(place));
+        }
+        for (const auto& node : older.At(bucket).m_nodes) {
+            const std::uint32_t place = node.load(std::memory_order_relaxed);
+            if (place != 0) Enter(place, places.NodeAt(place)->m_hash);
         }
     }
 }
@@ -75,13 +90,13 @@ bool NameIndex::Reserve() {
     if (pOld && GetCount() < pOld->Limit()) return true;
     Buckets* pNew = Buckets::Create(pOld ? (pOld->m_mask + 1) * 2 : kInitialBuckets, pOld);
     if (!pNew) return false;
-    if (pOld) pNew->TakeFrom(*pOld);
+    if (pOld) pNew->TakeFrom(*pOld, m_places);
     m_pBuckets.store(pNew, std::memory_order_release);
     return true;
 }
 
 void NameIndex::Insert(const NameNode& node) {
-    m_pBuckets.load(std::memory_order_relaxed)->Enter(node);
+    m_pBuckets.load(std::memory_order_relaxed)->Enter(m_places.PlaceOf(node), node.m_hash);
     m_count.store(GetCount() + 1, std::memory_order_relaxed);
 }
 

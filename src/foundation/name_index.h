@@ -1,10 +1,11 @@
 // The index of a string table: from a text to the one node that holds it.
 //
-// A growing open-addressing table of buckets, one cache line each: a word of up to seven one-byte tags, then
-// the seven nodes. A search compares all tags of a bucket at once and reads a node only where the tag agrees,
-// so a hit costs one line of the index and one node, and a miss almost never touches a node. A full bucket
-// overflows into its twin, with which it shares a pair of lines, and then into the pairs behind; nothing is
-// ever taken out, so the first bucket with a free lane ends a search.
+// A growing open-addressing table of buckets, one cache line each: up to twelve one-byte tags and the places
+// of twelve nodes, each in 32 bits (NamePlaces), since the lines are what a look-up waits for. A search
+// compares eight tags at once and reads a node only where the tag agrees, so a hit costs one line of the
+// index and one node, and a miss almost never touches a node. A full bucket overflows into its twin, with
+// which it shares a pair of lines, and then into the pairs behind; nothing is ever taken out, so the first
+// bucket with a free lane ends a search.
 //
 // Readers take no lock. A writer stores the node, complete, in the next free lane and then publishes the
 // lane's tag with release; a bucket changes in no other way, and nodes never change or move. A reader that
@@ -34,6 +35,43 @@ struct NameNode {
 
     char* Text() { return reinterpret_cast<char*>(this + 1); }
     const char* Text() const { return reinterpret_cast<const char*>(this + 1); }
+};
+
+/// Where a table's nodes are: in which of its pages, and how far from the page's start, both in 32 bits.
+/// Pages are added under the table's lock, each before any node in it is entered.
+class NamePlaces {
+ public:
+    static constexpr int kMaxPages = 1500;
+
+    /// For pages of `pageSize` bytes. A node that has a larger page to itself starts there.
+    explicit NamePlaces(std::size_t pageSize);
+
+    /// What the distance of a node from the start of its page is a multiple of.
+    std::size_t Granule() const { return std::size_t{1} << m_granuleBits; }
+
+    void AddPage(char* pPage) { m_pages[m_count++] = pPage; }
+    int GetCount() const { return m_count; }
+    char* Page(int page) const { return m_pages[page]; }
+
+    /// The place, never 0, of a node in the page added last.
+    std::uint32_t PlaceOf(const NameNode& node) const {
+        const auto offset = reinterpret_cast<const char*>(&node) - m_pages[m_count - 1];
+        const auto page = static_cast<std::uint32_t>(m_count - 1);
+        return (page << kOffsetBits | static_cast<std::uint32_t>(offset >> m_granuleBits)) + 1;
+    }
+    const NameNode* NodeAt(std::uint32_t place) const {
+        const std::size_t offset = (place - 1) % (1u << kOffsetBits);
+        const char* pNode = m_pages[(place - 1) >> kOffsetBits] + (offset << m_granuleBits);
+        return reinterpret_cast<const NameNode*>(pNode);
+    }
+
+ private:
+    static constexpr int kOffsetBits = 21;
+    static_assert(kMaxPages < 1 << (32 - kOffsetBits));
+
+    int m_granuleBits;
+    int m_count = 0;
+    char* m_pages[kMaxPages] = {};
 };
 
 /// A text of 1 to 16 bytes on its way through the index, as two words that contain all of it: comparing it
@@ -78,7 +116,7 @@ class NameIndex {
     struct Buckets;
 
  public:
-    NameIndex() = default;
+    explicit NameIndex(const NamePlaces& places) : m_places(places) {}
     ~NameIndex();
     NameIndex(const NameIndex&) = delete;
     NameIndex& operator=(const NameIndex&) = delete;
@@ -95,24 +133,30 @@ class NameIndex {
     /// Makes room for one more node; false, with nothing changed, if memory is exhausted. Under the lock.
     bool Reserve();
 
-    /// Enters a complete node whose text is absent and for which there is room. Under the lock.
+    /// Enters a complete node, in the page added last, whose text is absent and for which there is room.
+    /// Under the lock.
     void Insert(const NameNode& node);
 
     std::size_t GetCount() const { return m_count.load(std::memory_order_relaxed); }
 
  private:
-    static constexpr std::size_t kLanes = 7;
+    static constexpr std::size_t kLanes = 12;
+    static constexpr std::size_t kFirstLanes = 8;
     static constexpr std::uint64_t kEveryLane = 0x0101010101010101ull;
 
-    /// One cache line. Tags are 1 to 255, 0 marks a free lane; lanes fill from the first. The eighth tag
-    /// stays 0.
+    /// One cache line. Tags are 1 to 255, 0 marks a free lane; lanes fill from the first.
     struct alignas(64) Bucket {
-        std::atomic<std::uint64_t> m_tags;
-        std::atomic<const NameNode*> m_nodes[kLanes];
+        std::atomic<std::uint64_t> m_tags;      // of the first lanes
+        std::atomic<std::uint32_t> m_moreTags;  // of the others
+        std::uint32_t m_unused;
+        std::atomic<std::uint32_t> m_nodes[kLanes];
 
         static std::uint64_t TagOf(std::uint64_t hash) { return (hash & 0xFF) + ((hash & 0xFF) == 0); }
         static std::uint64_t LanesWith(std::uint64_t tags, std::uint64_t tag);
-        static bool IsFull(std::uint64_t tags) { return tags >> 48 != 0; }
+        static bool HasMore(std::uint64_t tags) { return tags >> 56 != 0; }
+        static bool IsFull(std::uint32_t moreTags) { return moreTags >> 24 != 0; }
+        /// Adds a node; false if there is no free lane.
+        bool Add(std::uint32_t place, std::uint64_t tag);
     };
 
     /// One array of buckets; they follow this record. The home of a hash is made of its top bits, the tag of
@@ -137,11 +181,16 @@ class NameIndex {
         }
 
         static Buckets* Create(std::size_t count, Buckets* pOlder);
-        void Enter(const NameNode& node);
-        void TakeFrom(const Buckets& older);
+        void Enter(std::uint32_t place, std::uint64_t hash);
+        void TakeFrom(const Buckets& older, const NamePlaces& places);
     };
 
     const NameNode* FindLong(const char* text, std::size_t length) const;
+    template <class TKey>
+    const NameNode* FindAmong(const std::atomic<std::uint32_t>* pNodes, std::uint64_t lanes,
+                              const TKey& key) const;
+
+    const NamePlaces& m_places;
 
     std::atomic<Buckets*> m_pBuckets{nullptr};
     std::atomic<std::size_t> m_count{0};
@@ -221,9 +270,21 @@ inline bool ShortNameKey::IsUnsafe() const {
 /// even a free one, if it differs in its lowest bit alone: one more comparison, no wrong answer. As the free
 /// one may just be receiving its node, nodes are published with release themselves.
 inline std::uint64_t NameIndex::Bucket::LanesWith(std::uint64_t tags, std::uint64_t tag) {
-    constexpr std::uint64_t kMarks = 0x0080808080808080ull;
     const std::uint64_t differing = tags ^ kEveryLane * tag;
-    return (differing - kEveryLane) & ~differing & kMarks;
+    return (differing - kEveryLane) & ~differing & kEveryLane << 7;
+}
+
+/// The node of the key among those in the marked lanes.
+template <class TKey>
+inline const NameNode* NameIndex::FindAmong(const std::atomic<std::uint32_t>* pNodes, std::uint64_t lanes,
+                                            const TKey& key) const {
+    for (; lanes != 0; lanes &= lanes - 1) {
+        const std::uint32_t place = pNodes[std::countr_zero(lanes) / 8].load(std::memory_order_acquire);
+        if (place == 0) continue;
+        const NameNode* pNode = m_places.NodeAt(place);
+        if (key.Equals(*pNode)) return pNode;
+    }
+    return nullptr;
 }
 
 template <class TKey>
@@ -236,12 +297,14 @@ inline const NameNode* NameIndex::Find(const TKey& key) const {
     for (std::size_t number = home;; number = pBuckets->Next(number, home)) {
         const Bucket& bucket = pBuckets->At(number);
         const std::uint64_t tags = bucket.m_tags.load(std::memory_order_acquire);
-        for (std::uint64_t lanes = Bucket::LanesWith(tags, tag); lanes != 0; lanes &= lanes - 1) {
-            const int lane = std::countr_zero(lanes) / 8;
-            const NameNode* pNode = bucket.m_nodes[lane].load(std::memory_order_acquire);
-            if (pNode && key.Equals(*pNode)) return pNode;
-        }
-        if (!Bucket::IsFull(tags)) return nullptr;
+        if (const NameNode* pNode = FindAmong(bucket.m_nodes, Bucket::LanesWith(tags, tag), key))
+            return pNode;
+        if (!Bucket::HasMore(tags)) return nullptr;
+        const std::uint32_t more = bucket.m_moreTags.load(std::memory_order_acquire);
+        // The upper half of the word stands for no lanes.
+        const auto lanes = static_cast<std::uint32_t>(Bucket::LanesWith(more, tag));
+        if (const NameNode* pNode = FindAmong(bucket.m_nodes + kFirstLanes, lanes, key)) return pNode;
+        if (!Bucket::IsFull(more)) return nullptr;
     }
 }
 

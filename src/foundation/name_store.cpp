@@ -13,22 +13,24 @@ namespace {
 constexpr std::size_t kOversizeReserve = 100;
 constexpr std::uintptr_t kExhaustedSite = 0x0504C003;
 
-std::size_t NodeSize(std::size_t length) {
-    return (sizeof(NameNode) + length + 1 + 7) / 8 * 8;
+std::size_t NodeSize(std::size_t length, std::size_t granule) {
+    return (sizeof(NameNode) + length + 1 + granule - 1) / granule * granule;
 }
 
 }  // namespace
 
-NameStore::NameStore(int pageSize) : m_pageSize(static_cast<std::size_t>(std::max(pageSize, 0))) {}
+NameStore::NameStore(int pageSize)
+    : m_places(static_cast<std::size_t>(std::max(pageSize, 0))),
+      m_pageSize(static_cast<std::size_t>(std::max(pageSize, 0))) {}
 
 NameStore::~NameStore() {
-    for (int page = 0; page < m_pageCount; ++page)
-        delete[] m_pages[page];
+    for (int page = 0; page < m_places.GetCount(); ++page)
+        delete[] m_places.Page(page);
 }
 
 int NameStore::GetPageCount() const {
     os::LockGuard guard(m_lock);
-    return m_pageCount;
+    return m_places.GetCount();
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -67,17 +69,17 @@ NameStore::Outcome NameStore::Enter(const char* text, std::size_t length, const 
 // ---------------------------------------------------------------------------------------------------------------------
 // Pages and nodes
 
-/// Carves the node of a text. Its last word is cleared first: that terminates the text and fills the node up
-/// with zeros.
+/// Carves the node of a text. The word in which the text ends is cleared first: that terminates the text and
+/// fills the word up with zeros.
 NameStore::Outcome NameStore::NewString(const char* text, std::size_t length, NameNode*& pNode) {
-    const std::size_t needed = NodeSize(length);
+    const std::size_t needed = NodeSize(length, m_places.Granule());
     if (m_currentSize - m_used <= needed) {
         const Outcome outcome = NewPage(needed > m_pageSize ? needed + kOversizeReserve : m_pageSize);
         if (outcome != Outcome::Entered) return outcome;
     }
     char* pMemory = m_pCurrentPage + m_used;
     m_used += needed;
-    std::memset(pMemory + needed - 8, 0, 8);
+    std::memset(pMemory + (sizeof(NameNode) + length) / 8 * 8, 0, 8);
     pNode = ::new (pMemory) NameNode{HashName(text, length), length};
     std::memcpy(pNode->Text(), text, length);
     return Outcome::Entered;
@@ -85,10 +87,10 @@ NameStore::Outcome NameStore::NewString(const char* text, std::size_t length, Na
 
 /// Opens a page; what is left of the former one is abandoned.
 NameStore::Outcome NameStore::NewPage(std::size_t size) {
-    if (m_pageCount >= kMaxPages) return Outcome::PagesExhausted;
+    if (m_places.GetCount() >= NamePlaces::kMaxPages) return Outcome::PagesExhausted;
     char* pPage = new (std::nothrow) char[size];
     if (!pPage) return Outcome::NoMemory;
-    m_pages[m_pageCount++] = pPage;
+    m_places.AddPage(pPage);
     m_pCurrentPage = pPage;
     m_currentSize = size;
     m_used = 0;

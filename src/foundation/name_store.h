@@ -53,8 +53,6 @@ class NameStore {
     std::size_t GetNameCount() const { return m_index.GetCount(); }
 
  private:
-    static constexpr int kMaxPages = 1500;
-
     /// What came of the attempt to enter a name.
     enum class Outcome { Entered, PagesExhausted, NoMemory };
 
@@ -67,11 +65,10 @@ class NameStore {
     Outcome NewString(const char* text, std::size_t length, NameNode*& pNode);
     Outcome NewPage(std::size_t size);
 
-    NameIndex m_index;
+    NamePlaces m_places;
+    NameIndex m_index{m_places};
     mutable os::Lock m_lock;  // guards everything but searches in the index
     const std::size_t m_pageSize;
-    int m_pageCount = 0;
-    char* m_pages[kMaxPages] = {};
     char* m_pCurrentPage = nullptr;
     std::size_t m_currentSize = 0;
     std::size_t m_used = 0;

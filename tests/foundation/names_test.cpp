@@ -34,11 +34,12 @@ TEST(Names, EqualTextsHaveOneIdentifierThroughEveryEntry) {
     EXPECT_STREQ(StrPtr(static_cast<STRID>(~std::uintptr_t{0})), "");
 }
 
-TEST(Names, TableAgreesWithAMapWhileItGrows) {
-    CStringTable table("growing", 5000);
+/// The names of a table, among them texts longer than its page, agree with a map's.
+void CompareWithMap(int pageSize, int steps) {
+    CStringTable table("growing", pageSize);
     std::unordered_map<std::string, STRID> known;
     std::mt19937 random(1);
-    for (int step = 0; step < 60000; ++step) {
+    for (int step = 0; step < steps; ++step) {
         const std::string text = test::RandomText(random, "ab01\xE9", 19) + "ab01\xE9"[random() % 5];
         ASSERT_EQ(table.IsId(text.c_str()), known.contains(text)) << text;
         const STRID name = table.StrId(text.c_str());
@@ -47,6 +48,12 @@ TEST(Names, TableAgreesWithAMapWhileItGrows) {
     EXPECT_EQ(table.GetNameCount(), known.size());
     for (const auto& [text, name] : known)
         ASSERT_EQ(StrPtr(name), text);
+}
+
+TEST(Names, TableAgreesWithAMapWhileItGrows) {
+    CompareWithMap(5000, 60000);
+    CompareWithMap(30, 1200);          // each name has a page of its own
+    CompareWithMap(200000000, 60000);  // nodes are farther apart
 }
 
 TEST(Names, ShortKeysEqualTheirOwnNodeOnly) {
