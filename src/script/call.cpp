@@ -174,9 +174,7 @@ bool Executor::Reflect(const Value& value) {
             element.Dump(out, false);
         }
     } else if (value.IsReference() && value.Reference() != nullptr) {
-        PooledRequest request(*this);
-        Request(value.Reference(), CCoreScriptable::kDescribe, kNoName, request);
-        request.Answer().Dump(out, true);
+        RequestDescription(value.Reference(), out);
     }
     CoreString text;
     out.GetString(text);
@@ -194,10 +192,9 @@ bool Executor::CallMethod(const Value& object, STRID name, std::size_t first, Va
         Messages().Error("RunScript:", "Symbol '%s' is set to a valid object.", StrPtr(name));
         return false;
     }
-    PooledRequest request(*this);
-    if (!request.SetArguments({m_arguments.data() + first, m_arguments.size() - first})) return false;
+    const bool granted = RequestCall(target, name, std::span(m_arguments).subspan(first), result);
     DropArguments(first);
-    return RequestValue(target, CCoreScriptable::kCall, name, request, result);
+    return granted;
 }
 
 bool Executor::CallIntrinsic(const Value& number, STRID name, std::size_t first, Value& result) {

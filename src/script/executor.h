@@ -173,9 +173,11 @@ class Executor {
     bool ReportMisplacedJump(ExecStatus status);
     Value TakeArgument(std::size_t index) { return std::move(m_arguments[index]); }
     void DropArguments(std::size_t mark) { m_arguments.resize(mark); }
-    RequestParts& TakeRequest();
     bool Request(void* object, int action, STRID name, PooledRequest& request);
     bool RequestValue(void* object, int action, STRID name, PooledRequest& request, Value& result);
+    void RequestDescription(void* object, DumpFormatter& out);
+    void DropRequestParts();
+    bool RequestCall(void* object, STRID name, std::span<Value> arguments, Value& result);
     bool RequestGet(void* object, STRID name, Value& result);
     bool RequestElement(void* object, const Value& index, Value& result);
     bool RequestSet(void* object, STRID name, Value& value);
@@ -214,9 +216,9 @@ class Executor {
     std::unique_ptr<Machine> m_machine;
     std::uintptr_t m_stackFloor = 0;
     std::vector<Value> m_arguments;
-    std::vector<std::unique_ptr<RequestParts>> m_requests;  // by the level of nesting
-    std::size_t m_requestDepth = 0;
-    int m_functionDepth = 0;           // script functions running in this run
+    std::unique_ptr<RequestParts> m_requests;
+    std::unique_ptr<RequestParts>* m_pRequests = &m_requests;  // where the next request takes its parts
+    int m_functionDepth = 0;                                   // script functions running in this run
     bool m_calleeIsMethod = false;     // the member just evaluated is a method to be called, not an element
     bool m_scopeIsPending = false;     // the innermost block runs without a scope, see execute_statements.cpp
     bool m_unwindingSilently = false;  // a limit was met: the calls on the way out add no message

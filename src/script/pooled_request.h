@@ -1,6 +1,7 @@
 // What a request to a host object is made of.
 #pragma once
 
+#include <memory>
 #include <span>
 
 #include "brenta/scriptable.h"
@@ -16,23 +17,21 @@ struct Executor::RequestParts {
     TOrderedList<Var> none;
     TOrderedList<Var> arguments;
     Var answer;
-    bool hasArguments = false;
+    std::unique_ptr<RequestParts> deeper;  ///< made when it is asked for
 };
 
 class Executor::PooledRequest {
  public:
-    explicit PooledRequest(Executor& executor) : m_executor(executor), m_parts(executor.TakeRequest()) {}
+    explicit PooledRequest(Executor& executor)
+        : m_executor(executor), m_place(*executor.m_pRequests), m_parts(PartsAt(m_place)) {
+        executor.m_pRequests = &m_parts.deeper;
+    }
     /// Nothing large is kept for the next request, and nothing that the object has left in an empty list.
     ~PooledRequest() {
         VarAccess::Reset(m_parts.answer);
         if (!m_parts.none.IsEmpty()) m_parts.none.RemoveAll();
-        for (const Var& argument : Arguments()) {
-            if (argument.GetKind() != VarKind::List) continue;
-            m_parts.arguments.RemoveAll();
-            break;
-        }
-        m_parts.hasArguments = false;
-        --m_executor.m_requestDepth;
+        if (m_hasArguments) DropLists();
+        m_executor.m_pRequests = &m_place;
     }
     PooledRequest(const PooledRequest&) = delete;
     PooledRequest& operator=(const PooledRequest&) = delete;
@@ -47,14 +46,28 @@ class Executor::PooledRequest {
         }
         while (at.Get() != nullptr)
             m_parts.arguments.Remove(at);
-        m_parts.hasArguments = true;
+        m_hasArguments = true;
         return true;
     }
 
-    TOrderedList<Var>& Arguments() { return m_parts.hasArguments ? m_parts.arguments : m_parts.none; }
+    TOrderedList<Var>& Arguments() { return m_hasArguments ? m_parts.arguments : m_parts.none; }
     Var& Answer() { return m_parts.answer; }
 
  private:
+    static RequestParts& PartsAt(std::unique_ptr<RequestParts>& place) {
+        if (place == nullptr) [[unlikely]]
+            place = std::make_unique<RequestParts>();
+        return *place;
+    }
+
+    void DropLists() {
+        for (const Var& argument : m_parts.arguments) {
+            if (argument.GetKind() != VarKind::List) continue;
+            m_parts.arguments.RemoveAll();
+            break;
+        }
+    }
+
     /// Adds a node behind the others, on which the iterator then stands.
     void AddNode(TIter<Var>& at) {
         m_parts.arguments.Add(Var());
@@ -78,7 +91,9 @@ class Executor::PooledRequest {
     }
 
     Executor& m_executor;
+    std::unique_ptr<RequestParts>& m_place;
     RequestParts& m_parts;
+    bool m_hasArguments = false;
 };
 
 }  // namespace brenta

@@ -36,12 +36,7 @@ bool Executor::FromHostByRules(const Var& var, Value& value) {
 
 // ---------------------------------------------------------------------------------------------------------
 
-Executor::RequestParts& Executor::TakeRequest() {
-    if (m_requestDepth == m_requests.size()) m_requests.push_back(std::make_unique<RequestParts>());
-    return *m_requests[m_requestDepth++];
-}
-
-bool Executor::Request(void* object, int action, STRID name, PooledRequest& request) {
+inline bool Executor::Request(void* object, int action, STRID name, PooledRequest& request) {
     CCoreScriptable::IOB block;
     block.context = &m_engine.m_values;
     block.action = action;
@@ -58,14 +53,34 @@ bool Executor::Request(void* object, int action, STRID name, PooledRequest& requ
     return granted;
 }
 
-bool Executor::RequestValue(void* object, int action, STRID name, PooledRequest& request, Value& result) {
+inline bool Executor::RequestValue(void* object, int action, STRID name, PooledRequest& request,
+                                   Value& result) {
     const bool granted = Request(object, action, name, request);
-    return FromHost(request.Answer(), result) && granted;
+    const Var& answer = request.Answer();
+    if (answer.GetKind() != VarKind::Float) return FromHost(answer, result) && granted;
+    result = Value::OfFloat(VarAccess::Number(answer));
+    return granted;
 }
 
 bool Executor::RequestGet(void* object, STRID name, Value& result) {
     PooledRequest request(*this);
     return RequestValue(object, CCoreScriptable::kGet, name, request, result);
+}
+
+/// Takes the arguments.
+bool Executor::RequestCall(void* object, STRID name, std::span<Value> arguments, Value& result) {
+    PooledRequest request(*this);
+    if (!request.SetArguments(arguments)) return false;
+    for (Value& argument : arguments) {
+        if (argument.IsCounted()) argument.Clear();
+    }
+    return RequestValue(object, CCoreScriptable::kCall, name, request, result);
+}
+
+void Executor::RequestDescription(void* object, DumpFormatter& out) {
+    PooledRequest request(*this);
+    Request(object, CCoreScriptable::kDescribe, kNoName, request);
+    request.Answer().Dump(out, true);
 }
 
 bool Executor::RequestElement(void* object, const Value& index, Value& result) {
@@ -81,6 +96,12 @@ bool Executor::RequestSet(void* object, STRID name, Value& value) {
     const bool granted = Request(object, CCoreScriptable::kSet, name, request);
     const Var& answer = request.Answer();
     return (answer.GetKind() == VarKind::Null || FromHost(answer, value)) && granted;
+}
+
+void Executor::DropRequestParts() {
+    // One by one: a long chain that destroys itself would need as much stack.
+    while (m_requests)
+        m_requests = std::move(m_requests->deeper);
 }
 
 }  // namespace brenta

@@ -42,6 +42,7 @@ Executor::Executor(CCoreScriptEngine& engine)
 
 Executor::~Executor() {
     m_cells.SetHidden(nullptr);
+    DropRequestParts();
 }
 
 Executor::RunState Executor::EnterRun(RunKind kind) {

@@ -106,12 +106,6 @@ void Var::DropItems() {
     } while (iter.Next());
 }
 
-Var::Payload& Var::BecomeScalar(VarKind kind) {
-    if (!m_items.IsEmpty()) DropItems();
-    m_kind = kind;
-    return m_payload;
-}
-
 // ---------------------------------------------------------------------------------------------------------
 // Assignment
 
@@ -161,21 +155,6 @@ Var& Var::operator=(const char* text) {
     return *this = StrId(text);
 }
 
-Var& Var::operator=(double value) {
-    VarAccess::SetFloat(*this, value);
-    return *this;
-}
-
-Var& Var::operator=(int value) {
-    VarAccess::SetInt(*this, value);
-    return *this;
-}
-
-Var& Var::operator=(bool value) {
-    VarAccess::SetBool(*this, value);
-    return *this;
-}
-
 // ---------------------------------------------------------------------------------------------------------
 // Reading
 
@@ -191,7 +170,7 @@ void ReportNullReads(int count) {
 
 }  // namespace
 
-double Var::GetFloat() const {
+double Var::NumberByRules() const {
     return NumberOf(OperandOf(*this));
 }
 

@@ -105,9 +105,18 @@ struct BRENTA_API Var {
     Var& operator=(CCoreScriptable* object);
     Var& operator=(STRID text);
     Var& operator=(const char* text);
-    Var& operator=(double value);
-    Var& operator=(int value);
-    Var& operator=(bool value);
+    Var& operator=(double value) {
+        BecomeScalar(VarKind::Float).number = value;
+        return *this;
+    }
+    Var& operator=(int value) {
+        BecomeScalar(VarKind::Int).number = value;
+        return *this;
+    }
+    Var& operator=(bool value) {
+        BecomeScalar(VarKind::Bool).number = value ? 1 : 0;
+        return *this;
+    }
 
     // ------------------------------------------------------------------------------------------------------
     // Reading
@@ -122,7 +131,9 @@ struct BRENTA_API Var {
 
     /// The number: of a string the decimal number at its start (0 if there is none), of a bool 1 or 0; 0 for
     /// null, references and lists.
-    double GetFloat() const;
+    double GetFloat() const {
+        return m_kind == VarKind::Float || m_kind == VarKind::Int ? m_payload.number : NumberByRules();
+    }
 
     /// As an int: numbers truncated toward zero (-2147483648 if out of range), of a string the decimal
     /// integer at its start, of a list the number of items, of a reference the low 32 bits of the pointer.
@@ -237,7 +248,12 @@ struct BRENTA_API Var {
     void AddItem(const Var& element);
     void CopyItems(const TOrderedList<Var>& from);
     void DropItems();
-    Payload& BecomeScalar(VarKind kind);
+    Payload& BecomeScalar(VarKind kind) {
+        if (!m_items.IsEmpty()) DropItems();
+        m_kind = kind;
+        return m_payload;
+    }
+    double NumberByRules() const;
 
     STRID m_name;
     VarKind m_kind;

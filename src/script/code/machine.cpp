@@ -356,7 +356,7 @@ bool Machine::Loop() {
             case Op::GetMember: {
                 const Value* member = MemberAt(a(), pc);
                 if (member == nullptr || pc->n != 0 || d().IsCounted()) {
-                    going = goOn(SlowGetMember(pc));
+                    going = goOn(a().IsReference() ? GetProperty(pc) : SlowGetMember(pc));
                     break;
                 }
                 d() = *member;
@@ -366,7 +366,7 @@ bool Machine::Loop() {
             case Op::SetMember: {
                 Value* member = MemberAt(a(), pc);
                 if (member == nullptr || pc->n != TOK_ASSIGN || !fast::IsPlainStore(a(), *member, stored())) {
-                    going = goOn(SlowSetMember(pc));
+                    going = goOn(a().IsReference() ? SetProperty(pc) : SlowSetMember(pc));
                     break;
                 }
                 member->SetPlain(stored());

@@ -48,12 +48,12 @@ class Machine final : public NameCells::Hidden {
 
     /// Shows the locals of all frames, those that are shown already excepted.
     void Show() override;
-    std::size_t ShowMark() const { return m_shown.size(); }
+    std::size_t ShowMark() const { return m_shownCount; }
     /// The scopes of functions that have been opened on behalf of others: a caller of others goes back to the
     /// depth it had, and what has been added to this meanwhile.
     std::int64_t AddedScopes() const { return m_addedScopes; }
     void HideTo(std::size_t mark) {
-        while (m_shown.size() > mark)
+        while (m_shownCount > mark)
             Hide();
     }
 
@@ -130,9 +130,11 @@ class Machine final : public NameCells::Hidden {
     bool SlowGetElement(const Instruction* pc);
     bool SlowSetElement(const Instruction* pc);
     bool SlowGetMember(const Instruction* pc);
+    bool GetProperty(const Instruction* pc);
+    bool SetProperty(const Instruction* pc);
     bool SlowSetMember(const Instruction* pc);
     bool StoreElement(const Instruction* pc, Value& list, std::uint32_t index);
-    bool StoreProperty(const Instruction* pc, const Value& object);
+    bool CombineProperty(const Instruction* pc, void* object);
 
     // Calls and statements (slow_calls.cpp).
     const Instruction* SlowCall(const Instruction* pc);
@@ -140,6 +142,7 @@ class Machine final : public NameCells::Hidden {
     bool CallObject(const Instruction* pc);
     bool FindMethod(const Instruction* pc);
     bool CallMethod(const Instruction* pc);
+    bool RequestMethod(const Instruction* pc, STRID name);
     std::size_t PushArguments(Value* first, int count);
     bool Declare(const Instruction* pc);
     bool DeclareSlot(const Instruction* pc);
@@ -192,6 +195,7 @@ class Machine final : public NameCells::Hidden {
     Frame* m_frame = nullptr;       // of the function that runs
     Frame* m_shownFrame = nullptr;  // up to here all frames are shown
     std::vector<Shown> m_shown;
+    std::size_t m_shownCount = 0;  // as many; asked for with every request
     NameCells::Taken m_taken;
     std::int64_t m_addedScopes = 0;
     std::uint32_t m_conversions = 0;                       // counts calls of Convert

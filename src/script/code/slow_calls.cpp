@@ -1,5 +1,6 @@
 // Calls that are not of a script function whose code is there, and what statements do by the tree tier's
 // means.
+#include <span>
 #include <utility>
 
 #include "os/os.h"
@@ -62,10 +63,23 @@ bool Machine::FindMethod(const Instruction* pc) {
     return true;
 }
 
+bool Machine::RequestMethod(const Instruction* pc, STRID name) {
+    Value* const window = &D(pc);
+    const std::span arguments(window + 2, static_cast<std::size_t>(pc->n));
+    if (StopRequested()) return m_executor.Interrupted(m_frame->code->NodeAt(pc).Position());
+    Value value;
+    if (!m_executor.RequestCall(window->Reference(), name, arguments, value))
+        return m_executor.ReportCall(m_frame->code->NodeAt(m_frame->pc), name);
+    D(m_frame->pc) = std::move(value);
+    return true;
+}
+
 bool Machine::CallMethod(const Instruction* pc) {
     const Node& node = Note(pc);
     Value* const window = &D(pc);  // the callee, what it is, the arguments
     const bool isMethod = window[1].Int() != 0;
+    if (isMethod && window[0].IsReference() && window[0].Reference() != nullptr)
+        return RequestMethod(pc, m_executor.NameOfCallee(*node.left));
     Value value = std::move(window[0]);
     const std::size_t first = PushArguments(window + 2, pc->n);
     if (StopRequested()) return m_executor.Interrupted(node.Position());

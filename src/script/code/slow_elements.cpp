@@ -93,9 +93,6 @@ bool Machine::SlowGetMember(const Instruction* pc) {
         Remember(SiteOf(pc), *value.List(), static_cast<std::uint32_t>(index));
         return StoreResult(pc, Value(value.List()->items[index]));
     }
-    if (value.IsReference() && value.Reference() != nullptr)
-        return m_executor.RequestGet(value.Reference(), SiteOf(pc).name, value) &&
-               StoreResult(m_frame->pc, std::move(value));
     return m_executor.GetMember(node, false, value) && StoreResult(m_frame->pc, std::move(value));
 }
 
@@ -110,19 +107,37 @@ bool Machine::SlowSetMember(const Instruction* pc) {
         Remember(SiteOf(pc), *structure.List(), index);
         return StoreElement(pc, structure, index);
     }
-    if (!structure.IsReference()) return m_executor.Fail(*node.left, kNoObject);
-    if (structure.Reference() == nullptr) return m_executor.Fail(node, kNoObject);
-    return StoreProperty(pc, structure);
+    return m_executor.Fail(*node.left, kNoObject);
 }
 
-bool Machine::StoreProperty(const Instruction* pc, const Value& object) {
-    if (pc->n == TOK_ASSIGN) {
-        Value value = TakeStored(pc);
-        return m_executor.RequestSet(object.Reference(), SiteOf(pc).name, value);
-    }
+// ---------------------------------------------------------------------------------------------------------
+// Members of the host's objects
+
+bool Machine::GetProperty(const Instruction* pc) {
+    void* const object = A(pc).Reference();
+    if (object == nullptr) return SlowGetMember(pc);
+    m_frame->pc = pc;
+    Value value;
+    if (!m_executor.RequestGet(object, SiteOf(pc).name, value)) return false;
+    pc = m_frame->pc;
+    if (D(pc).IsCounted() || value.IsCounted()) return StoreResult(pc, std::move(value));
+    D(pc).SetPlain(value);
+    return true;
+}
+
+bool Machine::SetProperty(const Instruction* pc) {
+    const Node& node = Note(pc);
+    void* const object = A(pc).Reference();
+    if (object == nullptr) return m_executor.Fail(node, kNoObject);
+    if (pc->n != TOK_ASSIGN) return CombineProperty(pc, object);
+    Value value = TakeStored(pc);
+    return m_executor.RequestSet(object, SiteOf(pc).name, value);
+}
+
+bool Machine::CombineProperty(const Instruction* pc, void* object) {
     Place place;
     place.kind = Place::Kind::Property;
-    place.object = object.Reference();
+    place.object = object;
     place.name = SiteOf(pc).name;
     Value value = TakeStored(pc);
     return m_executor.StoreProperty(m_frame->code->NodeAt(pc), place, value, nullptr);
