@@ -2,6 +2,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <new>
+#include <optional>
 
 #include "brenta/string.h"
 #include "foundation/characters.h"
@@ -45,6 +48,60 @@ bool Fits(const char* text, const char* pEnd, const char* pattern, bool ignoreCa
 
 }  // namespace
 
+// Trying place after place is fastest, unless text and pattern consist of the same few repeated pieces: then
+// each try reads a long way before it fails. So the tries that fail have a budget, and a search that has used
+// it up goes on by borders, where no byte of the text is read twice.
+namespace {
+
+struct AsItIs {
+    char operator()(char c) const { return c; }
+};
+
+struct InLowerCase {
+    char operator()(char c) const { return ToLower(c); }
+};
+
+// Bytes that failing tries may cost beside a few for each byte of the text.
+class SearchBudget {
+ public:
+    // Whether there is more to spend, after a try of so many bytes that began at `place`.
+    bool Spend(std::size_t bytes, std::size_t place) {
+        m_spent += bytes;
+        return m_spent < kPatience + kPerByte * place;
+    }
+
+ private:
+    static constexpr std::size_t kPatience = 4096;
+    static constexpr std::size_t kPerByte = 32;
+
+    std::size_t m_spent = 0;
+};
+
+// Where a byte differs from the pattern's, the search goes on with the longest beginning of the pattern that
+// also ends there: borders[i] is the length of the longest one that ends the first i bytes. Nothing without
+// memory for them.
+template <class Fold>
+std::optional<std::size_t> FindByBorders(std::string_view where, std::string_view text, std::size_t start,
+                                         Fold fold) {
+    const std::unique_ptr<std::size_t[]> borders(new (std::nothrow) std::size_t[text.size() + 1]());
+    if (!borders) return std::nullopt;
+    const auto grow = [&](std::size_t matched, char c) {
+        while (matched > 0 && fold(text[matched]) != fold(c))
+            matched = borders[matched];
+        return fold(text[matched]) == fold(c) ? matched + 1 : 0;
+    };
+    for (std::size_t i = 1; i < text.size(); ++i)
+        borders[i + 1] = grow(borders[i], text[i]);
+    std::size_t matched = 0;
+    for (std::size_t place = start; place < where.size(); ++place) {
+        matched = grow(matched, where[place]);
+        if (matched == text.size()) return place + 1 - matched;
+    }
+    return kNowhere;
+}
+
+}  // namespace
+
 std::size_t FindText(std::string_view where, std::string_view text, std::size_t start) {
     if (start > where.size() || text.size() > where.size() - start) return kNowhere;
     if (text.empty()) return start;
@@ -52,11 +109,17 @@ std::size_t FindText(std::string_view where, std::string_view text, std::size_t 
     const char* const pLast = where.data() + (where.size() - text.size());
     const char tail = text.back();
     const std::size_t rest = text.size() - 1;
+    SearchBudget budget;
     while (place <= pLast) {
         place = FindByte(place, pLast + 1, text.front());
         if (place == nullptr) return kNowhere;
-        if (place[rest] == tail && std::memcmp(place, text.data(), rest) == 0) {
-            return static_cast<std::size_t>(place - where.data());
+        const auto offset = static_cast<std::size_t>(place - where.data());
+        if (place[rest] == tail) {
+            if (std::memcmp(place, text.data(), rest) == 0) return offset;
+            if (!budget.Spend(rest, offset - start)) {
+                if (const auto found = FindByBorders(where, text, offset + 1, AsItIs())) return *found;
+                budget = SearchBudget();
+            }
         }
         ++place;
     }
@@ -67,12 +130,17 @@ std::size_t FindTextIgnoringCase(std::string_view where, std::string_view text, 
     if (start > where.size() || text.size() > where.size() - start) return kNowhere;
     if (text.empty()) return start;
     const char first = ToLower(text.front());
+    SearchBudget budget;
     for (std::size_t place = start; place <= where.size() - text.size(); ++place) {
         if (ToLower(where[place]) != first) continue;
         std::size_t i = 1;
         while (i < text.size() && ToLower(where[place + i]) == ToLower(text[i]))
             ++i;
         if (i == text.size()) return place;
+        if (!budget.Spend(i, place - start)) {
+            if (const auto found = FindByBorders(where, text, place + 1, InLowerCase())) return *found;
+            budget = SearchBudget();
+        }
     }
     return kNowhere;
 }

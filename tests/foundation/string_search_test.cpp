@@ -125,5 +125,28 @@ TEST(CoreStringSearch, AgreesWithNaiveSearch) {
     }
 }
 
+// Texts and patterns of repeated pieces, on which trying place after place would take minutes in all.
+TEST(CoreStringSearch, IsLinearForRepeatedPieces) {
+    constexpr std::size_t kHalf = 400000;
+    const CoreString text(std::string(2 * kHalf, 'a').c_str());
+    EXPECT_EQ(text.Find((std::string(kHalf, 'a') + 'b' + std::string(kHalf / 2, 'a')).c_str(), false), -1);
+    EXPECT_EQ(text.Find((std::string(kHalf, 'A') + 'b').c_str(), true), -1);
+
+    std::mt19937 random(5);
+    for (int round = 0; round < 60; ++round) {
+        const std::string piece = RandomText(random, "ab", 4) + 'a';
+        std::string pattern, place;
+        while (pattern.size() < 3000)
+            pattern += piece;
+        for (int i = 0; i < 8; ++i)
+            place += pattern + (random() % 8 == 0 ? "b" : "") + piece;
+        pattern += random() % 2 ? "a" : "ba";
+        const std::size_t found = place.find(pattern);
+        const int expected = found == std::string::npos ? -1 : static_cast<int>(found);
+        ASSERT_EQ(CoreString(place.c_str()).Find(pattern.c_str(), false), expected) << piece;
+        ASSERT_EQ(CoreString(place.c_str()).Find(pattern.c_str(), true), expected) << piece;
+    }
+}
+
 }  // namespace
 }  // namespace brenta::test
