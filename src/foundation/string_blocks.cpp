@@ -54,7 +54,7 @@ BlockCache* BlockCache::Attach() {
         if (cache != nullptr) {
             g_pIdleCaches = cache->m_pNextIdle;
         } else {
-            cache = new (std::nothrow) BlockCache();
+            cache = new (std::nothrow) BlockCache;
             if (cache == nullptr) return nullptr;
             cache->m_pNextOfAll = std::exchange(g_pAllCaches, cache);
         }

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cstddef>
 #include <cstdlib>
@@ -40,17 +41,17 @@ class BlockCache {
 
     /// A block of this size, a result of BlockSize up to kLargest; null if none is kept.
     char* Take(int size) {
-        Stack& stack = StackOf(size);
-        if (stack.count == 0) return nullptr;
-        char* const pBlock = stack.blocks[--stack.count];
+        const std::size_t index = IndexOf(size);
+        if (m_counts[index] == 0) return nullptr;
+        char* const pBlock = m_blocks[index][--m_counts[index]];
         Unpoison(pBlock, static_cast<std::size_t>(size));
         return pBlock;
     }
     /// Keeps a block; false if there is no room for it.
     bool Put(char* pBlock, int size) {
-        Stack& stack = StackOf(size);
-        if (stack.count == kDepth) return false;
-        stack.blocks[stack.count++] = pBlock;
+        const std::size_t index = IndexOf(size);
+        if (m_counts[index] == kCapacities[index]) return false;
+        m_blocks[index][m_counts[index]++] = pBlock;
         Poison(pBlock, static_cast<std::size_t>(size));
         return true;
     }
@@ -64,21 +65,29 @@ class BlockCache {
     static void ForgetThreads();
 
  private:
-    static constexpr unsigned int kDepth = 16;
     static constexpr std::size_t kStacks = (kLargest - kSmallestBlock) / kBlockStep + 1;
+    static constexpr unsigned int kKeptBytes = 16 * 1024;  // of one size
+    static constexpr unsigned int kLargestDepth = 256;
+    /// Makes the stacks an odd number of cache lines long, so that their tops are not all in the same sets of
+    /// the processor's cache.
+    static constexpr unsigned int kSpacing = 8;
+    static constexpr auto kCapacities = [] {
+        std::array<unsigned int, kStacks> capacities{};
+        for (unsigned int i = 0; i < kStacks; ++i)
+            capacities[i] = std::min(kKeptBytes / (kSmallestBlock + i * kBlockStep), kLargestDepth);
+        return capacities;
+    }();
 
-    struct Stack {
-        unsigned int count;
-        char* blocks[kDepth];
-    };
-
-    Stack& StackOf(int size) { return m_stacks[(size - kSmallestBlock) / kBlockStep]; }
+    static std::size_t IndexOf(int size) {
+        return static_cast<std::size_t>((size - kSmallestBlock) / kBlockStep);
+    }
     void Empty();
     static void AtThreadEnd(void* value);
 
-    Stack m_stacks[kStacks];
-    BlockCache* m_pNextOfAll;
-    BlockCache* m_pNextIdle;
+    unsigned int m_counts[kStacks] = {};
+    BlockCache* m_pNextOfAll = nullptr;
+    BlockCache* m_pNextIdle = nullptr;
+    char* m_blocks[kStacks][kLargestDepth + kSpacing];
 };
 
 /// The calling thread's cache; null before it has freed a block.

@@ -85,6 +85,7 @@ int CoreString::ReplaceGrowing(std::string_view from, std::string_view to) {
     std::size_t place = FindText(View(), from, 0);
     if (place == std::string_view::npos) return 0;
     CoreString result;
+    if (!result.Reserve(static_cast<std::size_t>(m_length))) return 0;
     std::size_t count = 0;
     std::size_t read = 0;
     for (; place != std::string_view::npos; place = FindText(View(), from, read), ++count) {
