@@ -43,10 +43,13 @@ class NamePlaces {
  public:
     static constexpr int kMaxPages = 1500;
 
-    /// For pages of `pageSize` bytes. A node that has a larger page to itself starts there.
+    /// For pages of `pageSize` bytes.
     explicit NamePlaces(std::size_t pageSize);
 
-    /// What the distance of a node from the start of its page is a multiple of.
+    /// The distance of a node from the start of its page is less than this. A text that is longer than a page
+    /// has one to itself, where others may follow it as long as they are within reach.
+    std::size_t Reach() const { return std::size_t{1} << (kOffsetBits + m_granuleBits); }
+    /// What it is a multiple of.
     std::size_t Granule() const { return std::size_t{1} << m_granuleBits; }
 
     void AddPage(char* pPage) { m_pages[m_count++] = pPage; }

@@ -73,7 +73,7 @@ NameStore::Outcome NameStore::Enter(const char* text, std::size_t length, const 
 /// fills the word up with zeros.
 NameStore::Outcome NameStore::NewString(const char* text, std::size_t length, NameNode*& pNode) {
     const std::size_t needed = NodeSize(length, m_places.Granule());
-    if (m_currentSize - m_used <= needed) {
+    if (m_currentSize - m_used <= needed || m_used >= m_places.Reach()) {
         const Outcome outcome = NewPage(needed > m_pageSize ? needed + kOversizeReserve : m_pageSize);
         if (outcome != Outcome::Entered) return outcome;
     }

@@ -56,6 +56,18 @@ TEST(Names, TableAgreesWithAMapWhileItGrows) {
     CompareWithMap(200000000, 60000);  // nodes are farther apart
 }
 
+// A text that is longer than the index can note distances in a page: what follows it has a new page.
+TEST(Names, AVeryLongTextHarmsNoOther) {
+    CStringTable table("long", 5000);
+    const std::string text(40000000, 'x');
+    const STRID name = table.StrId(text.c_str());
+    for (int i = 0; i < 100; ++i) {
+        const std::string other = "after " + std::to_string(i);
+        EXPECT_EQ(table.StrId(other.c_str()), table.StrId(other.c_str()));
+    }
+    EXPECT_TRUE(table.StrId(text.c_str()) == name && table.GetNameCount() == 101);
+}
+
 TEST(Names, ShortKeysEqualTheirOwnNodeOnly) {
     for (std::size_t i = 1; i <= 16; ++i) {
         for (std::size_t j = 1; j <= 40; ++j) {
