@@ -70,11 +70,12 @@ class Executor::PooledRequest {
 
     /// Adds a node behind the others, on which the iterator then stands.
     void AddNode(TIter<Var>& at) {
+        const TNode<Var>* const last = at.m_pPrev;
         m_parts.arguments.Add(Var());
         at = TIter<Var>(m_parts.arguments);
         while (at.Get() != nullptr && at.m_pPos->m_pNext != nullptr)
             at.Next();
-        if (at.Get() == nullptr) throw std::bad_alloc();
+        if (at.m_pPos == last) throw std::bad_alloc();  // nothing was added
     }
 
     bool Convert(const Value& value, Var& out) {
