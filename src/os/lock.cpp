@@ -1,5 +1,6 @@
 #include "os/lock.h"
 
+#include <algorithm>
 #include <thread>
 
 namespace brenta::os {
@@ -7,6 +8,7 @@ namespace brenta::os {
 namespace {
 
 constexpr int kSpins = 100;
+constexpr std::uint32_t kLongestSleep = 64;  // milliseconds
 
 /// A number that no other live thread has.
 std::uintptr_t ThisThread() {
@@ -48,14 +50,17 @@ void Lock::AcquireContended() {
         }
     }
     m_sleepers.fetch_add(1);
-    while (m_taken.exchange(1, std::memory_order_acquire) != 0)
-        SleepWhile(m_taken, 1);
+    // Longer each time: a thousand sleepers that look every millisecond would leave the owner no processor.
+    for (std::uint32_t limit = 1; m_taken.exchange(1, std::memory_order_acquire) != 0;) {
+        SleepWhile(m_taken, 1, limit);
+        limit = std::min(2 * limit, kLongestSleep);
+    }
     m_sleepers.fetch_sub(1, std::memory_order_relaxed);
 }
 
 /// Leaving costs a plain store, where an atomic exchange would cost as much as entering. The price: the look
 /// at the sleepers may come before the store is seen by a thread that is just going to sleep, which then is
-/// not woken. That is why sleeps are short.
+/// not woken. That is why sleeps end by themselves.
 void Lock::Release() {
     if (m_depth > 0) {
         --m_depth;

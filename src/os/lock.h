@@ -91,8 +91,9 @@ class OwnersLock {
     std::atomic<bool> m_visited{false};
 };
 
-/// Sleeps while `word` holds `value`, until woken, but no longer than about a millisecond. Of the platform.
-void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value);
+/// Sleeps while `word` holds `value`, until woken, but no longer than about so many milliseconds, less than
+/// 1000. Of the platform.
+void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value, std::uint32_t milliseconds);
 
 /// Wakes one thread that sleeps on `word`. Of the platform.
 void WakeOne(const std::atomic<std::uint32_t>& word);

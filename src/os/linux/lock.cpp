@@ -12,8 +12,8 @@ namespace brenta::os {
 
 const char* const kSingleThreadFlag = &__libc_single_threaded;
 
-void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) {
-    const timespec limit = {0, 1000000};
+void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value, std::uint32_t milliseconds) {
+    const timespec limit = {0, static_cast<long>(milliseconds) * 1000000};
     syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, value, &limit, nullptr, 0);
 }
 

@@ -15,8 +15,8 @@ constexpr char kNever = 0;
 
 const char* const kSingleThreadFlag = &kNever;
 
-void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) {
-    WaitOnAddress(const_cast<std::atomic<std::uint32_t>*>(&word), &value, sizeof value, 1);
+void SleepWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value, std::uint32_t milliseconds) {
+    WaitOnAddress(const_cast<std::atomic<std::uint32_t>*>(&word), &value, sizeof value, milliseconds);
 }
 
 void WakeOne(const std::atomic<std::uint32_t>& word) {
