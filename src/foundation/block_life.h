@@ -6,17 +6,21 @@
 // number of the thread store that it was taken from, its owner:
 //
 // - The owner's thread frees the block with a plain load and a plain store.
-// - Any other thread only marks the block as astray, by compare-and-exchange and under the heap's lock, and
-//   leaves it in a list with the owner. Whoever later collects the list - the owner itself, or a visitor
-//   while the owner is certainly not in the midst of a store (os::OwnersLock) - frees those that are still
-//   marked.
+// - Any other thread only marks the block as astray, by compare-and-exchange and under the heap's lock. It is
+//   free if it is still marked at a time when the owner is certainly not in the midst of a store
+//   (os::OwnersLock). To wait for that takes microseconds. So as a rule the block goes to a list with the
+//   owner, and whoever later collects the list, the owner itself or a visitor, frees those still marked.
 //
 // When both happen at once, the owner's store comes either before the exchange, which then fails, or after
 // it; then it wipes the mark out, and the entry in the list counts for nothing. If the owner has taken the
 // block again by then, the same holds. Either way the block is freed once.
 //
-// A block without an owner is freed by an exchange after all. That is the way of heaps without thread stores,
-// and of threads whose blocks have turned out to be freed by others again and again.
+// A block without an owner is freed by compare-and-exchange after all. That is the way of heaps without
+// thread stores, and of threads whose blocks have turned out to be freed by others again and again.
+//
+// The exact lane promises that a thread gets next what it has freed last. For that the first few blocks that
+// a thread frees on behalf of an owner are waited for; after them the owner owns no more, so that only what
+// it had taken by then takes the long way through its list.
 #pragma once
 
 #include <atomic>
@@ -50,11 +54,7 @@ class BlockLife {
     }
     /// Ends the life of a block whose word is `seen`. For its owner.
     void End(std::uint32_t seen) { m_word.store(SizeOf(seen), std::memory_order_relaxed); }
-    /// The same for a block without an owner: of several threads one gets true.
-    bool EndAmongOthers(std::uint32_t seen) {
-        return (m_word.exchange(SizeOf(seen), std::memory_order_relaxed) & kLive) != 0;
-    }
-    /// Replaces the word; false if it is not `seen` any more.
+    /// Replaces the word; false if it is not `seen` any more. Of several threads one gets true.
     bool Change(std::uint32_t seen, std::uint32_t word) {
         return m_word.compare_exchange_strong(seen, word, std::memory_order_relaxed);
     }

@@ -275,7 +275,11 @@ void HeapCore::FreeInLock(COnePage& page, HeapBlock block, BlockLife& life) {
     } while (!life.Change(word, owner ? word | BlockLife::kAstray : BlockLife::SizeOf(word)));
     const std::size_t size = isExact ? page.ExactSize(block.p) : page.AlignedSize(word);
     if (!isExact) Poison(block.p, size);
-    if (owner) return owner->AddAstray(*this, block.p);
+    if (owner) {
+        if (!isExact || !owner->WaitOutOwner()) return owner->AddAstray(*this, block.p);
+        if (life.Load() != (word | BlockLife::kAstray)) return;
+        life.End(word);
+    }
     isExact ? KeepExact(page, size, block) : KeepAligned(size, block);
 }
 

@@ -65,6 +65,17 @@ ThreadStore* ThreadStore::OtherOwnerOf(std::uint32_t word) {
     return owner && owner->IsVisited() ? owner : nullptr;
 }
 
+bool ThreadStore::WaitOutOwner() {
+    if (m_visits >= kMostVisits || !m_lock.Visit()) return false;
+    m_lock.EndVisit();
+    CountVisit();
+    return true;
+}
+
+void ThreadStore::CountVisit() {
+    if (++m_visits == kMostVisits) m_mark.store(BlockLife::Mark(0), std::memory_order_relaxed);
+}
+
 /// Where there is no room, and the system does not let us in all at once, the block is lost to the heap.
 void ThreadStore::AddAstray(HeapCore& core, char* p) {
     if (m_astrayCount.load(std::memory_order_relaxed) == kMostAstray && CollectAstray(core) == 0) return;
@@ -83,7 +94,7 @@ std::uint32_t ThreadStore::CollectAstray(HeapCore& core) {
     m_astrayCount.store(0, std::memory_order_relaxed);
     if (isVisit) {
         m_lock.EndVisit();
-        if (++m_visits == kMostVisits) m_mark.store(BlockLife::Mark(0), std::memory_order_relaxed);
+        CountVisit();
     }
     return count;
 }
@@ -138,6 +149,8 @@ ThreadStore* ThreadStore::Attach(HeapCore& core) {
         if (store) {
             g_pIdleStores = store->m_pNextIdle;
             store->m_isIdle = false;
+            store->m_visits = 0;
+            if (store->m_own != kNoMark) store->m_mark.store(store->m_own, std::memory_order_relaxed);
         } else {
             store = Create(core.m_hasExactCaches);
             if (!store) return nullptr;

@@ -95,6 +95,9 @@ class ThreadStore {
     /// The store that owns the block with this word; null if that is nobody, the calling thread's or one that
     /// waits for a thread.
     static ThreadStore* OtherOwnerOf(std::uint32_t word);
+    /// Waits until what the owner was doing with its blocks is done. False if that has been asked for too
+    /// often, or the system cannot.
+    bool WaitOutOwner();
     /// Leaves a block that was marked as astray with its owner, this store.
     void AddAstray(HeapCore& core, char* p);
     /// Gives all such blocks to the heap's free stores, and returns how many there may be.
@@ -146,8 +149,9 @@ class ThreadStore {
             life.End(seen);
             return true;
         }
-        return mark == BlockLife::Mark(0) && life.EndAmongOthers(seen);
+        return mark == BlockLife::Mark(0) && life.Change(seen, BlockLife::SizeOf(seen));
     }
+    void CountVisit();
     bool IsVisited() const { return this != t_pThreadStore && !m_isIdle; }
     static ThreadStore* Create(bool canOwn);
     static ThreadStore* Attach(HeapCore& core);

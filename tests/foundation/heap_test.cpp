@@ -367,6 +367,16 @@ TEST(Heap, ADoubleFreeByTwoThreadsCountsOnce) {
     }
 }
 
+/// What a thread freed last it gets next, whoever allocated it.
+TEST(Heap, GivesBackTheBlockOfAnotherThread) {
+    void* const block = CoreAllocate(451);
+    std::thread([=] {
+        CoreFree(CoreAllocate(451));
+        CoreFree(block);
+        EXPECT_EQ(CoreAllocate(451), block);
+    }).join();
+}
+
 // A thread makes blocks and lives on, another frees them, again and again: nothing is lost and nothing is
 // given out twice.
 TEST(Heap, BlocksFreedByOthersComeBack) {
