@@ -11,5 +11,9 @@ void AddStringWorkloads();
 void AddContainerWorkloads();
 void AddGrowthWorkloads();
 void AddThreadWorkloads();
+void AddDocumentWorkloads();
+void AddStreamWorkloads();
+void AddDocumentGrowthWorkloads();
+void AddArchiveWorkloads();
 
 }  // namespace brenta::bench

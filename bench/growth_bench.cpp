@@ -1,5 +1,4 @@
-// How time grows with the work: each workload ten times as large beside itself, ten times in a row. A ratio
-// of 1 is growth in proportion, 10 is quadratic.
+// How time grows with the work.
 #include <memory>
 #include <string>
 
@@ -10,7 +9,7 @@
 #include "brenta/string.h"
 #include "brenta/units.h"
 #include "families.h"
-#include "workload.h"
+#include "growth.h"
 
 namespace brenta::bench {
 namespace {
@@ -19,16 +18,7 @@ namespace {
 /// chance.
 template <class Work>
 void Add(const char* name, int size, Work work) {
-    const auto large = [=] {
-        work(10 * size);
-        return 0;
-    };
-    const auto small = [=] {
-        for (int i = 0; i < 10; ++i)
-            work(size);
-        return 0;
-    };
-    Workloads().push_back({"growth", name, "ten of a tenth", 1.1, Side(large), Side(small)});
+    AddGrowth("growth", name, size, [work](int count) { return [work, count] { work(count); }; });
 }
 
 long BuildText(int size) {

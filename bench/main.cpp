@@ -1,5 +1,6 @@
 // brenta_bench [--csv] [--rounds N] [FAMILY[/NAME]]: measures this library beside its peers; of a family, the
 // workloads whose names begin with NAME.
+// brenta_bench --peak-of ours|theirs FAMILY/NAME: what such a process prints whose memory is measured.
 //
 // Both sides of a workload must first give the same result. Then every side runs N rounds (9 unless told
 // otherwise), the rounds of all sides in random order, so that a slow moment of the machine does not fall on
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "families.h"
+#include "peak_memory.h"
 #include "table_reporter.h"
 #include "workload.h"
 
@@ -23,6 +25,7 @@ namespace {
 struct Options {
     bool csv = false;
     int rounds = 9;
+    std::string peakOf;
     std::string wanted;
 };
 
@@ -34,6 +37,8 @@ Options ReadOptions(int argc, char** argv) {
             options.csv = true;
         } else if (word == "--rounds" && i + 1 < argc) {
             options.rounds = std::max(1, std::atoi(argv[++i]));
+        } else if (word == "--peak-of" && i + 1 < argc) {
+            options.peakOf = argv[++i];
         } else {
             options.wanted = word;
         }
@@ -41,7 +46,19 @@ Options ReadOptions(int argc, char** argv) {
     return options;
 }
 
+/// A process of its own takes the same memory each time.
+void RegisterPeak(const Workload& workload, bool ours) {
+    benchmark::RegisterBenchmark(BenchmarkName(workload, ours).c_str(),
+                                 [workload, ours](benchmark::State& state) {
+                                     for (auto _ : state)
+                                         state.SetIterationTime(PeakOfProcess(workload, ours) * 1e-9);
+                                 })
+        ->Iterations(1)
+        ->UseManualTime();
+}
+
 void RegisterSide(const Workload& workload, bool ours, int rounds) {
+    if (workload.clock == Clock::Memory) return RegisterPeak(workload, ours);
     const auto make = ours ? workload.ours : workload.theirs;
     benchmark::RegisterBenchmark(BenchmarkName(workload, ours).c_str(),
                                  [make](benchmark::State& state) {
@@ -63,6 +80,16 @@ void AddAllWorkloads() {
     AddContainerWorkloads();
     AddGrowthWorkloads();
     AddThreadWorkloads();
+    AddDocumentWorkloads();
+    AddStreamWorkloads();
+    AddDocumentGrowthWorkloads();
+    AddArchiveWorkloads();
+}
+
+int PrintPeakOf(const Options& options) {
+    for (const Workload& workload : Workloads())
+        if (workload.Label() == options.wanted) return PrintPeak(workload, options.peakOf == "ours");
+    return 2;
 }
 
 int Run(const Options& options) {
@@ -107,5 +134,5 @@ int main(int argc, char** argv) {
     int count = 2;
     benchmark::Initialize(&count, words);
     brenta::bench::AddAllWorkloads();
-    return brenta::bench::Run(options);
+    return options.peakOf.empty() ? brenta::bench::Run(options) : brenta::bench::PrintPeakOf(options);
 }

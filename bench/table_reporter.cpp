@@ -49,7 +49,7 @@ double TableReporter::MedianOf(const Workload& workload, bool ours) const {
     if (found == m_rounds.end() || found->second.empty()) return 0;
     std::vector<double> times;
     for (const Round& round : found->second)
-        times.push_back(workload.clock == Clock::Wall ? round.wall : round.processor);
+        times.push_back(workload.clock == Clock::Processor ? round.processor : round.wall);
     std::sort(times.begin(), times.end());
     const std::size_t middle = times.size() / 2;
     return times.size() % 2 == 1 ? times[middle] : (times[middle - 1] + times[middle]) / 2;

@@ -8,8 +8,8 @@ std::vector<Workload>& Workloads() {
 }
 
 std::string CompareResults(const Workload& workload) {
-    const std::string ours = workload.ours()->Run();
-    const std::string theirs = workload.theirs()->Run();
+    const std::string ours = workload.ours()->Check();
+    const std::string theirs = workload.theirs()->Check();
     return ours == theirs ? "" : "ours '" + ours + "', " + workload.peer + " '" + theirs + "'";
 }
 

@@ -15,13 +15,16 @@ class Contender {
  public:
     virtual ~Contender() = default;
     virtual std::string Run() = 0;
+    /// The result that must be equal on both sides, where Run does not have it for nothing.
+    virtual std::string Check() { return Run(); }
 };
 
 using ContenderMaker = std::function<std::unique_ptr<Contender>()>;
 
-/// What is compared: the processor's time, which other programs on the machine do not lengthen much, or,
-/// where threads wait for each other, that of the clock on the wall.
-enum class Clock { Processor, Wall };
+/// What is compared: the processor's time, which other programs on the machine do not lengthen much; where
+/// threads wait for each other, that of the clock on the wall; or no time, but the most memory that a process
+/// of its own takes for it, a nanosecond standing for a byte.
+enum class Clock { Processor, Wall, Memory };
 
 struct Workload {
     std::string family;  ///< what './dev bench FAMILY' selects
@@ -51,6 +54,29 @@ class FunctionContender : public Contender {
  private:
     Work m_work;
 };
+
+/// A contender that calls `work()`, which returns nothing, and `check()` for the result.
+template <class Work, class Checking>
+class CheckedContender : public Contender {
+ public:
+    CheckedContender(Work work, Checking check) : m_work(std::move(work)), m_check(std::move(check)) {}
+    std::string Run() override {
+        m_work();
+        return {};
+    }
+    std::string Check() override { return m_check(); }
+
+ private:
+    Work m_work;
+    Checking m_check;
+};
+
+/// Makes contenders that call `work()` when they are measured, and `check()`, which returns the result as
+/// text, when the sides are compared.
+template <class Work, class Checking>
+ContenderMaker Checked(Work work, Checking check) {
+    return [=] { return std::make_unique<CheckedContender<Work, Checking>>(work, check); };
+}
 
 /// Makes contenders of what `prepare()` returns, a function without arguments whose result is a number. What
 /// `prepare` itself does is not measured.

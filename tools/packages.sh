@@ -6,7 +6,7 @@ PACKAGES_TEST=(libgtest-dev pkg-config tinyproxy-bin zip unzip)
 PACKAGES_CLANG=(clang)
 PACKAGES_CHECK=(clang-format clang-tidy shellcheck)
 PACKAGES_FUZZ=(libclang-rt-dev llvm)
-PACKAGES_BENCH=(libabsl-dev libbenchmark-dev liblua5.4-dev libmimalloc-dev libmuparser-dev pkg-config)
+PACKAGES_BENCH=(libabsl-dev libbenchmark-dev libexpat1-dev libgumbo-dev liblua5.4-dev libmimalloc-dev libmuparser-dev libpugixml-dev libtinyxml2-dev pkg-config)
 PACKAGES_DOCS=(doxygen)
 
 # need_packages PACKAGE...
