@@ -58,7 +58,7 @@ struct Findings {
 };
 
 std::string MiddleVia(int net) {
-    return "V" + std::to_string(net * 99 + 49);
+    return "VIA" + std::to_string(net * 99 + 49);
 }
 
 enum class Reading { Peek, Keep };

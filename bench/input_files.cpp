@@ -99,9 +99,9 @@ std::string MakeBoard(int nets) {
         Append(text, "<signal name=\"N%d\" class=\"%d\" width=\"%d.%d\" layer=\"1\">\n", net, net % 8,
                numbers.Next(3), numbers.Next(100));
         for (int via = 0; via < 99; ++via) {
-            Append(text, "<via name=\"V%d\" x=\"%d.%04d\" y=\"%d.%04d\" drill=\"0.%d\"/>\n", net * 99 + via,
-                   numbers.Next(800), numbers.Next(10000), numbers.Next(800), numbers.Next(10000),
-                   30 + numbers.Next(40));
+            Append(text, "<via name=\"VIA%d\" x=\"%d.%05d\" y=\"%d.%05d\" drill=\"0.%d\"/>\n", net * 99 + via,
+                   numbers.Next(800), numbers.Next(100000), numbers.Next(800), numbers.Next(100000),
+                   300 + numbers.Next(400));
         }
         text += "</signal>\n";
     }

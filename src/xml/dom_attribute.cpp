@@ -7,8 +7,6 @@ namespace brenta {
 
 CCoreXmlDomAttribute::CCoreXmlDomAttribute() : CCoreXmlDomAttribute(kNoName, kNoName) {}
 
-CCoreXmlDomAttribute::CCoreXmlDomAttribute(STRID name, STRID value) : m_name(name), m_value(value) {}
-
 CCoreXmlDomAttribute::CCoreXmlDomAttribute(const char* name, const char* value)
     : CCoreXmlDomAttribute(StrId(name), StrId(value)) {}
 
@@ -34,7 +32,7 @@ const char* CCoreXmlDomAttribute::GetBaseClassName() const {
 }
 
 CCoreXmlDomAttribute::~CCoreXmlDomAttribute() {
-    PendingValue::Drop(*this);
+    if (IsPending()) PendingValue::Drop(*this);
 }
 
 const char* CCoreXmlDomAttribute::PeekValue() const {
@@ -59,21 +57,27 @@ STRID CCoreXmlDomAttribute::InternValue() const {
 // ---------------------------------------------------------------------------------------------------------
 
 void PendingValue::Set(CCoreXmlDomAttribute& attribute, std::string_view text) {
+    const STRID value = text.size() <= kMostInside ? Inside(text) : Owned(text);
     Drop(attribute);
-    if (text.empty()) return;
+    attribute.m_value = value;
+}
+
+STRID PendingValue::Owned(std::string_view text) {
     auto* const copy = static_cast<char*>(HeapNew(text.size() + 1));
     if (copy == nullptr) throw std::bad_alloc();
     std::memcpy(copy, text.data(), text.size());
     copy[text.size()] = '\0';
-    attribute.m_value = static_cast<STRID>(reinterpret_cast<std::uintptr_t>(copy) | 1);
+    return At(copy, kOwned);
 }
 
-char* PendingValue::Text(const CCoreXmlDomAttribute& attribute) {
-    return reinterpret_cast<char*>(static_cast<std::uintptr_t>(attribute.m_value) & ~std::uintptr_t{1});
+const char* PendingValue::Text(const CCoreXmlDomAttribute& attribute) {
+    const auto bits = static_cast<std::uintptr_t>(attribute.m_value);
+    if ((bits & kKind) == kInside) return reinterpret_cast<const char*>(&attribute.m_value) + 1;
+    return reinterpret_cast<const char*>(bits >> kKindBits);
 }
 
 void PendingValue::Drop(const CCoreXmlDomAttribute& attribute) {
-    if (attribute.IsPending()) HeapDelete(Text(attribute));
+    if (IsOwned(attribute)) HeapDelete(const_cast<char*>(Text(attribute)));
     attribute.m_value = kNoName;
 }
 

@@ -2,7 +2,7 @@
 #include <utility>
 #include <vector>
 
-#include "brenta/xml.h"
+#include "xml/tree_memory.h"
 
 namespace brenta {
 
@@ -10,9 +10,6 @@ namespace brenta {
 // Elements
 
 CCoreXmlDomElement::CCoreXmlDomElement() : CCoreXmlDomElement(kNoName) {}
-
-CCoreXmlDomElement::CCoreXmlDomElement(STRID tag)
-    : m_tag(tag), m_innerText(kNoName), m_pParent(nullptr), m_flag(false) {}
 
 CCoreXmlDomElement::CCoreXmlDomElement(const char* tag) : CCoreXmlDomElement(StrId(tag)) {}
 
@@ -69,8 +66,9 @@ const char* CCoreXmlDomElement::GetBaseClassName() const {
 }
 
 CCoreXmlDomElement::~CCoreXmlDomElement() {
-    DeleteChildren();
-    DeleteAttributes();
+    TreeWrecker wrecker;
+    wrecker.DeleteBelow(*this);
+    wrecker.DeleteAttributes(*this);
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -106,25 +104,8 @@ void CCoreXmlDomElement::DeleteChildElement(CCoreXmlDomElement* child) {
     }
 }
 
-// Bottom up, without recursion and without memory: the way back up stands in the parents, which are set anew
-// on the way down. Each list is reversed once, so that its last child is taken first at no cost.
 void CCoreXmlDomElement::DeleteChildren() {
-    m_children.Reverse();
-    CCoreXmlDomElement* current = this;
-    while (true) {
-        if (CCoreXmlDomElement* const* first = current->m_children.GetHead()) {
-            CCoreXmlDomElement* const child = *first;
-            TIter<CCoreXmlDomElement*> head(current->m_children);
-            current->m_children.Remove(head);
-            child->m_pParent = current;
-            child->m_children.Reverse();
-            current = child;
-        } else if (current == this) {
-            return;
-        } else {
-            delete std::exchange(current, current->m_pParent);
-        }
-    }
+    TreeWrecker().DeleteBelow(*this);
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -149,10 +130,12 @@ void CCoreXmlDomElement::AddAttribute(const char* name, int value) {
 void CCoreXmlDomElement::AddAttribute(CCoreXmlDomAttribute* attribute) {
     if (attribute == nullptr) return;
     AdoptScriptable(attribute);
+    m_unseenAttributes = kSeen;
     m_attributes.Add(attribute);
 }
 
 void CCoreXmlDomElement::DeleteAttribute(CCoreXmlDomAttribute* attribute) {
+    m_unseenAttributes = kSeen;
     m_attributes.Delete(attribute);
 }
 
@@ -160,6 +143,7 @@ void CCoreXmlDomElement::DeleteAttribute(STRID name) {
     TIter<CCoreXmlDomAttribute*> iter(m_attributes);
     while (iter.Get() && (*iter.Get())->GetNameId() != name)
         iter.Next();
+    m_unseenAttributes = kSeen;
     if (iter.Get()) m_attributes.Remove(iter);
 }
 
@@ -168,9 +152,7 @@ void CCoreXmlDomElement::DeleteAttribute(const char* name) {
 }
 
 void CCoreXmlDomElement::DeleteAttributes() {
-    for (CCoreXmlDomAttribute* attribute : m_attributes)
-        delete attribute;
-    m_attributes.RemoveAll();
+    TreeWrecker().DeleteAttributes(*this);
 }
 
 }  // namespace brenta

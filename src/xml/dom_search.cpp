@@ -5,6 +5,7 @@
 #include "brenta/xml.h"
 #include "foundation/numbers.h"
 #include "foundation/text_compare.h"
+#include "xml/tree_access.h"
 
 namespace brenta {
 
@@ -83,7 +84,7 @@ CCoreXmlDomElement* FindLevelFirst(CCoreXmlDomElement& top, bool recurse, const 
 
 template <class NameMatches>
 const CCoreXmlDomAttribute* FirstAttribute(const CCoreXmlDomElement& element, const NameMatches& matches) {
-    for (TIter<CCoreXmlDomAttribute*> iter = element.GetFirstAttribute(); iter.Get(); iter.Next())
+    for (TIter<CCoreXmlDomAttribute*> iter = TreeAccess::Attributes(element); iter.Get(); iter.Next())
         if (matches(**iter.Get())) return *iter.Get();
     return nullptr;
 }

@@ -46,20 +46,20 @@ class HtmlParse {
     void Close();
     bool ReadAttributes(CCoreXmlDomElement& element);
     bool ReadAttribute();
-    bool ReadData(GrowingElement& element);
+    bool ReadData(CCoreXmlDomElement& element);
     bool AtEnd() const { return m_p == m_pEnd; }
 
     const char*& m_position;
     const char* m_p;
     const char* const m_pEnd;
     PieceInterner m_names;
-    AttributeSetter m_attributes;
-    std::vector<GrowingElement> m_open;  ///< the root, which stays, and what is open in it
+    TreeBuilder m_builder;
+    AttributeSetter m_attributes{m_builder};
+    std::vector<CCoreXmlDomElement*> m_open;  ///< the root, which stays, and what is open in it
     bool m_rootClosed = false;
     const STRID m_dropped[4] = {m_names.Name("input"), m_names.Name("meta"), m_names.Name("LINK"),
                                 m_names.Name("img")};
     const STRID m_textTag = m_names.Name("Text");
-    const STRID m_one = m_names.Name("1");
 };
 
 HtmlParse::HtmlParse(const char*& position, CCoreXmlDomElement& root)
@@ -67,7 +67,7 @@ HtmlParse::HtmlParse(const char*& position, CCoreXmlDomElement& root)
       m_p(position),
       m_pEnd(position + std::strlen(position)),
       m_names(Entities::Html),
-      m_open{GrowingElement(&root)} {}
+      m_open{&root} {}
 
 // An end tag for which nothing is open closes the root, and the text has to start again, with a "<" of its
 // own behind the one that was passed already.
@@ -100,8 +100,8 @@ bool HtmlParse::ReadTag() {
         Close();
         return true;
     }
-    GrowingElement element(m_open.back().AddChild(Required(new CCoreXmlDomElement(tag))));
-    if (!ReadAttributes(*element.Get())) return false;
+    CCoreXmlDomElement& element = m_builder.AddElement(*m_open.back(), tag);
+    if (!ReadAttributes(element)) return false;
     if (*m_p == '>') return ReadData(element);
     if (m_p[1] != '>') return false;
     SkipToTag();
@@ -149,7 +149,7 @@ bool HtmlParse::ReadAttribute() {
     const STRID name = m_names.DecodedName(Piece(start, m_p));
     m_p = SkipOver(m_p, kLow);
     if (*m_p != '=') {
-        m_attributes.Set(name, m_one);
+        m_attributes.Set(name, "1");
         m_p = SkipTo(m_p, kHtmlValueEnd);
         return true;
     }
@@ -159,14 +159,14 @@ bool HtmlParse::ReadAttribute() {
     start = m_p;
     m_p = quoted ? Find(m_p, m_pEnd, '"') : SkipTo(m_p, kHtmlValueEnd);
     if (AtEnd()) return false;
-    m_attributes.Set(name, m_names.Value(Piece(start, m_p)));
+    m_attributes.Set(name, m_names.Text(Piece(start, m_p)));
     if (quoted) ++m_p;
     return true;
 }
 
 // Text that begins with "<", as that of an element whose end tag follows at once does, goes on to the "<"
 // after that.
-bool HtmlParse::ReadData(GrowingElement& element) {
+bool HtmlParse::ReadData(CCoreXmlDomElement& element) {
     const char* const start = m_p = SkipOver(m_p + 1, kSpace);
     if (AtEnd()) return false;
     const auto isTag = [this](bool endTag) { return IsAlpha(m_p[1]) || (endTag && m_p[1] == '/'); };
@@ -176,12 +176,11 @@ bool HtmlParse::ReadData(GrowingElement& element) {
         while (!AtEnd() && !isTag(true))
             m_p = Find(m_p + 1, m_pEnd, '<');
         if (AtEnd()) return false;
-        auto text = Required(new CCoreXmlDomElement(m_textTag));
-        text->SetInnerText(m_names.Value(Piece(start, m_p)));
-        element.AddChild(std::move(text));
+        const STRID text = m_names.Value(Piece(start, m_p));
+        m_builder.AddElement(element, m_textTag).SetInnerText(text);
     }
     ++m_p;
-    m_open.push_back(element);
+    m_open.push_back(&element);
     return true;
 }
 

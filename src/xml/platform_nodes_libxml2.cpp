@@ -184,55 +184,47 @@ class NameCache {
     std::array<Entry, 1024> m_entries;
 };
 
-/// Makes one element with all that is below it.
+/// Makes elements with all that is below them.
 class TreeReader {
  public:
-    explicit TreeReader(const XmlTree& tree) : m_tree(tree) {}
+    TreeReader(const XmlTree& tree, TOrderedList<CCoreXmlDomElement*>& elements)
+        : m_tree(tree), m_elements(elements) {}
 
-    std::unique_ptr<CCoreXmlDomElement> Read(const xmlNode& top) {
-        std::unique_ptr<CCoreXmlDomElement> root = Make(top);
-        std::vector<GrowingElement> open{GrowingElement(root.get())};
-        const xmlNode* node = top.children;
-        while (!open.empty()) {
-            if (node == nullptr) {
-                open.pop_back();
-                node = m_open.empty() ? nullptr : m_open.back();
-                if (!m_open.empty()) m_open.pop_back();
-            } else if (!IsElement(node)) {
-                node = node->next;
-            } else {
-                CCoreXmlDomElement* const child = open.back().AddChild(Make(*node));
-                if (node->children == nullptr) {
-                    node = node->next;
-                    continue;
-                }
-                m_open.push_back(node->next);
-                open.emplace_back(child);
-                node = node->children;
-            }
+    void Read(const xmlNode& top) {
+        CCoreXmlDomElement* parent = &Fill(m_builder.AddElement(m_elements, TagOf(top)), top);
+        const xmlNode* node = &top;
+        while ((node = NextInside(top, node, parent)) != nullptr) {
+            if (!IsElement(node)) continue;
+            CCoreXmlDomElement& child = Fill(m_builder.AddElement(*parent, TagOf(*node)), *node);
+            if (node->children != nullptr) parent = &child;
         }
-        return root;
     }
 
  private:
-    std::unique_ptr<CCoreXmlDomElement> Make(const xmlNode& node) {
-        const xmlChar* const prefix = node.ns == nullptr ? nullptr : node.ns->prefix;
-        auto element = Required(new CCoreXmlDomElement(m_names.Name(prefix, node.name)));
-        ListTail<CCoreXmlDomAttribute*> tail;
-        for (AttributeWalk walk(m_tree, node); !walk.AtEnd(); walk.Next()) {
-            const STRID name = m_names.Name(walk.Prefix(), walk.LocalName());
-            auto attribute =
-                Required(new CCoreXmlDomAttribute(name, NameCache::InternedOrThrow(walk.Value())));
-            element->AddAttribute(attribute.get());
-            tail.Advance(element->GetFirstAttribute());
-            attribute.release();
+    /// As NextBelow; `parent` follows where elements end.
+    static const xmlNode* NextInside(const xmlNode& top, const xmlNode* node, CCoreXmlDomElement*& parent) {
+        if (IsElement(node) && node->children != nullptr) return node->children;
+        while (node != &top && node->next == nullptr) {
+            node = node->parent;
+            parent = parent->GetParent();
         }
+        return node == &top ? nullptr : node->next;
+    }
+
+    STRID TagOf(const xmlNode& node) {
+        return m_names.Name(node.ns == nullptr ? nullptr : node.ns->prefix, node.name);
+    }
+
+    CCoreXmlDomElement& Fill(CCoreXmlDomElement& element, const xmlNode& node) {
+        for (AttributeWalk walk(m_tree, node); !walk.AtEnd(); walk.Next())
+            m_builder.AddAttribute(element, m_names.Name(walk.Prefix(), walk.LocalName()), walk.Value());
         return element;
     }
 
     const XmlTree& m_tree;
+    TOrderedList<CCoreXmlDomElement*>& m_elements;
     NameCache m_names;
-    std::vector<const xmlNode*> m_open;  ///< what comes behind each open element
+    TreeBuilder m_builder;
 };
 
 }  // namespace
@@ -242,16 +234,17 @@ IXMLDOMElement* MakeElementNode(const std::shared_ptr<XmlTree>& tree, const xmlN
 }
 
 void ReadTree(const XmlTree& tree, TOrderedList<CCoreXmlDomElement*>& out) {
-    for (const xmlNode* node = tree.m_pDoc->children; node != nullptr; node = node->next) {
-        if (!IsElement(node)) continue;
-        std::unique_ptr<CCoreXmlDomElement> element = TreeReader(tree).Read(*node);
-        ListTail<CCoreXmlDomElement*> tail;
-        TOrderedList<CCoreXmlDomElement*> one;
-        one.Add(element.get());
-        tail.Advance(TIter(one));
-        out.Splice(std::move(one));
-        element.release();
+    TOrderedList<CCoreXmlDomElement*> elements;
+    try {
+        TreeReader reader(tree, elements);
+        for (const xmlNode* node = tree.m_pDoc->children; node != nullptr; node = node->next)
+            if (IsElement(node)) reader.Read(*node);
+    } catch (...) {
+        for (CCoreXmlDomElement* element : elements)
+            delete element;
+        throw;
     }
+    out.Splice(std::move(elements));
 }
 
 }  // namespace brenta

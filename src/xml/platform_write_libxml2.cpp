@@ -12,6 +12,7 @@
 #include "brenta/xml.h"
 #include "foundation/characters.h"
 #include "xml/platform_libxml2.h"
+#include "xml/tree_access.h"
 
 namespace brenta {
 
@@ -257,7 +258,7 @@ class ElementWriter {
     void WriteAttributes(const CCoreXmlDomElement& element) {
         m_attributes.clear();
         m_places.clear();
-        for (auto iter = element.GetFirstAttribute(); iter.Get(); iter.Next()) {
+        for (auto iter = TreeAccess::Attributes(element); iter.Get(); iter.Next()) {
             const std::string& name = Name((*iter.Get())->GetNameId());
             if (name.empty()) continue;
             const std::size_t place = PlaceOf(&name);

@@ -1,14 +1,13 @@
 // The quick reader: strict XML without character data.
 #include <cstring>
-#include <memory>
 #include <new>
-#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "brenta/framework.h"
 #include "brenta/xml_readers.h"
+#include "xml/file_text.h"
 #include "xml/scanner.h"
 #include "xml/tree_builder.h"
 
@@ -34,9 +33,15 @@ constexpr char kSyntaxError[] = "Syntax error.";
 ///     content     := (blank | skipped | element)* "</" tag ">"
 ///
 /// An operation that meets a fault shows its message and answers false.
+///
+/// What of the text is in memory ends at m_pEnd with a NUL; when the position comes there, more is read if
+/// there is more (file_text.h), and the pieces that are looked at, from m_pStart on, move.
 class QuickParse {
  public:
-    QuickParse(const char* text, const char* end) : m_p(text), m_pEnd(end), m_names(Entities::Xml) {}
+    /// Of a text in memory.
+    explicit QuickParse(const char* text) : m_pStart(text), m_pEnd(text + std::strlen(text)) {}
+    /// Of a file.
+    explicit QuickParse(FileText& file) : m_pFile(&file) {}
     ~QuickParse();
     QuickParse(const QuickParse&) = delete;
     QuickParse& operator=(const QuickParse&) = delete;
@@ -45,38 +50,94 @@ class QuickParse {
     TOrderedList<CCoreXmlDomElement*> TakeElements() { return std::move(m_elements); }
 
  private:
-    /// An element whose end has not been met; without one while its tag's name is being read.
+    /// An element whose end has not been met; none while its tag's name is being read. It is in its place in
+    /// the tree from its start on.
     struct Open {
-        GrowingElement element;
-        std::string_view tag;  ///< as it stands in the text
+        CCoreXmlDomElement* pElement = nullptr;
+        std::size_t plainSize = 0;  ///< of its name in the text; kCoded if that has entities
     };
+    static constexpr std::size_t kCoded = ~std::size_t{0};
 
+    // The text
+    bool ReadOn() { return m_pFile != nullptr && m_pFile->ReadOn(m_pStart, m_p, m_pEnd); }
+    bool AtEnd() { return m_p == m_pEnd && !ReadOn(); }
+    char Look();
+    char LookAhead();
+    void Skip(ByteClass skipped);
+    template <class Find>
+    bool Pass(Find find);
+    template <class Find>
+    bool PassPiece(Find find);
+    std::string_view Passed() const { return Piece(m_pStart, m_p); }
+
+    // The grammar
     static bool Fault(const char* message);
     bool ReadTree();
     bool SkipMark();
     bool ReadElement();
     bool ReadStartTag(bool& empty);
+    void BeginElement(STRID tag, std::size_t plainSize);
     bool ReadAttributes(bool& empty);
     bool ReadAttribute();
+    bool ReadValue(std::string_view& value);
     bool ReadEndTag();
-    void Close();
-    void Unwind();
 
-    const char* m_p;
-    const char* const m_pEnd;
-    PieceInterner m_names;
-    AttributeSetter m_attributes;
+    FileText* const m_pFile = nullptr;
+    const char* m_pStart = "";
+    const char* m_p = m_pStart;
+    const char* m_pEnd = m_pStart;
+    PieceInterner m_names{Entities::Xml};
+    TreeBuilder m_builder;
+    AttributeSetter m_attributes{m_builder};
     std::vector<Open> m_open;
     TOrderedList<CCoreXmlDomElement*> m_elements;
-    ListTail<CCoreXmlDomElement*> m_tail;
 };
 
 QuickParse::~QuickParse() {
-    for (const Open& open : m_open)
-        delete open.element.Get();
     for (CCoreXmlDomElement* element : m_elements)
         delete element;
 }
+
+// ---------------------------------------------------------------------------------------------------------
+// The text
+
+/// The byte at the position; the NUL at the end of the text.
+inline char QuickParse::Look() {
+    return AtEnd() ? '\0' : *m_p;
+}
+
+/// The byte behind it.
+inline char QuickParse::LookAhead() {
+    m_pStart = m_p;
+    if (m_p + 1 == m_pEnd) ReadOn();
+    return m_p[1];
+}
+
+/// Passes all bytes of a class.
+inline void QuickParse::Skip(ByteClass skipped) {
+    do
+        m_p = SkipOver(m_p, skipped);
+    while (m_p == m_pEnd && ReadOn());
+}
+
+/// Passes what is not found by `find(from, end)`; false if the text ends first.
+template <class Find>
+bool QuickParse::Pass(Find find) {
+    do
+        m_p = find(m_p, m_pEnd);
+    while (m_p == m_pEnd && ReadOn());
+    return m_p != m_pEnd;
+}
+
+/// The same for a piece, which Passed gives.
+template <class Find>
+bool QuickParse::PassPiece(Find find) {
+    m_pStart = m_p;
+    return Pass(find);
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// The grammar
 
 bool QuickParse::Fault(const char* message) {
     AfxMessageBox(message, MB_OK, 0);
@@ -85,14 +146,17 @@ bool QuickParse::Fault(const char* message) {
 
 bool QuickParse::ReadDocument() {
     while (true) {
-        m_p = SkipOver(m_p, kLow);
-        if (m_p == m_pEnd) return true;
+        m_pStart = m_p;
+        Skip(kLow);
+        if (AtEnd()) return true;
         if (*m_p != '<') return Fault(kBadFormat);
         ++m_p;
-        if (*m_p == '?' || *m_p == '!') {
+        if (Look() == '?' || *m_p == '!') {
             if (!SkipMark()) return true;
         } else if (!ReadTree()) {
-            Unwind();
+            // Each element around a faulty one takes what is left of it for text: one message each.
+            for (std::size_t around = m_open.size() - 1; around > 0; --around)
+                Fault(kInnerText);
             return false;
         }
     }
@@ -100,8 +164,8 @@ bool QuickParse::ReadDocument() {
 
 /// Passes a declaration, instruction or comment, which any ">" ends; false at the end of the text.
 bool QuickParse::SkipMark() {
-    m_p = Find(m_p, m_pEnd, '>');
-    if (m_p == m_pEnd) return false;
+    const auto find = [this](const char* p, const char* end) { return Find(m_pStart = p, end, '>'); };
+    if (!Pass(find)) return false;
     ++m_p;
     return true;
 }
@@ -110,11 +174,12 @@ bool QuickParse::SkipMark() {
 bool QuickParse::ReadTree() {
     if (!ReadElement()) return false;
     while (!m_open.empty()) {
-        if (m_p == m_pEnd) return Fault(kSyntaxError);
-        m_p = SkipOver(m_p, kBlank);
+        if (AtEnd()) return Fault(kSyntaxError);
+        m_pStart = m_p;
+        Skip(kBlank);
         if (*m_p != '<') return Fault(kInnerText);
         ++m_p;
-        if (*m_p == '/') {
+        if (Look() == '/') {
             if (!ReadEndTag()) return false;
         } else if (*m_p == '?' || *m_p == '!') {
             if (!SkipMark()) return Fault(kSyntaxError);
@@ -130,35 +195,44 @@ bool QuickParse::ReadElement() {
     bool empty = false;
     m_open.emplace_back();
     if (!ReadStartTag(empty)) return false;
-    if (empty) Close();
+    if (empty) m_open.pop_back();
     return true;
 }
 
 bool QuickParse::ReadStartTag(bool& empty) {
-    const char* const start = m_p = SkipOver(m_p, kBlank);
-    m_p = SkipTo(m_p, kTagEnd);
-    if (m_p == m_pEnd) return Fault(kUnexpectedEnd);
-    const std::string_view tag = Piece(start, m_p);
-    const STRID id = m_names.DecodedName(tag);
+    Skip(kBlank);
+    if (!PassPiece(SkipTagName)) return Fault(kUnexpectedEnd);
+    const std::string_view tag = Passed();
+    const bool coded = tag.find('&') != tag.npos;
+    const STRID id = coded ? m_names.DecodedName(tag) : m_names.Name(tag);
+    const std::size_t plainSize = coded ? kCoded : tag.size();
     const char last = *m_p++;
     if (last == '/') {
-        if (*m_p != '>') return Fault(kExpectingClose);
+        if (Look() != '>') return Fault(kExpectingClose);
         ++m_p;
         empty = true;
     }
-    m_open.back() = {GrowingElement(Required(new CCoreXmlDomElement(id)).release()), tag};
+    BeginElement(id, plainSize);
     return last == '/' || last == '>' || ReadAttributes(empty);
 }
 
+void QuickParse::BeginElement(STRID tag, std::size_t plainSize) {
+    const std::size_t depth = m_open.size() - 1;
+    CCoreXmlDomElement& element = depth == 0 ? m_builder.AddElement(m_elements, tag)
+                                             : m_builder.AddElement(*m_open[depth - 1].pElement, tag);
+    m_open[depth] = {&element, plainSize};
+}
+
 bool QuickParse::ReadAttributes(bool& empty) {
-    m_attributes.Begin(*m_open.back().element.Get());
+    m_attributes.Begin(*m_open.back().pElement);
     while (true) {
-        m_p = SkipOver(m_p, kBlank);
+        m_pStart = m_p;
+        Skip(kBlank);
         if (*m_p == '>') {
             ++m_p;
             return true;
         }
-        if (*m_p == '/' && m_p[1] == '>') {
+        if (*m_p == '/' && LookAhead() == '>') {
             m_p += 2;
             empty = true;
             return true;
@@ -168,68 +242,62 @@ bool QuickParse::ReadAttributes(bool& empty) {
 }
 
 bool QuickParse::ReadAttribute() {
-    const char* start = m_p;
-    m_p = SkipTo(m_p, kAttributeEnd);
-    if (m_p == m_pEnd) return Fault(kUnexpectedEnd);
-    const STRID name = m_names.Name(Piece(start, m_p));
-    m_p = SkipOver(m_p, kLow);
+    if (!PassPiece(SkipAttributeName)) return Fault(kUnexpectedEnd);
+    const STRID name = m_names.Name(Passed());
+    Skip(kLow);
     if (*m_p != '=') return Fault(kBadAttribute);
-    m_p = SkipOver(m_p + 1, kBlank);
+    ++m_p;
+    Skip(kBlank);
     if (*m_p != '"') return Fault(kMissingQuote);
-    start = ++m_p;
-    m_p = Find(m_p, m_pEnd, '"');
-    if (m_p == m_pEnd) return Fault(kUnexpectedEnd);
-    m_attributes.Set(name, m_names.Value(Piece(start, m_p)));
+    ++m_p;
+    std::string_view value;
+    if (!ReadValue(value)) return Fault(kUnexpectedEnd);
+    m_attributes.Set(name, value);
+    return true;
+}
+
+/// Up to the quote, and past it; false if there is none.
+bool QuickParse::ReadValue(std::string_view& value) {
+    const auto findQuote = [](const char* p, const char* end) { return Find(p, end, '"'); };
+    const auto findSpecial = [](const char* p, const char* end) { return FindEither(p, end, '"', '&'); };
+    if (!PassPiece(findSpecial)) return false;
+    const bool coded = *m_p == '&';
+    if (coded && !Pass(findQuote)) return false;
+    value = coded ? m_names.Text(Passed()) : Passed();
     ++m_p;
     return true;
 }
 
-// The name of the start tag, byte for byte, is the usual case and needs no identifier.
+// The name of the start tag, byte for byte, is the usual case and needs neither its end to be looked for nor
+// an identifier. It holds no ">".
 bool QuickParse::ReadEndTag() {
-    const char* const start = ++m_p;
-    m_p = Find(m_p, m_pEnd, '>');
-    if (m_p == m_pEnd) return Fault(kUnexpectedEnd);
-    const std::string_view tag = Piece(start, m_p);
     const Open& open = m_open.back();
-    if (tag != open.tag && m_names.DecodedName(tag) != open.element.Get()->GetTagNameId()) {
-        return Fault(kMismatchedEnd);
+    ++m_p;
+    if (static_cast<std::size_t>(m_pEnd - m_p) > open.plainSize && m_p[open.plainSize] == '>' &&
+        std::memcmp(m_p, open.pElement->GetTagName(), open.plainSize) == 0) {
+        m_p += open.plainSize;
+    } else {
+        if (!PassPiece([](const char* p, const char* end) { return Find(p, end, '>'); }))
+            return Fault(kUnexpectedEnd);
+        if (m_names.DecodedName(Passed()) != open.pElement->GetTagNameId()) return Fault(kMismatchedEnd);
     }
     ++m_p;
-    Close();
+    m_open.pop_back();
     return true;
 }
 
-/// Hands the innermost open element, which is complete, to the one around it.
-void QuickParse::Close() {
-    std::unique_ptr<CCoreXmlDomElement> element(m_open.back().element.Get());
-    m_open.pop_back();
-    if (!m_open.empty()) {
-        m_open.back().element.AddChild(std::move(element));
-        return;
-    }
-    m_elements.Add(element.get());
-    m_tail.Advance(TIter(m_elements));
-    element.release();
-}
-
-// Each element around a faulty one takes what is left of it for text: one message each.
-void QuickParse::Unwind() {
-    while (true) {
-        delete m_open.back().element.Get();
-        m_open.pop_back();
-        if (m_open.empty()) return;
-        Fault(kInnerText);
-    }
-}
-
-/// Parses a text that ends at `end` with its NUL; on success its elements go behind those of `elements`,
-/// otherwise that is emptied.
-bool Parse(const char* text, const char* end, TOrderedList<CCoreXmlDomElement*>& elements) {
-    QuickParse parse(text, end);
+/// Parses a text in memory or in a file; on success its elements go behind those of `elements`, otherwise
+/// that is emptied.
+template <class Text>
+bool Parse(Text&& text, TOrderedList<CCoreXmlDomElement*>& elements) try {
+    QuickParse parse(text);
     if (parse.ReadDocument()) {
         elements.Splice(parse.TakeElements());
         return true;
     }
+    elements.RemoveAll();
+    return false;
+} catch (const std::bad_alloc&) {
     elements.RemoveAll();
     return false;
 }
@@ -256,17 +324,15 @@ const char* CCoreXMLQuickReader::GetBaseClassName() const {
     return "none";
 }
 
-bool CCoreXMLQuickReader::LoadDocument(const char* path) {
-    std::string text;
-    return ReadText(path, text) && ParseStream(text.c_str());
+bool CCoreXMLQuickReader::LoadDocument(const char* path) try {
+    FileText file;
+    return file.Open(path) && Parse(file, m_elements);
+} catch (const FileText::Unreadable&) {
+    return false;
 }
 
-bool CCoreXMLQuickReader::ParseStream(const char* text) try {
-    if (text == nullptr) text = "";
-    return Parse(text, text + std::strlen(text), m_elements);
-} catch (const std::bad_alloc&) {
-    m_elements.RemoveAll();
-    return false;
+bool CCoreXMLQuickReader::ParseStream(const char* text) {
+    return Parse(text == nullptr ? "" : text, m_elements);
 }
 
 TOrderedList<CCoreXmlDomElement*> CCoreXMLQuickReader::TakeElements() {

@@ -7,30 +7,12 @@
 
 #include "brenta/xml_stream.h"
 #include "foundation/characters.h"
-#include "xml/pending_value.h"
 
 namespace brenta {
 
 namespace {
 
 constexpr std::size_t kRecordDepth = 2;
-
-/// An element that belongs to nobody yet. Attributes are appended without a look at those before: the parser
-/// has seen that their qualified names differ, and two prefixes may share a local name.
-std::unique_ptr<CCoreXmlDomElement> MakeElement(STRID tag, std::span<const SaxAttribute> attributes,
-                                                PieceInterner& names) {
-    auto element = Required(new CCoreXmlDomElement(tag));
-    ListTail<CCoreXmlDomAttribute*> tail;
-    for (const SaxAttribute& attribute : attributes) {
-        const STRID name = names.Name(attribute.name);
-        auto made = Required(new CCoreXmlDomAttribute(name, kNoName));
-        PendingValue::Set(*made, attribute.value);
-        element->AddAttribute(made.get());
-        tail.Advance(element->GetFirstAttribute());
-        made.release();
-    }
-    return element;
-}
 
 bool EqualsIgnoringCase(std::string_view text, std::string_view lowerCase) {
     return std::equal(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(),
@@ -114,13 +96,17 @@ bool CXMLContentHandler::StartElement(std::string_view localName, std::span<cons
     }
     const STRID tag = m_names.Name(localName);
     if (tag == kNoName) return false;
-    auto element = MakeElement(tag, attributes, m_names);
+    CCoreXmlDomElement* element = nullptr;
     if (m_open.empty()) {
-        m_pRoot = std::move(element);
-        m_open.emplace_back(m_pRoot.get());
+        m_pRoot.reset(element = new CCoreXmlDomElement(tag));
+        if (element == nullptr) throw std::bad_alloc();
     } else {
-        m_open.emplace_back(m_open.back().AddChild(std::move(element)));
+        element = &m_builder.AddElement(*m_open.back(), tag);
     }
+    m_open.push_back(element);
+    // The parser has seen that the qualified names differ, and two prefixes may share a local name.
+    for (const SaxAttribute& attribute : attributes)
+        m_builder.AddAttribute(*element, m_names.Name(attribute.name), attribute.value);
     return true;
 }
 
@@ -136,12 +122,12 @@ bool CXMLContentHandler::EndElement() {
     return true;
 }
 
-/// The root starts anew as it were: the tail of its children has gone with the record.
 void CXMLContentHandler::DeliverRecord() {
-    CCoreXmlDomElement* const record = m_open.back().Get();
+    CCoreXmlDomElement* const record = m_open.back();
     if (m_pTarget != nullptr) m_pTarget->OnCmdMsg(kXmlRecordCommand, 0, record, nullptr);
     m_pRoot->DeleteChildElement(record);
-    m_open.assign(1, GrowingElement(m_pRoot.get()));
+    m_builder.Reuse();
+    m_open.pop_back();
 }
 
 }  // namespace brenta

@@ -60,7 +60,8 @@ class CXMLContentHandler final : public ISAXContentHandler {
 
     PieceInterner m_names{Entities::Xml};
     std::unique_ptr<CCoreXmlDomElement> m_pRoot;
-    std::vector<GrowingElement> m_open;  ///< root, record, and what is open inside it
+    TreeBuilder m_builder;
+    std::vector<CCoreXmlDomElement*> m_open;  ///< root, record, and what is open inside it
 };
 
 }  // namespace brenta

@@ -1,18 +1,13 @@
 #include "xml/scanner.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 
 #include "foundation/intern.h"
 #include "os/os.h"
+#include "xml/pending_value.h"
 
 namespace brenta {
-
-const char* FindFar(const char* p, const char* end, char wanted) {
-    const void* found = std::memchr(p, wanted, static_cast<std::size_t>(end - p));
-    return found != nullptr ? static_cast<const char*>(found) : end;
-}
 
 // ---------------------------------------------------------------------------------------------------------
 // Entities
@@ -71,18 +66,6 @@ void DecodeEntities(std::string_view text, Entities entities, std::string& out) 
 
 namespace {
 
-/// The first eight bytes of a name as a number; a shorter one is filled up with zeros.
-std::uint64_t StartOf(std::string_view text) {
-    std::uint64_t start = 0;
-    if (text.size() >= sizeof start) {
-        std::memcpy(&start, text.data(), sizeof start);
-    } else {
-        for (const char c : text)
-            start = start << 8 | static_cast<unsigned char>(c);
-    }
-    return start;
-}
-
 bool HasEntity(std::string_view text) {
     return Find(text.data(), text.data() + text.size(), '&') != text.data() + text.size();
 }
@@ -96,7 +79,7 @@ STRID Intern(std::string_view text) {
 }  // namespace
 
 STRID PieceInterner::Name(std::string_view text) {
-    const std::uint64_t start = StartOf(text);
+    const std::uint64_t start = LoadBytes(text.data(), text.size());
     Entry& entry = m_cache[((start ^ text.size()) * 0x9E3779B97F4A7C15ull) >> (64 - kCacheBits)];
     const bool known =
         entry.start == start && entry.length == text.size() &&
@@ -111,6 +94,12 @@ STRID PieceInterner::DecodedName(std::string_view text) {
 
 STRID PieceInterner::Value(std::string_view text) {
     return HasEntity(text) ? Decoded(text) : Intern(text);
+}
+
+std::string_view PieceInterner::Text(std::string_view text) {
+    if (!HasEntity(text)) return text;
+    DecodeEntities(text, m_entities, m_decoded);
+    return m_decoded;
 }
 
 STRID PieceInterner::Decoded(std::string_view text) {

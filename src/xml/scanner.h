@@ -7,8 +7,10 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -75,13 +77,73 @@ inline const char* SkipOver(const char* p, ByteClass skipped) {
 }
 
 /// The first `wanted` from `p` on, or `end`, which holds the NUL.
-const char* FindFar(const char* p, const char* end, char wanted);
-
-/// The same, faster where it is near: most values are a few bytes long.
 inline const char* Find(const char* p, const char* end, char wanted) {
-    for (const char* const far = p + (end - p < 16 ? end - p : 16); p != far; ++p)
-        if (*p == wanted) return p;
-    return p == end ? end : FindFar(p, end, wanted);
+    const void* const found = std::memchr(p, wanted, static_cast<std::size_t>(end - p));
+    return found != nullptr ? static_cast<const char*>(found) : end;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Eight bytes at a time. Names and values are a few bytes long, and of a different length each: a loop over
+// their bytes mostly ends where the processor did not expect it, which costs more than the bytes themselves.
+// So eight of them are looked at in one word, the first one lowest. A byte that is wanted has its highest bit
+// set in the result, and so may some of those above the first one.
+
+namespace detail {
+
+inline constexpr std::uint64_t kEachByte = 0x0101010101010101u;
+inline constexpr std::uint64_t kHighBits = 0x80 * kEachByte;
+
+inline std::uint64_t BytesEqual(std::uint64_t word, char wanted) {
+    const std::uint64_t differences = word ^ kEachByte * static_cast<unsigned char>(wanted);
+    return (differences - kEachByte) & ~differences & kHighBits;
+}
+
+/// The low ones, and the NUL.
+inline std::uint64_t BytesBelow33(std::uint64_t word) {
+    return ((word - 33 * kEachByte) | word) & kHighBits;
+}
+
+/// The first byte at which `marks` of a word is not 0; from the last bytes before `end` on, one at which
+/// `stop` of the byte is true, or `end`.
+template <class Marks, class Stop>
+const char* ScanWords(const char* p, const char* end, Marks marks, Stop stop) {
+    for (; end - p >= 8; p += 8) {
+        std::uint64_t word;
+        std::memcpy(&word, p, sizeof word);
+        if (const std::uint64_t found = marks(word)) return p + std::countr_zero(found) / 8;
+    }
+    while (p != end && !stop(*p))
+        ++p;
+    return p;
+}
+
+}  // namespace detail
+
+/// The end of an attribute's name: the first byte of kAttributeEnd.
+inline const char* SkipAttributeName(const char* p, const char* end) {
+    return detail::ScanWords(
+        p, end, [](std::uint64_t word) { return detail::BytesEqual(word, '=') | detail::BytesBelow33(word); },
+        [](char c) { return IsByte(c, kAttributeEnd); });
+}
+
+/// The end of a tag's name: the first byte of kTagEnd.
+inline const char* SkipTagName(const char* p, const char* end) {
+    return detail::ScanWords(
+        p, end,
+        [](std::uint64_t word) {
+            return detail::BytesEqual(word, '/') | detail::BytesEqual(word, '>') | detail::BytesBelow33(word);
+        },
+        [](char c) { return IsByte(c, kTagEnd); });
+}
+
+/// The first byte that is one of two.
+inline const char* FindEither(const char* p, const char* end, char first, char second) {
+    return detail::ScanWords(
+        p, end,
+        [=](std::uint64_t word) {
+            return detail::BytesEqual(word, first) | detail::BytesEqual(word, second);
+        },
+        [=](char c) { return c == first || c == second; });
 }
 
 /// The piece from `start` to `end`.
@@ -113,6 +175,8 @@ class PieceInterner {
     STRID DecodedName(std::string_view text);
     /// A value or a run of data, with its entities decoded.
     STRID Value(std::string_view text);
+    /// The text itself with its entities decoded, good until the next call.
+    std::string_view Text(std::string_view text);
 
  private:
     struct Entry {

@@ -1,53 +1,36 @@
 #include "xml/tree_builder.h"
 
+#include <utility>
+
 namespace brenta {
 
-void AttributeSetter::Begin(CCoreXmlDomElement& element) {
-    m_pElement = &element;
-    m_tail = {};
-    m_attributes.clear();
-    m_slots.clear();
-}
-
-void AttributeSetter::Set(STRID name, STRID value) {
-    if (CCoreXmlDomAttribute* present = FindAttribute(name)) return present->SetValue(value);
-    auto attribute = Required(new CCoreXmlDomAttribute(name, value));
-    m_attributes.push_back(attribute.get());
-    m_pElement->AddAttribute(attribute.get());
-    m_tail.Advance(m_pElement->GetFirstAttribute());
-    attribute.release();
-    if (m_attributes.size() <= kFew) return;
-    if (m_attributes.size() * 2 > m_slots.size()) {
-        Rehash();
-    } else {
-        m_slots[SlotOf(name)] = m_attributes.back();
-    }
-}
-
-CCoreXmlDomAttribute* AttributeSetter::FindAttribute(STRID name) const {
-    if (!m_slots.empty()) return m_slots[SlotOf(name)];
-    for (CCoreXmlDomAttribute* attribute : m_attributes)
-        if (attribute->GetNameId() == name) return attribute;
-    return nullptr;
+void AttributeSetter::SetAmongMany(STRID name, std::string_view value) {
+    if (2 * (m_count + 1) > m_slots.size()) Grow();
+    Entry& slot = SlotOf(name);
+    if (slot.pAttribute != nullptr) return m_builder.SetValue(*m_pElement, *slot.pAttribute, value);
+    slot = {name, &m_builder.AddAttribute(*m_pElement, name, value)};
+    ++m_count;
 }
 
 /// The place of a name, or the free one where it belongs.
-std::size_t AttributeSetter::SlotOf(STRID name) const {
+AttributeSetter::Entry& AttributeSetter::SlotOf(STRID name) {
     const std::size_t mask = m_slots.size() - 1;
     std::size_t slot = (static_cast<std::uint64_t>(name) * 0x9E3779B97F4A7C15ull >> 32) & mask;
-    while (m_slots[slot] != nullptr && m_slots[slot]->GetNameId() != name)
+    while (m_slots[slot].pAttribute != nullptr && m_slots[slot].name != name)
         slot = (slot + 1) & mask;
-    return slot;
+    return m_slots[slot];
 }
 
 // Never larger than this element asks for: the table is cleared for each element that needs one.
-void AttributeSetter::Rehash() {
+void AttributeSetter::Grow() {
+    const std::vector<Entry> old =
+        m_slots.empty() ? std::vector<Entry>(m_few, m_few + kFew) : std::exchange(m_slots, {});
     std::size_t size = 4 * kFew;
-    while (size < m_attributes.size() * 4)
+    while (size < m_count * 4)
         size *= 2;
-    m_slots.assign(size, nullptr);
-    for (CCoreXmlDomAttribute* attribute : m_attributes)
-        m_slots[SlotOf(attribute->GetNameId())] = attribute;
+    m_slots.assign(size, {});
+    for (const Entry& entry : old)
+        if (entry.pAttribute != nullptr) SlotOf(entry.name) = entry;
 }
 
 }  // namespace brenta

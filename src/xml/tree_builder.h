@@ -1,78 +1,109 @@
-// Building a tree element by element, for readers: additions that run out of memory throw, and neither long
-// lists nor elements with very many attributes cost more than linear time.
+// Building trees element by element, for readers: neither long lists nor elements with very many attributes
+// cost more than linear time, and objects stand in slabs (xml/tree_memory.h).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <new>
+#include <string_view>
 #include <vector>
 
 #include "brenta/xml.h"
+#include "xml/tree_memory.h"
 
 namespace brenta {
 
-/// The object that `new` of a heap-aware class gave; std::bad_alloc for null.
-template <class T>
-std::unique_ptr<T> Required(T* object) {
-    if (object == nullptr) throw std::bad_alloc();
-    return std::unique_ptr<T>(object);
-}
-
-/// The last node of a list that only grows at its end. A list adds nothing when memory runs out and does not
-/// say so; whoever knows the last node sees it.
-template <class T>
-class ListTail {
+/// Makes elements and attributes in their places. Every operation throws std::bad_alloc when memory runs out,
+/// and the tree is then as it was.
+class TreeBuilder {
  public:
-    /// After an addition to `list`; std::bad_alloc if nothing was added.
-    void Advance(const TIter<T>& first) {
-        TNode<T>* const added = m_pLast != nullptr ? m_pLast->m_pNext : first.m_pPos;
-        if (added == nullptr) throw std::bad_alloc();
-        m_pLast = added;
+    /// A new element at the top level, or a new last child.
+    CCoreXmlDomElement& AddElement(TOrderedList<CCoreXmlDomElement*>& list, STRID tag) {
+        ElementRecord& record = m_memory.MakeElement(tag);
+        list.AddNode(&record.node);
+        m_pLast = &record.object;
+        m_pLastSlab = m_memory.Slab();
+        return record.object;
+    }
+    CCoreXmlDomElement& AddElement(CCoreXmlDomElement& parent, STRID tag) {
+        CCoreXmlDomElement& child = AddElement(parent.m_children, tag);
+        child.m_pParent = &parent;
+        return child;
+    }
+
+    /// Appends an attribute, whatever names there are already. The value must hold no NUL.
+    CCoreXmlDomAttribute& AddAttribute(CCoreXmlDomElement& element, STRID name, std::string_view value) {
+        AttributeRecord& record = m_memory.MakeAttribute(name, value);
+        element.m_attributes.AddNode(&record.node);
+        if (&element == m_pLast && m_memory.Slab() == m_pLastSlab && !PendingValue::IsOwned(record.object)) {
+            ++element.m_unseenAttributes;
+        } else {
+            LookAt(element);
+        }
+        return record.object;
+    }
+
+    /// If everything that was made has been deleted, what follows takes its place.
+    void Reuse() {
+        m_memory.Reuse();
+        m_pLast = nullptr;
+    }
+
+    /// Replaces the value of an attribute.
+    void SetValue(CCoreXmlDomElement& element, CCoreXmlDomAttribute& attribute, std::string_view value) {
+        LookAt(element);
+        PendingValue::Set(attribute, value);
     }
 
  private:
-    TNode<T>* m_pLast = nullptr;
-};
-
-/// An element that is being built, which gets its children here.
-class GrowingElement {
- public:
-    explicit GrowingElement(CCoreXmlDomElement* element = nullptr) : m_pElement(element) {}
-
-    CCoreXmlDomElement* Get() const { return m_pElement; }
-
-    CCoreXmlDomElement* AddChild(std::unique_ptr<CCoreXmlDomElement> child) {
-        m_pElement->AddChildElement(child.get());
-        m_tail.Advance(m_pElement->GetFirstChild());
-        return child.release();
+    /// When the element goes, each of its attributes is to be looked at.
+    void LookAt(CCoreXmlDomElement& element) {
+        element.m_unseenAttributes = CCoreXmlDomElement::kSeen;
+        m_pLast = nullptr;
     }
 
- private:
-    CCoreXmlDomElement* m_pElement;
-    ListTail<CCoreXmlDomElement*> m_tail;
+    TreeMemory m_memory;
+    CCoreXmlDomElement* m_pLast = nullptr;  // the element made last, if its attributes need no look so far
+    const TreeSlab* m_pLastSlab = nullptr;
 };
 
 /// Gives attributes to one element after the other: a name that was there already gets the new value. Up to
 /// sixteen names are compared one by one, more stand in a hash table.
 class AttributeSetter {
  public:
+    explicit AttributeSetter(TreeBuilder& builder) : m_builder(builder) {}
+
     /// The element that the following attributes are for; it has none yet.
-    void Begin(CCoreXmlDomElement& element);
-    void Set(STRID name, STRID value);
+    void Begin(CCoreXmlDomElement& element) {
+        m_pElement = &element;
+        m_count = 0;
+        if (!m_slots.empty()) m_slots.clear();
+    }
+
+    void Set(STRID name, std::string_view value) {
+        if (m_count >= kFew) return SetAmongMany(name, value);
+        for (std::size_t i = 0; i < m_count; ++i)
+            if (m_few[i].name == name) return m_builder.SetValue(*m_pElement, *m_few[i].pAttribute, value);
+        m_few[m_count] = {name, &m_builder.AddAttribute(*m_pElement, name, value)};
+        ++m_count;
+    }
 
  private:
+    struct Entry {
+        STRID name;
+        CCoreXmlDomAttribute* pAttribute;
+    };
     static constexpr std::size_t kFew = 16;
 
-    CCoreXmlDomAttribute* FindAttribute(STRID name) const;
-    std::size_t SlotOf(STRID name) const;
-    void Rehash();
+    void SetAmongMany(STRID name, std::string_view value);
+    Entry& SlotOf(STRID name);
+    void Grow();
 
+    TreeBuilder& m_builder;
     CCoreXmlDomElement* m_pElement = nullptr;
-    ListTail<CCoreXmlDomAttribute*> m_tail;
-    std::vector<CCoreXmlDomAttribute*> m_attributes;
+    std::size_t m_count = 0;
+    Entry m_few[kFew];
     /// A power of two of places, at most half of them used; empty while the attributes are few.
-    std::vector<CCoreXmlDomAttribute*> m_slots;
+    std::vector<Entry> m_slots;
 };
 
 }  // namespace brenta

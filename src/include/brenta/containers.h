@@ -365,6 +365,22 @@ class TOrderedList {
         m_pTail = last;
     }
 
+    /// Appends a node that was made elsewhere, which the list deletes like its own. A lost tail is reported
+    /// as by Add.
+    void AddNode(TNode<T>* node) {
+        detail::RequireTail(m_pHead, m_pTail, "Templ");
+        detail::AppendNode(m_pHead, m_pTail, node);
+    }
+
+    /// Takes the first node out, which the caller deletes; null if the list is empty.
+    TNode<T>* TakeHead() {
+        TNode<T>* const node = m_pHead;
+        if (!node) return nullptr;
+        m_pHead = node->m_pNext;
+        if (node == m_pTail) m_pTail = nullptr;
+        return node;
+    }
+
     /// Turns the order round without copying; the tail is the last value again, also if it was lost.
     void Reverse() {
         m_pTail = m_pHead;

@@ -3,7 +3,9 @@
 ///
 /// Every reader of the library (this header's LoadDocument, brenta/xml_readers.h) makes this tree, and
 /// scripts drive it. Names, values and texts are interned, so that comparing two of them by STRID is one
-/// comparison of addresses.
+/// comparison of addresses. A value that a reader found is interned when it is first asked for by GetValue,
+/// GetValueId or the like; PeekValue, numbers, searches and saving leave it as it stands, which is faster and
+/// leaves nothing behind.
 ///
 ///     CCoreXmlDom library;
 ///     if (!library.LoadDocument("Resistors.lbr", true)) return;
@@ -30,6 +32,10 @@
 ///   root only: a second one puts out the first content again. ResetCOMState starts afresh here, too.
 /// - One document, one root: of several top-level elements the first alone is put out.
 ///
+/// Cost. What a reader makes stands side by side in large blocks of the library's heap: a block is given back
+/// when nothing in it is left. So an element that is taken out of a large document and kept for long keeps up
+/// to 4 MB with it; a copy (elements copy deeply) does not.
+///
 /// Depth costs memory only; no operation recurses. Without memory an operation that adds something adds
 /// nothing, and those that build a list or walk a tree may throw std::bad_alloc.
 ///
@@ -49,6 +55,9 @@
 namespace brenta {
 
 class PlatformDocument;
+struct TreeAccess;
+class TreeBuilder;
+class TreeWrecker;
 
 // ---------------------------------------------------------------------------------------------------------
 // Attributes
@@ -58,7 +67,7 @@ class BRENTA_API CCoreXmlDomAttribute : public CCoreScriptable {
  public:
     /// No name and no value: both read as "".
     CCoreXmlDomAttribute();
-    CCoreXmlDomAttribute(STRID name, STRID value);
+    CCoreXmlDomAttribute(STRID name, STRID value) : m_name(name), m_value(value) {}
     /// Interns both texts; null counts as "".
     CCoreXmlDomAttribute(const char* name, const char* value);
     CCoreXmlDomAttribute(const CCoreXmlDomAttribute& other);
@@ -73,8 +82,8 @@ class BRENTA_API CCoreXmlDomAttribute : public CCoreScriptable {
     /// The texts live as long as the library; never null.
     const char* GetName() const { return StrPtr(m_name); }
     const char* GetValue() const { return StrPtr(GetValueId()); }
-    /// The value as it stands, valid until the value is asked for in another way, set or destroyed. A record
-    /// of a stream (brenta/xml_stream.h) has values that are not interned yet, and this does not intern them.
+    /// The value as it stands, valid until the value is asked for in another way, set or destroyed. A value
+    /// that a reader found is not interned by this.
     const char* PeekValue() const;
     STRID GetNameId() const { return m_name; }
     STRID GetValueId() const { return IsPending() ? InternValue() : m_value; }
@@ -94,7 +103,7 @@ class BRENTA_API CCoreXmlDomAttribute : public CCoreScriptable {
     STRID InternValue() const;
 
     STRID m_name;
-    mutable STRID m_value;  // or the address of such a text, made odd
+    mutable STRID m_value;  // or such a text, an odd number
 };
 
 // ---------------------------------------------------------------------------------------------------------
@@ -111,7 +120,8 @@ class BRENTA_API CCoreXmlDomElement : public CCoreScriptable {
  public:
     /// An element without a tag, which reads as "".
     CCoreXmlDomElement();
-    explicit CCoreXmlDomElement(STRID tag);
+    explicit CCoreXmlDomElement(STRID tag)
+        : m_tag(tag), m_innerText(kNoName), m_pParent(nullptr), m_flag(false), m_unseenAttributes(0) {}
     explicit CCoreXmlDomElement(const char* tag);
     /// A deep copy: tag, text, flag, attributes and children. The copy has no parent.
     CCoreXmlDomElement(const CCoreXmlDomElement& other);
@@ -167,7 +177,10 @@ class BRENTA_API CCoreXmlDomElement : public CCoreScriptable {
     // loader can bring about, the first counts.
 
     /// Steps through the attributes in order.
-    TIter<CCoreXmlDomAttribute*> GetFirstAttribute() const { return TIter(m_attributes); }
+    TIter<CCoreXmlDomAttribute*> GetFirstAttribute() const {
+        m_unseenAttributes = kSeen;
+        return TIter(m_attributes);
+    }
 
     /// Sets the value of the attribute with this name, or appends one.
     void AddAttribute(STRID name, STRID value);
@@ -217,6 +230,12 @@ class BRENTA_API CCoreXmlDomElement : public CCoreScriptable {
     void FindAllElements(STRID tag, TOrderedList<CCoreXmlDomElement*>& out, bool recurse);
 
  private:
+    friend struct TreeAccess;
+    friend class TreeBuilder;
+    friend class TreeWrecker;
+
+    static constexpr std::uint32_t kSeen = ~std::uint32_t{0};
+
     void CopyContent(const CCoreXmlDomElement& other);
 
     STRID m_tag;
@@ -225,6 +244,8 @@ class BRENTA_API CCoreXmlDomElement : public CCoreScriptable {
     TOrderedList<CCoreXmlDomAttribute*> m_attributes;
     CCoreXmlDomElement* m_pParent;
     bool m_flag;
+    /// How many attributes a reader made of which nobody outside has got hold of any; kSeen otherwise.
+    mutable std::uint32_t m_unseenAttributes;
 };
 
 // ---------------------------------------------------------------------------------------------------------

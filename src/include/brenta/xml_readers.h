@@ -22,8 +22,9 @@
 /// Ownership. No reader deletes an element of a finished parse: the caller takes them over and deletes them.
 ///
 /// Cost. Time grows with the length of the text, whatever it holds: depth, attributes by the ten thousand and
-/// unfinished constructs included. Neither reader recurses. A file is read into memory as a whole; beside it
-/// stand the tree and a few words for each element that is still open.
+/// unfinished constructs included. Neither reader recurses. The HTML reader reads a file into memory as a
+/// whole, the quick reader piece by piece; beside it stand the tree and a few words for each element that is
+/// still open.
 ///
 /// Files. Regular files only: a folder, a pipe, a device, an address of a network, null, or a file that
 /// cannot be read is false without a message. A NUL ends the text. A lack of memory, for names too, is false

@@ -1,0 +1,161 @@
+#include "xml/tree_memory.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace brenta {
+
+namespace {
+
+/// Of a slab. Each is as large as all before it, so that a small document takes little room and a large one
+/// few slabs. The smallest holds two chunks wherever it begins.
+constexpr std::size_t kSmallestSlab = 3 * kTreeChunk;
+constexpr std::size_t kLargestSlab = std::size_t{4} << 20;
+
+/// Texts of this many bytes or more are blocks of their own.
+constexpr std::size_t kLongText = kTreeChunk / 8;
+
+/// Less room at the end of a slab is no chunk: the largest record with its text must fit.
+constexpr std::size_t kSmallestChunk = 2 * kLongText;
+static_assert(kSmallestChunk >= sizeof(TreeChunk) + sizeof(AttributeRecord) + kLongText);
+static_assert(kSmallestChunk >= sizeof(TreeChunk) + sizeof(ElementRecord));
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------------------
+// Making
+
+AttributeRecord& TreeMemory::MakeWithText(STRID name, std::string_view value) {
+    if (value.size() >= kLongText) {
+        Reserve(m_attributes, sizeof(AttributeRecord));
+        return Make<AttributeRecord>(m_attributes, name, PendingValue::Owned(value));
+    }
+    Reserve(m_attributes, sizeof(AttributeRecord) + value.size() + 1);
+    char* const text = m_attributes.pHigh -= value.size() + 1;
+    std::memcpy(text, value.data(), value.size());
+    text[value.size()] = '\0';
+    return Make<AttributeRecord>(m_attributes, name, PendingValue::Elsewhere(text));
+}
+
+void TreeMemory::NextChunk(Room& room) {
+    if (static_cast<std::size_t>(m_pEnd - m_pNext) < kSmallestChunk) NextSlab();
+    char* const start = m_pNext;
+    m_pNext += std::min<std::ptrdiff_t>(kTreeChunk, m_pEnd - start);
+    ::new (static_cast<void*>(start)) TreeChunk{m_pSlab};
+    room = {start + sizeof(TreeChunk), m_pNext};
+}
+
+void TreeMemory::NextSlab() {
+    const std::size_t size = std::clamp(m_total, kSmallestSlab, kLargestSlab);
+    auto* const block = static_cast<char*>(HeapNew(size));
+    if (block == nullptr) throw std::bad_alloc();
+    Leave();
+    m_pSlab = ::new (static_cast<void*>(block)) TreeSlab{TreeSlab::kBuilding};
+    m_pEnd = block + size;
+    m_total += size;
+    StartSlab();
+}
+
+/// At the first chunk of the slab.
+void TreeMemory::StartSlab() {
+    m_pNext = reinterpret_cast<char*>(TreeChunk::Of(reinterpret_cast<char*>(m_pSlab + 1) + kTreeChunk - 1));
+    m_elements = m_attributes = {};
+}
+
+void TreeMemory::Reuse() {
+    if (m_made == 0 || m_pSlab->users.load(std::memory_order_acquire) != TreeSlab::kBuilding - m_made) return;
+    m_pSlab->users.store(TreeSlab::kBuilding, std::memory_order_relaxed);
+    m_made = 0;
+    StartSlab();
+}
+
+void TreeMemory::Leave() {
+    if (m_pSlab != nullptr)
+        std::exchange(m_pSlab, nullptr)->Release(TreeSlab::kBuilding - std::exchange(m_made, 0));
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Deleting
+
+// Bottom up, without recursion and without memory: the way back up stands in the parents, which are set anew
+// on the way down.
+void TreeWrecker::DeleteBelow(CCoreXmlDomElement& top) {
+    DropLeaves(top);
+    CCoreXmlDomElement* current = &top;
+    while (true) {
+        if (CCoreXmlDomElement* const child = TakeChild(*current)) {
+            child->m_pParent = current;
+            DropLeaves(*child);
+            current = child;
+        } else if (current == &top) {
+            return;
+        } else {
+            Delete(std::exchange(current, current->m_pParent));
+        }
+    }
+}
+
+// Nobody sees when an element of a reader goes, so those without children, which are nearly all, go at once
+// and in the order in which they lie in memory. The others are turned round, so that the last child is taken
+// first at no cost.
+void TreeWrecker::DropLeaves(CCoreXmlDomElement& parent) {
+    TOrderedList<CCoreXmlDomElement*> others;
+    while (TNode<CCoreXmlDomElement*>* const node = parent.m_children.TakeHead()) {
+        CCoreXmlDomElement* const child = node->m_value;
+        if (!ElementRecord::Node::Is(*node) || child != ElementRecord::Of(*node) ||
+            !child->m_children.IsEmpty()) {
+            others.AddNode(node);
+        } else {
+            Drop(*child, 1);
+        }
+    }
+    parent.m_children = std::move(others);
+    parent.m_children.Reverse();
+}
+
+/// The first child, out of its list; null if there is none.
+CCoreXmlDomElement* TreeWrecker::TakeChild(CCoreXmlDomElement& parent) {
+    TNode<CCoreXmlDomElement*>* const node = parent.m_children.TakeHead();
+    if (node == nullptr) return nullptr;
+    CCoreXmlDomElement* const child = node->m_value;
+    if (ElementRecord::Node::Is(*node)) {
+        m_release.Count(node, 1);
+    } else {
+        delete node;
+    }
+    return child;
+}
+
+/// An element without children.
+void TreeWrecker::Delete(CCoreXmlDomElement* element) {
+    if (!TInSlab<CCoreXmlDomElement>::Is(*element)) {
+        delete element;
+        return;
+    }
+    Drop(*element, 0);
+}
+
+void TreeWrecker::Drop(CCoreXmlDomElement& element, std::size_t others) {
+    if (element.m_unseenAttributes == CCoreXmlDomElement::kSeen) {
+        DeleteAttributes(element);
+    } else {
+        others += 2 * std::size_t{element.m_unseenAttributes};
+    }
+    m_release.Count(&element, 1 + others);
+}
+
+void TreeWrecker::DeleteAttributes(CCoreXmlDomElement& element) {
+    element.m_unseenAttributes = CCoreXmlDomElement::kSeen;
+    while (TNode<CCoreXmlDomAttribute*>* const node = element.m_attributes.TakeHead()) {
+        CCoreXmlDomAttribute* const attribute = node->m_value;
+        if (AttributeRecord::Node::Is(*node) && attribute == AttributeRecord::Of(*node) &&
+            !PendingValue::IsOwned(*attribute)) {
+            m_release.Count(attribute, 2);
+        } else {
+            delete attribute;
+            delete node;
+        }
+    }
+}
+
+}  // namespace brenta

@@ -1,0 +1,213 @@
+// The memory of trees that readers build.
+//
+// A board has millions of elements and attributes, made one after the other and, nearly always, deleted
+// together. As heap blocks of their own they would cost two blocks each, one for the object and one for its
+// node in the parent's list, and a third for each value. So readers place them side by side in *slabs*, large
+// blocks of the library's heap:
+//
+//     slab      | users | ... | chunk              | chunk              | ...
+//     chunk     | slab | record | record | record ->   ...   <- text | text |
+//     record    | element or attribute | its node |
+//
+// A chunk starts at a multiple of its size, so an object's address leads to its slab. It is one for elements
+// or one for attributes: searching and deleting walk along the elements, and then find them side by side, a
+// third of the memory. Attributes grow upward and the texts of their values downward until they meet, so that
+// a text is in its attribute's slab.
+//
+// Objects in slabs are like any others for whoever holds them: they can be taken out of their tree, put into
+// another, kept while the rest goes, and deleted. They are of classes of their own whose `operator delete`
+// counts them off their slab, and the slab is given back with its last object. When a whole tree is deleted
+// its objects are counted off in runs (TreeRelease), since the counter is shared by threads: what was taken
+// out of one tree may go on another thread.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <new>
+#include <string_view>
+#include <typeinfo>
+#include <utility>
+
+#include "brenta/xml.h"
+#include "xml/pending_value.h"
+
+namespace brenta {
+
+inline constexpr std::size_t kTreeChunk = 4096;
+
+/// The head of a slab, at its start.
+struct TreeSlab {
+    std::atomic<std::size_t> users;  ///< objects in it, and kBuilding while a builder works in it
+
+    static constexpr std::size_t kBuilding = ~(~std::size_t{0} >> 1);
+
+    /// Counts objects off; the slab goes with the last one.
+    void Release(std::size_t count) {
+        if (users.fetch_sub(count, std::memory_order_acq_rel) == count) HeapDelete(this);
+    }
+};
+
+/// What stands at the start of each chunk.
+struct TreeChunk {
+    TreeSlab* pSlab;
+
+    static TreeChunk* Of(const void* object) {
+        return reinterpret_cast<TreeChunk*>(reinterpret_cast<std::uintptr_t>(object) & ~(kTreeChunk - 1));
+    }
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Objects in slabs
+
+/// A class whose objects stand in slabs, and nothing else about it.
+template <class Base>
+class TInSlab final : public Base {
+ public:
+    using Base::Base;
+
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+    static void operator delete(void* object) noexcept { TreeChunk::Of(object)->pSlab->Release(1); }
+    static void operator delete(void*, void*) noexcept {}
+
+    /// Whether an object is of this class. Its dynamic type says it, without a call.
+    static bool Is(const Base& object) { return typeid(object) == typeid(TInSlab); }
+};
+
+/// An element or attribute with its node.
+template <class Object>
+struct TreeRecord {
+    using Node = TInSlab<TNode<Object*>>;
+
+    template <class... Arguments>
+    explicit TreeRecord(Arguments... arguments) : object(arguments...), node(&object) {}
+
+    /// The object that was placed with such a node.
+    static Object* Of(TNode<Object*>& node) {
+        static_assert(sizeof(TreeRecord) == sizeof(TInSlab<Object>) + sizeof(Node));
+        return reinterpret_cast<TInSlab<Object>*>(reinterpret_cast<char*>(&node) - sizeof(TInSlab<Object>));
+    }
+
+    TInSlab<Object> object;
+    Node node;
+};
+
+using ElementRecord = TreeRecord<CCoreXmlDomElement>;
+using AttributeRecord = TreeRecord<CCoreXmlDomAttribute>;
+
+// ---------------------------------------------------------------------------------------------------------
+// Making
+
+/// Makes records, for one reader. Every operation throws std::bad_alloc when memory runs out; nothing was
+/// made then.
+class TreeMemory {
+ public:
+    TreeMemory() = default;
+    ~TreeMemory() { Leave(); }
+    TreeMemory(const TreeMemory&) = delete;
+    TreeMemory& operator=(const TreeMemory&) = delete;
+
+    /// Makes what follows in the place of what was made so far, if nothing of that is left.
+    void Reuse();
+
+    /// The slab of what was made last.
+    const TreeSlab* Slab() const { return m_pSlab; }
+
+    ElementRecord& MakeElement(STRID tag) {
+        Reserve(m_elements, sizeof(ElementRecord));
+        return Make<ElementRecord>(m_elements, tag);
+    }
+
+    /// The value stays pending.
+    AttributeRecord& MakeAttribute(STRID name, std::string_view value) {
+        if (value.size() > PendingValue::kMostInside) return MakeWithText(name, value);
+        Reserve(m_attributes, sizeof(AttributeRecord));
+        return Make<AttributeRecord>(m_attributes, name, PendingValue::Inside(value));
+    }
+
+ private:
+    /// The free room of the chunk in which records of a kind are made.
+    struct Room {
+        char* pLow = nullptr;
+        char* pHigh = nullptr;
+    };
+
+    template <class Record, class... Arguments>
+    Record& Make(Room& room, Arguments... arguments) {
+        char* const place = std::exchange(room.pLow, room.pLow + sizeof(Record));
+        m_made += 2;
+        return *::new (static_cast<void*>(place)) Record(arguments...);
+    }
+    AttributeRecord& MakeWithText(STRID name, std::string_view value);
+    void Reserve(Room& room, std::size_t size) {
+        if (static_cast<std::size_t>(room.pHigh - room.pLow) < size) [[unlikely]]
+            NextChunk(room);
+    }
+    void NextChunk(Room& room);
+    void NextSlab();
+    void StartSlab();
+    void Leave();
+
+    Room m_elements;
+    Room m_attributes;
+    char* m_pNext = nullptr;  // where the next chunk would start
+    char* m_pEnd = nullptr;   // of the slab
+    TreeSlab* m_pSlab = nullptr;
+    std::size_t m_made = 0;   // objects in the slab, which its counter does not count yet
+    std::size_t m_total = 0;  // bytes of all slabs so far
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Deleting
+
+/// Counts objects off their slabs in runs; the last run with its own end.
+class TreeRelease {
+ public:
+    TreeRelease() = default;
+    ~TreeRelease() { Flush(); }
+    TreeRelease(const TreeRelease&) = delete;
+    TreeRelease& operator=(const TreeRelease&) = delete;
+
+    void Count(const void* object, std::size_t count) {
+        TreeChunk* const chunk = TreeChunk::Of(object);
+        if (chunk != m_pChunk) Enter(chunk);
+        m_count += count;
+    }
+
+ private:
+    void Enter(TreeChunk* chunk) {
+        if (chunk->pSlab != m_pSlab) {
+            Flush();
+            m_pSlab = chunk->pSlab;
+        }
+        m_pChunk = chunk;
+    }
+    void Flush() {
+        if (m_count != 0) m_pSlab->Release(std::exchange(m_count, 0));
+    }
+
+    TreeChunk* m_pChunk = nullptr;
+    TreeSlab* m_pSlab = nullptr;
+    std::size_t m_count = 0;
+};
+
+/// Deletes what trees hold. Objects in slabs that are as their reader made them are only counted off: their
+/// destructors would do nothing else. Attributes that nobody has got hold of are not even looked at, as each
+/// look would be a wait for memory.
+class TreeWrecker {
+ public:
+    /// Deletes everything below an element, from the last child to the first, each after what is below it.
+    void DeleteBelow(CCoreXmlDomElement& top);
+    void DeleteAttributes(CCoreXmlDomElement& element);
+
+ private:
+    /// Counts off an element of a slab, with its attributes, and `others` beside it.
+    void Drop(CCoreXmlDomElement& element, std::size_t others);
+    void DropLeaves(CCoreXmlDomElement& parent);
+    CCoreXmlDomElement* TakeChild(CCoreXmlDomElement& parent);
+    void Delete(CCoreXmlDomElement* element);
+
+    TreeRelease m_release;
+};
+
+}  // namespace brenta
