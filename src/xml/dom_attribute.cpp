@@ -1,7 +1,7 @@
 #include <cstring>
 #include <new>
 
-#include "xml/pending_value.h"
+#include "xml/late_text.h"
 
 namespace brenta {
 
@@ -11,11 +11,11 @@ CCoreXmlDomAttribute::CCoreXmlDomAttribute(const char* name, const char* value)
     : CCoreXmlDomAttribute(StrId(name), StrId(value)) {}
 
 CCoreXmlDomAttribute::CCoreXmlDomAttribute(const CCoreXmlDomAttribute& other)
-    : CCoreScriptable(other), m_name(other.m_name), m_value(other.GetValueId()) {}
+    : CCoreScriptable(other), m_name(other.m_name), m_value(other.m_value) {}
 
 CCoreXmlDomAttribute& CCoreXmlDomAttribute::operator=(const CCoreXmlDomAttribute& other) {
     m_name = other.m_name;
-    SetValue(other.GetValueId());
+    m_value = other.m_value;
     return *this;
 }
 
@@ -31,38 +31,30 @@ const char* CCoreXmlDomAttribute::GetBaseClassName() const {
     return "CCoreScriptable";
 }
 
-CCoreXmlDomAttribute::~CCoreXmlDomAttribute() {
-    if (IsPending()) PendingValue::Drop(*this);
+CCoreXmlDomAttribute::~CCoreXmlDomAttribute() = default;
+
+// ---------------------------------------------------------------------------------------------------------
+// Texts that are interned late
+
+const char* CLateText::Peek() const {
+    return IsPending() ? LateTextWord::Text(*this) : StrPtr(m_word);
 }
 
-const char* CCoreXmlDomAttribute::PeekValue() const {
-    return IsPending() ? PendingValue::Text(*this) : StrPtr(m_value);
-}
-
-void CCoreXmlDomAttribute::SetValue(STRID value) {
-    PendingValue::Drop(*this);
-    m_value = value;
-}
-
-/// When the string table is full, the value reads as "" and stays pending.
-STRID CCoreXmlDomAttribute::InternValue() const {
-    const STRID id = StrId(PendingValue::Text(*this));
+STRID CLateText::Intern() const {
+    const STRID id = StrId(LateTextWord::Text(*this));
     if (id != kNoName) {
-        PendingValue::Drop(*this);
-        m_value = id;
+        Drop();
+        m_word = id;
     }
     return id;
 }
 
-// ---------------------------------------------------------------------------------------------------------
-
-void PendingValue::Set(CCoreXmlDomAttribute& attribute, std::string_view text) {
-    const STRID value = text.size() <= kMostInside ? Inside(text) : Owned(text);
-    Drop(attribute);
-    attribute.m_value = value;
+void CLateText::Drop() const {
+    if (LateTextWord::IsOwned(*this)) HeapDelete(const_cast<char*>(LateTextWord::Text(*this)));
+    m_word = kNoName;
 }
 
-STRID PendingValue::Owned(std::string_view text) {
+STRID LateTextWord::Owned(std::string_view text) {
     auto* const copy = static_cast<char*>(HeapNew(text.size() + 1));
     if (copy == nullptr) throw std::bad_alloc();
     std::memcpy(copy, text.data(), text.size());
@@ -70,15 +62,15 @@ STRID PendingValue::Owned(std::string_view text) {
     return At(copy, kOwned);
 }
 
-const char* PendingValue::Text(const CCoreXmlDomAttribute& attribute) {
-    const auto bits = static_cast<std::uintptr_t>(attribute.m_value);
-    if ((bits & kKind) == kInside) return reinterpret_cast<const char*>(&attribute.m_value) + 1;
+const char* LateTextWord::Text(const CLateText& text) {
+    const auto bits = static_cast<std::uintptr_t>(text.m_word);
+    if ((bits & kKind) == kInside) return reinterpret_cast<const char*>(&text.m_word) + 1;
     return reinterpret_cast<const char*>(bits >> kKindBits);
 }
 
-void PendingValue::Drop(const CCoreXmlDomAttribute& attribute) {
-    if (IsOwned(attribute)) HeapDelete(const_cast<char*>(Text(attribute)));
-    attribute.m_value = kNoName;
+void LateTextWord::Put(CLateText& text, STRID word) {
+    text.Set(kNoName);
+    text.m_word = word;
 }
 
 }  // namespace brenta

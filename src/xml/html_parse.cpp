@@ -176,8 +176,7 @@ bool HtmlParse::ReadData(CCoreXmlDomElement& element) {
         while (!AtEnd() && !isTag(true))
             m_p = Find(m_p + 1, m_pEnd, '<');
         if (AtEnd()) return false;
-        const STRID text = m_names.Value(Piece(start, m_p));
-        m_builder.AddElement(element, m_textTag).SetInnerText(text);
+        m_builder.AddElement(element, m_textTag, m_names.Text(Piece(start, m_p)));
     }
     ++m_p;
     m_open.push_back(&element);

@@ -5,7 +5,7 @@
 
 #include "foundation/intern.h"
 #include "os/os.h"
-#include "xml/pending_value.h"
+#include "xml/late_text.h"
 
 namespace brenta {
 
@@ -66,10 +66,6 @@ void DecodeEntities(std::string_view text, Entities entities, std::string& out) 
 
 namespace {
 
-bool HasEntity(std::string_view text) {
-    return Find(text.data(), text.data() + text.size(), '&') != text.data() + text.size();
-}
-
 STRID Intern(std::string_view text) {
     const STRID id = InternName(text);
     if (id == kNoName && !text.empty()) throw std::bad_alloc();
@@ -89,22 +85,13 @@ STRID PieceInterner::Name(std::string_view text) {
 }
 
 STRID PieceInterner::DecodedName(std::string_view text) {
-    return HasEntity(text) ? Decoded(text) : Name(text);
-}
-
-STRID PieceInterner::Value(std::string_view text) {
-    return HasEntity(text) ? Decoded(text) : Intern(text);
+    return Name(Text(text));
 }
 
 std::string_view PieceInterner::Text(std::string_view text) {
-    if (!HasEntity(text)) return text;
+    if (text.find('&') == text.npos) return text;
     DecodeEntities(text, m_entities, m_decoded);
     return m_decoded;
-}
-
-STRID PieceInterner::Decoded(std::string_view text) {
-    DecodeEntities(text, m_entities, m_decoded);
-    return Intern(m_decoded);
 }
 
 // ---------------------------------------------------------------------------------------------------------

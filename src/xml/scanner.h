@@ -173,9 +173,7 @@ class PieceInterner {
     STRID Name(std::string_view text);
     /// A name with its entities decoded.
     STRID DecodedName(std::string_view text);
-    /// A value or a run of data, with its entities decoded.
-    STRID Value(std::string_view text);
-    /// The text itself with its entities decoded, good until the next call.
+    /// No name, but a value or a run of data, with its entities decoded; good until the next call.
     std::string_view Text(std::string_view text);
 
  private:
@@ -185,8 +183,6 @@ class PieceInterner {
         STRID id = kNoName;
     };
     static constexpr unsigned int kCacheBits = 8;
-
-    STRID Decoded(std::string_view text);
 
     const Entities m_entities;
     std::string m_decoded;

@@ -5,11 +5,12 @@
 
 namespace brenta {
 
-/// Steps as the exported operations do, for code that hands nothing of what it sees out.
 struct TreeAccess {
+    /// Steps as GetFirstAttribute does, for code that hands nothing of what it sees out.
     static TIter<CCoreXmlDomAttribute*> Attributes(const CCoreXmlDomElement& element) {
         return TIter(element.m_attributes);
     }
+    static CLateText& Value(CCoreXmlDomAttribute& attribute) { return attribute.m_value; }
 };
 
 }  // namespace brenta

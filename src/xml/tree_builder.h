@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "brenta/xml.h"
+#include "xml/tree_access.h"
 #include "xml/tree_memory.h"
 
 namespace brenta {
@@ -30,11 +31,20 @@ class TreeBuilder {
         return child;
     }
 
+    /// The same with an inner text that holds no NUL.
+    CCoreXmlDomElement& AddElement(CCoreXmlDomElement& parent, STRID tag, std::string_view text) {
+        const STRID word = m_memory.MakeText(text);
+        CCoreXmlDomElement& child = AddElement(parent, tag);
+        LateTextWord::Put(child.m_innerText, word);
+        return child;
+    }
+
     /// Appends an attribute, whatever names there are already. The value must hold no NUL.
     CCoreXmlDomAttribute& AddAttribute(CCoreXmlDomElement& element, STRID name, std::string_view value) {
         AttributeRecord& record = m_memory.MakeAttribute(name, value);
         element.m_attributes.AddNode(&record.node);
-        if (&element == m_pLast && m_memory.Slab() == m_pLastSlab && !PendingValue::IsOwned(record.object)) {
+        if (&element == m_pLast && m_memory.Slab() == m_pLastSlab &&
+            !LateTextWord::IsOwned(TreeAccess::Value(record.object))) {
             ++element.m_unseenAttributes;
         } else {
             LookAt(element);
@@ -51,7 +61,7 @@ class TreeBuilder {
     /// Replaces the value of an attribute.
     void SetValue(CCoreXmlDomElement& element, CCoreXmlDomAttribute& attribute, std::string_view value) {
         LookAt(element);
-        PendingValue::Set(attribute, value);
+        LateTextWord::PutCopy(TreeAccess::Value(attribute), value);
     }
 
  private:

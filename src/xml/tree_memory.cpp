@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "xml/tree_access.h"
+
 namespace brenta {
 
 namespace {
@@ -12,32 +14,22 @@ namespace {
 constexpr std::size_t kSmallestSlab = 3 * kTreeChunk;
 constexpr std::size_t kLargestSlab = std::size_t{4} << 20;
 
-/// Texts of this many bytes or more are blocks of their own.
-constexpr std::size_t kLongText = kTreeChunk / 8;
-
-/// Less room at the end of a slab is no chunk: the largest record with its text must fit.
-constexpr std::size_t kSmallestChunk = 2 * kLongText;
-static_assert(kSmallestChunk >= sizeof(TreeChunk) + sizeof(AttributeRecord) + kLongText);
-static_assert(kSmallestChunk >= sizeof(TreeChunk) + sizeof(ElementRecord));
-
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------------------
 // Making
 
-AttributeRecord& TreeMemory::MakeWithText(STRID name, std::string_view value) {
-    if (value.size() >= kLongText) {
-        Reserve(m_attributes, sizeof(AttributeRecord));
-        return Make<AttributeRecord>(m_attributes, name, PendingValue::Owned(value));
-    }
-    Reserve(m_attributes, sizeof(AttributeRecord) + value.size() + 1);
-    char* const text = m_attributes.pHigh -= value.size() + 1;
-    std::memcpy(text, value.data(), value.size());
-    text[value.size()] = '\0';
-    return Make<AttributeRecord>(m_attributes, name, PendingValue::Elsewhere(text));
+STRID TreeMemory::FarTextWord(std::string_view text) {
+    if (text.size() >= kLongText) return LateTextWord::Owned(text);
+    char* const place = m_attributes.pHigh -= text.size() + 1;
+    std::memcpy(place, text.data(), text.size());
+    place[text.size()] = '\0';
+    return LateTextWord::Elsewhere(place);
 }
 
 void TreeMemory::NextChunk(Room& room) {
+    static_assert(kSmallestChunk >= sizeof(TreeChunk) + sizeof(AttributeRecord) + kLongText);
+    static_assert(kSmallestChunk >= sizeof(TreeChunk) + sizeof(ElementRecord));
     if (static_cast<std::size_t>(m_pEnd - m_pNext) < kSmallestChunk) NextSlab();
     char* const start = m_pNext;
     m_pNext += std::min<std::ptrdiff_t>(kTreeChunk, m_pEnd - start);
@@ -141,6 +133,7 @@ void TreeWrecker::Drop(CCoreXmlDomElement& element, std::size_t others) {
     } else {
         others += 2 * std::size_t{element.m_unseenAttributes};
     }
+    if (LateTextWord::IsOwned(element.m_innerText)) element.m_innerText.Set(kNoName);
     m_release.Count(&element, 1 + others);
 }
 
@@ -149,7 +142,7 @@ void TreeWrecker::DeleteAttributes(CCoreXmlDomElement& element) {
     while (TNode<CCoreXmlDomAttribute*>* const node = element.m_attributes.TakeHead()) {
         CCoreXmlDomAttribute* const attribute = node->m_value;
         if (AttributeRecord::Node::Is(*node) && attribute == AttributeRecord::Of(*node) &&
-            !PendingValue::IsOwned(*attribute)) {
+            !LateTextWord::IsOwned(TreeAccess::Value(*attribute))) {
             m_release.Count(attribute, 2);
         } else {
             delete attribute;

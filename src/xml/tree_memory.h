@@ -30,7 +30,7 @@
 #include <utility>
 
 #include "brenta/xml.h"
-#include "xml/pending_value.h"
+#include "xml/late_text.h"
 
 namespace brenta {
 
@@ -118,14 +118,26 @@ class TreeMemory {
         return Make<ElementRecord>(m_elements, tag);
     }
 
-    /// The value stays pending.
     AttributeRecord& MakeAttribute(STRID name, std::string_view value) {
-        if (value.size() > PendingValue::kMostInside) return MakeWithText(name, value);
-        Reserve(m_attributes, sizeof(AttributeRecord));
-        return Make<AttributeRecord>(m_attributes, name, PendingValue::Inside(value));
+        Reserve(m_attributes, sizeof(AttributeRecord) + TextRoom(value));
+        return Make<AttributeRecord>(m_attributes, name, TextWord(value));
+    }
+
+    /// For an element that is made next: its text.
+    STRID MakeText(std::string_view text) {
+        do {
+            Reserve(m_elements, sizeof(ElementRecord));
+            Reserve(m_attributes, TextRoom(text));
+        } while (m_elements.pLow == nullptr);  // both in one slab
+        return TextWord(text);
     }
 
  private:
+    /// Texts of this many bytes or more are blocks of their own.
+    static constexpr std::size_t kLongText = kTreeChunk / 8;
+    /// Less room at the end of a slab is no chunk: the largest record with its text must fit.
+    static constexpr std::size_t kSmallestChunk = 2 * kLongText;
+
     /// The free room of the chunk in which records of a kind are made.
     struct Room {
         char* pLow = nullptr;
@@ -138,7 +150,14 @@ class TreeMemory {
         m_made += 2;
         return *::new (static_cast<void*>(place)) Record(arguments...);
     }
-    AttributeRecord& MakeWithText(STRID name, std::string_view value);
+    /// The bytes that TextWord takes of the attributes' room.
+    static std::size_t TextRoom(std::string_view text) {
+        return text.size() > LateTextWord::kMostInside && text.size() < kLongText ? text.size() + 1 : 0;
+    }
+    STRID TextWord(std::string_view text) {
+        return text.size() > LateTextWord::kMostInside ? FarTextWord(text) : LateTextWord::Inside(text);
+    }
+    STRID FarTextWord(std::string_view text);
     void Reserve(Room& room, std::size_t size) {
         if (static_cast<std::size_t>(room.pHigh - room.pLow) < size) [[unlikely]]
             NextChunk(room);

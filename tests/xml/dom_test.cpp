@@ -4,7 +4,8 @@
 
 #include "brenta/xml.h"
 #include "test_support.h"
-#include "xml/pending_value.h"
+#include "xml/late_text.h"
+#include "xml/tree_access.h"
 
 namespace brenta::test {
 namespace {
@@ -114,7 +115,7 @@ TEST(DomElement, ValuesAreInternedWhenTheyAreAskedFor) {
     CCoreXmlDomElement element("e");
     auto* attribute = new CCoreXmlDomAttribute("k", "old");
     element.AddAttribute(attribute);
-    PendingValue::Set(*attribute, text);
+    LateTextWord::PutCopy(TreeAccess::Value(*attribute), text);
     EXPECT_EQ(attribute->PeekValue(), text);
     EXPECT_EQ(element.FindElement("e", "k", text.c_str(), false), &element);
     EXPECT_EQ(element.GetIntAttributeValue("k", false), 0);
@@ -122,10 +123,10 @@ TEST(DomElement, ValuesAreInternedWhenTheyAreAskedFor) {
     const CCoreXmlDomAttribute copy(*attribute);
     EXPECT_EQ(attribute->GetValueId(), StrId(text.c_str()));
     EXPECT_EQ(copy.GetValueId(), StrId(text.c_str()));
-    PendingValue::Set(*attribute, "2");
+    LateTextWord::PutCopy(TreeAccess::Value(*attribute), "2");
     attribute->SetValue("3");
     EXPECT_STREQ(attribute->GetValue(), "3");
-    PendingValue::Set(*attribute, "");
+    LateTextWord::PutCopy(TreeAccess::Value(*attribute), "");
     EXPECT_EQ(attribute->GetValueId(), kNoName);
 }
 

@@ -60,6 +60,46 @@ class TreeBuilder;
 class TreeWrecker;
 
 // ---------------------------------------------------------------------------------------------------------
+// Texts that are interned late
+
+/// A text that a reader found, until somebody asks for its identifier; or an identifier. One word.
+class BRENTA_API CLateText {
+ public:
+    explicit CLateText(STRID id) : m_word(id) {}
+    /// Copies have the identifier.
+    CLateText(const CLateText& other) : m_word(other.GetId()) {}
+    CLateText& operator=(const CLateText& other) {
+        Set(other.GetId());
+        return *this;
+    }
+    ~CLateText() {
+        if (IsPending()) Drop();
+    }
+
+    /// Interns the text if it is not yet. When the string table is full, it reads as "" and stays as it is.
+    STRID GetId() const { return IsPending() ? Intern() : m_word; }
+    /// The text as it stands, valid until the identifier is asked for, or another text set.
+    const char* Peek() const;
+    void Set(STRID id) {
+        if (IsPending()) Drop();
+        m_word = id;
+    }
+
+ private:
+    friend class LateTextWord;
+
+    /// Identifiers are even, or have all bits set.
+    bool IsPending() const {
+        const auto bits = static_cast<std::uintptr_t>(m_word);
+        return (bits & 1) != 0 && bits + 1 != 0;
+    }
+    STRID Intern() const;
+    void Drop() const;
+
+    mutable STRID m_word;  // or a text, an odd number
+};
+
+// ---------------------------------------------------------------------------------------------------------
 // Attributes
 
 /// A name and a value. Scripts reach both as properties "Name" and "Value", which they can read and set.
@@ -84,26 +124,19 @@ class BRENTA_API CCoreXmlDomAttribute : public CCoreScriptable {
     const char* GetValue() const { return StrPtr(GetValueId()); }
     /// The value as it stands, valid until the value is asked for in another way, set or destroyed. A value
     /// that a reader found is not interned by this.
-    const char* PeekValue() const;
+    const char* PeekValue() const { return m_value.Peek(); }
     STRID GetNameId() const { return m_name; }
-    STRID GetValueId() const { return IsPending() ? InternValue() : m_value; }
+    STRID GetValueId() const { return m_value.GetId(); }
     void SetName(const char* name) { m_name = StrId(name); }
     void SetName(STRID name) { m_name = name; }
     void SetValue(const char* value) { SetValue(StrId(value)); }
-    void SetValue(STRID value);
+    void SetValue(STRID value) { m_value.Set(value); }
 
  private:
-    friend class PendingValue;
-
-    /// Whether the value is a text that was not interned yet.
-    bool IsPending() const {
-        const auto bits = static_cast<std::uintptr_t>(m_value);
-        return (bits & 1) != 0 && bits + 1 != 0;
-    }
-    STRID InternValue() const;
+    friend struct TreeAccess;
 
     STRID m_name;
-    mutable STRID m_value;  // or such a text, an odd number
+    CLateText m_value;
 };
 
 // ---------------------------------------------------------------------------------------------------------
@@ -140,10 +173,12 @@ class BRENTA_API CCoreXmlDomElement : public CCoreScriptable {
     STRID GetTagNameId() const { return m_tag; }
     void SetTagName(STRID tag) { m_tag = tag; }
     /// The text that was set; "" and kNoName if none was. The readers of XML set none.
-    const char* GetInnerText() const { return StrPtr(m_innerText); }
-    STRID GetInnerTextId() const { return m_innerText; }
-    void SetInnerText(const char* text) { m_innerText = StrId(text); }
-    void SetInnerText(STRID text) { m_innerText = text; }
+    const char* GetInnerText() const { return StrPtr(GetInnerTextId()); }
+    STRID GetInnerTextId() const { return m_innerText.GetId(); }
+    /// The text as it stands; see CCoreXmlDomAttribute::PeekValue.
+    const char* PeekInnerText() const { return m_innerText.Peek(); }
+    void SetInnerText(const char* text) { SetInnerText(StrId(text)); }
+    void SetInnerText(STRID text) { m_innerText.Set(text); }
     /// The element that this one was last added to, also after RemoveChildElement; null at the top level.
     CCoreXmlDomElement* GetParent() const { return m_pParent; }
     /// A mark for the caller's use: false at first, and the library never looks at it.
@@ -239,7 +274,7 @@ class BRENTA_API CCoreXmlDomElement : public CCoreScriptable {
     void CopyContent(const CCoreXmlDomElement& other);
 
     STRID m_tag;
-    STRID m_innerText;
+    CLateText m_innerText;
     TOrderedList<CCoreXmlDomElement*> m_children;
     TOrderedList<CCoreXmlDomAttribute*> m_attributes;
     CCoreXmlDomElement* m_pParent;
