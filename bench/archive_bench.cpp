@@ -18,13 +18,16 @@ namespace {
 
 constexpr int kFiles = 2000;
 constexpr std::size_t kFileSize = 100000;
+constexpr int kRow = 400;
 
-/// Drawings in which the same lines come again and again.
+/// Drawings: rows of pads, each at a place of its own, so that they shrink to about a sixth.
 std::string MakeDrawing(int number) {
     std::string text = "G04 drawing " + std::to_string(number) + "*\n";
-    for (int i = 0; text.size() < kFileSize; ++i)
-        text += "X00" + std::to_string(1000 + i % 100 * 5) + "Y00" + std::to_string(2000 + number % 50) +
-                "D03*\n";
+    for (int i = 0; text.size() < kFileSize; ++i) {
+        const int row = i / kRow;
+        text += "X" + std::to_string(100000 + i % kRow * 1270) + "Y" +
+                std::to_string(200000 + row * 2540 + row * (number + 7) % 61) + "D03*\n";
+    }
     text.resize(kFileSize);
     return text;
 }

@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 namespace brenta::bench {
 namespace {
@@ -81,8 +80,10 @@ std::string InputFile(const std::string& name, const std::function<std::string()
 }
 
 std::string ReadInput(const std::string& path) {
+    std::string text(std::filesystem::file_size(path), '\0');
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    return text;
 }
 
 // ---------------------------------------------------------------------------------------------------------

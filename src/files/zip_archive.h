@@ -4,7 +4,9 @@
 #include <minizip/unzip.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -31,11 +33,18 @@ class ZipReader {
     ZipReader(const ZipReader&) = delete;
     ZipReader& operator=(const ZipReader&) = delete;
 
+    /// Closes the file, and opens it again later: what is known of the archive stays meanwhile. False if it
+    /// cannot be opened; whoever resumes looks whether it is the same version.
+    void Pause() { m_pFile.reset(); }
+    bool Resume(const char* path);
+
     /// Whether the file is an archive. One without entries may be open or not.
     bool IsArchive() const { return m_archive || m_isEmpty; }
     /// Whether the archive ends as it should: its comment is not cut, and one that counts no entries has
     /// nothing else in it either.
     bool IsWhole() const;
+    /// Whether it was opened by this path.
+    bool IsAt(const char* path) const { return path && m_path == path; }
     /// The version of the file, as it was before it was opened.
     const os::FileStamp& Stamp() const { return m_stamp; }
 
@@ -57,14 +66,20 @@ class ZipReader {
  private:
     struct Closer {
         void operator()(void* archive) const { unzClose(archive); }
+        void operator()(std::FILE* file) const { std::fclose(file); }
     };
+
+    static ZipReader& Of(void* reader) { return *static_cast<ZipReader*>(reader); }
+    zlib_filefunc64_def FileFunctions();
 
     Step ReadEntry();
     void ReadLargeForm(std::string_view additional);
     bool ReadData(unsigned char* data, std::uint64_t& count);
 
+    std::string m_path;
     std::uint64_t m_shift = 0;  // of all places that minizip goes to
-    std::unique_ptr<void, Closer> m_archive;
+    std::unique_ptr<std::FILE, Closer> m_pFile;
+    std::unique_ptr<void, Closer> m_archive;  // goes before the file
     os::FileStamp m_stamp;
     bool m_isEmpty = false;
     std::uint64_t m_fileSize = 0;
@@ -75,8 +90,10 @@ class ZipReader {
     std::string_view m_name;
 };
 
-/// Goes to the first entry of a name, in any case, of the archive at a path, for which `archive` was just
-/// opened. False if there is none.
-bool FindZipEntry(ZipReader& archive, const char* path, std::string_view name);
+/// The archive at a path, standing at its first entry of a name, in any case; null if there is none.
+std::unique_ptr<ZipReader> FindZipEntry(const char* path, std::string_view name);
+
+/// Keeps an archive whose entry was read for the next one, without its file being open.
+void KeepZipArchive(std::unique_ptr<ZipReader> archive);
 
 }  // namespace brenta

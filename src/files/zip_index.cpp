@@ -2,8 +2,8 @@
 //
 // An archive's directory is a list, and has to be walked. Who unpacks all entries one by one would walk it
 // once for each: hours for 50,000. So the archive that is read for the second time in a row gets an index,
-// which stays until another archive is read or the file changes. The first reading makes none: it may be the
-// only one, and then stops where the entry is found.
+// which stays, together with what minizip knows of the archive, until another archive is read or the file
+// changes. The first reading makes none: it may be the only one, and then stops where the entry is found.
 #include <algorithm>
 #include <cstdint>
 #include <functional>
@@ -75,6 +75,9 @@ bool ZipIndex::Find(ZipReader& archive, std::string_view name) const {
 struct LastArchive {
     os::FileStamp stamp;
     std::shared_ptr<const ZipIndex> index;  ///< null after the first reading
+    /// With the index, while nobody reads from it: opening an archive takes longer than reading many an
+    /// entry. Its file is closed.
+    std::unique_ptr<ZipReader> archive;
 };
 
 using LastArchiveCache = ProcessCache<LastArchive>;
@@ -83,7 +86,7 @@ using LastArchiveCache = ProcessCache<LastArchive>;
 bool IsReadAgain(const os::FileStamp& stamp, std::shared_ptr<const ZipIndex>& index) {
     return LastArchiveCache::With([&](LastArchive& last) {
         const bool again = last.stamp == stamp;
-        if (!again) last = {stamp, nullptr};
+        if (!again) last = {stamp, nullptr, nullptr};
         index = last.index;
         return again;
     });
@@ -108,14 +111,48 @@ std::shared_ptr<const ZipIndex> IndexOf(ZipReader& archive, const char* path) {
     return index;
 }
 
+/// The archive that was kept, if the path still leads to that version of it; `index` is its index.
+std::unique_ptr<ZipReader> TakeKept(const char* path, std::shared_ptr<const ZipIndex>& index) {
+    auto archive = LastArchiveCache::With([&](LastArchive& last) -> std::unique_ptr<ZipReader> {
+        if (!last.archive || !last.archive->IsAt(path)) return nullptr;
+        index = last.index;
+        return std::move(last.archive);
+    });
+    // Opened before its version is looked at: what is there then is what was opened.
+    os::FileStamp now;
+    const bool good =
+        archive && archive->Resume(path) && os::StampOfFile(path, now) && now == archive->Stamp();
+    if (!good) index = nullptr;
+    return good ? std::move(archive) : nullptr;
+}
+
 }  // namespace
 
-bool FindZipEntry(ZipReader& archive, const char* path, std::string_view name) {
-    if (const auto index = IndexOf(archive, path)) return index->Find(archive, name);
-    auto step = archive.First();
-    while (step == ZipReader::Step::Entry && !SameName(archive.Name(), name))
-        step = archive.Next();
-    return step == ZipReader::Step::Entry;
+std::unique_ptr<ZipReader> FindZipEntry(const char* path, std::string_view name) {
+    std::shared_ptr<const ZipIndex> index;
+    std::unique_ptr<ZipReader> archive = TakeKept(path, index);
+    if (!archive) {
+        archive = std::make_unique<ZipReader>(path);
+        index = IndexOf(*archive, path);
+    }
+    bool found = false;
+    if (index) {
+        found = index->Find(*archive, name);
+    } else {
+        auto step = archive->First();
+        while (step == ZipReader::Step::Entry && !SameName(archive->Name(), name))
+            step = archive->Next();
+        found = step == ZipReader::Step::Entry;
+    }
+    if (!found) KeepZipArchive(std::exchange(archive, nullptr));
+    return archive;
+}
+
+void KeepZipArchive(std::unique_ptr<ZipReader> archive) {
+    archive->Pause();
+    LastArchiveCache::With([&](LastArchive& last) {
+        if (last.index && last.stamp == archive->Stamp()) std::swap(last.archive, archive);
+    });
 }
 
 }  // namespace brenta

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <utility>
 
 #include "brenta/zip.h"
 #include "files/zip_archive.h"
@@ -27,18 +28,27 @@ int CloseForZip(voidpf, voidpf stream) {
     return std::fclose(file) != 0 || failed ? EOF : 0;
 }
 
-/// Goes to a place; `shift` is the reader's, null for others.
-long SeekForZip(voidpf shift, voidpf stream, ZPOS64_T offset, int origin) {
-    zlib_filefunc64_def plain;
-    fill_fopen64_filefunc(&plain);
-    if (shift && origin == ZLIB_FILEFUNC_SEEK_SET) offset += *static_cast<const std::uint64_t*>(shift);
-    return plain.zseek64_file(nullptr, stream, offset, origin);
-}
-
 /// minizip takes what it reads behind the end of a cut file for zeros unless the end counts as an error.
 int ErrorForZip(voidpf, voidpf stream) {
     auto* const file = static_cast<std::FILE*>(stream);
-    return std::ferror(file) != 0 || std::feof(file) != 0 ? 1 : 0;
+    return !file || std::ferror(file) != 0 || std::feof(file) != 0 ? 1 : 0;
+}
+
+/// minizip's own ways to go to a place in a file of any size, and to tell it.
+zlib_filefunc64_def PlainFunctions() {
+    zlib_filefunc64_def functions;
+    fill_fopen64_filefunc(&functions);
+    return functions;
+}
+
+long SeekInFile(std::FILE* file, ZPOS64_T offset, int origin) {
+    static const zlib_filefunc64_def kPlain = PlainFunctions();
+    return kPlain.zseek64_file(nullptr, file, offset, origin);
+}
+
+ZPOS64_T TellInFile(std::FILE* file) {
+    static const zlib_filefunc64_def kPlain = PlainFunctions();
+    return kPlain.ztell64_file(nullptr, file);
 }
 
 /// Whether a file is the end record of an archive without entries and nothing else: minizip writes such
@@ -57,10 +67,8 @@ bool IsEmptyArchive(const char* path, std::uint64_t size) {
 }  // namespace
 
 zlib_filefunc64_def ZipFileFunctions() {
-    zlib_filefunc64_def functions;
-    fill_fopen64_filefunc(&functions);
+    zlib_filefunc64_def functions = PlainFunctions();
     functions.zopen64_file = &OpenForZip;
-    functions.zseek64_file = &SeekForZip;
     functions.zclose_file = &CloseForZip;
     functions.zerror_file = &ErrorForZip;
     return functions;
@@ -69,13 +77,46 @@ zlib_filefunc64_def ZipFileFunctions() {
 // ---------------------------------------------------------------------------------------------------------
 // One archive
 
-ZipReader::ZipReader(const char* path) {
+/// The stream is the reader itself: its file may be closed, and another in its place, while minizip knows
+/// nothing of it.
+zlib_filefunc64_def ZipReader::FileFunctions() {
+    zlib_filefunc64_def functions{};
+    functions.opaque = this;
+    functions.zopen64_file = [](voidpf self, const void* path, int) -> voidpf {
+        return Of(self).Resume(static_cast<const char*>(path)) ? self : nullptr;
+    };
+    functions.zread_file = [](voidpf self, voidpf, void* bytes, uLong size) -> uLong {
+        return std::fread(bytes, 1, size, Of(self).m_pFile.get());
+    };
+    functions.ztell64_file = [](voidpf self, voidpf) -> ZPOS64_T {
+        return TellInFile(Of(self).m_pFile.get());
+    };
+    functions.zseek64_file = [](voidpf self, voidpf, ZPOS64_T offset, int origin) -> long {
+        const ZipReader& reader = Of(self);
+        if (origin == ZLIB_FILEFUNC_SEEK_SET) offset += reader.m_shift;
+        return SeekInFile(reader.m_pFile.get(), offset, origin);
+    };
+    functions.zclose_file = [](voidpf self, voidpf) -> int {
+        Of(self).Pause();
+        return 0;
+    };
+    functions.zerror_file = [](voidpf self, voidpf) -> int {
+        return ErrorForZip(nullptr, Of(self).m_pFile.get());
+    };
+    return functions;
+}
+
+bool ZipReader::Resume(const char* path) {
+    m_pFile.reset(os::OpenStream(path, "rb"));
+    return m_pFile != nullptr;
+}
+
+ZipReader::ZipReader(const char* path) : m_path(path ? path : "") {
     os::FileReader file;
     if (!os::StampOfFile(path, m_stamp) || !file.Open(path)) return;
     m_fileSize = file.Size();
     m_isEmpty = IsEmptyArchive(path, m_fileSize);
-    zlib_filefunc64_def functions = ZipFileFunctions();
-    functions.opaque = &m_shift;
+    zlib_filefunc64_def functions = FileFunctions();
     if (!m_isEmpty) m_archive.reset(unzOpen2_64(path, &functions));
 }
 
@@ -241,13 +282,14 @@ bool GetZipDirectory(const char* path, TOrderedList<ZipFileInfo>& entries) try {
 }
 
 bool UnzipFile(const char* path, ZipFileInfo& info) try {
-    ZipReader archive(path);
-    if (!FindZipEntry(archive, path, info.name.View()) || !archive.IsReadable()) return false;
+    std::unique_ptr<ZipReader> archive = FindZipEntry(path, info.name.View());
+    if (!archive || !archive->IsReadable()) return false;
     const bool ownBuffer = !info.data;
-    if (ownBuffer && !MakeBuffer(archive, info)) return false;
+    if (ownBuffer && !MakeBuffer(*archive, info)) return false;
     std::uint64_t count = 0;
-    const bool good = archive.Read(info.data, count);
+    const bool good = archive->Read(info.data, count);
     if (ownBuffer) std::memset(info.data + count, 0, info.size - count);
+    if (good) KeepZipArchive(std::move(archive));
     return good;
 } catch (const std::exception&) {
     return false;

@@ -111,6 +111,28 @@ TEST(Zip, WhatIsAddedIsFound) {
         << "only the archive stays";
 }
 
+TEST(Zip, AnArchiveThatIsReadAgainAndAgainIsTheOneThatIsThere) {
+    const Scratch scratch;
+    const std::string archive = scratch / "a.zip", other = scratch / "b.zip";
+    for (const char* text : {"one", "two"}) {
+        EXPECT_TRUE(Put(other, "x", text) && Put(other, "y", test::Repeat(text, 100000)));
+        fs::last_write_time(other, fs::last_write_time(other) - std::chrono::hours(1));
+        fs::rename(other, archive);
+        test::OnThreads(3, [&](int) {
+            for (int i = 0; i < 50; ++i) {
+                EXPECT_EQ(Get(archive, i % 3 == 0 ? "y" : "x").substr(0, 3), text);
+                EXPECT_EQ(Get(archive, "none"), "-");
+            }
+        });
+        for (const auto& open : fs::directory_iterator("/proc/self/fd")) {
+            std::error_code gone;
+            EXPECT_NE(fs::read_symlink(open, gone), archive) << "it can be replaced everywhere";
+        }
+    }
+    fs::remove(archive);
+    EXPECT_EQ(Get(archive, "x"), "-");
+}
+
 TEST(Zip, WritersWaitForEachOther) {
     const Scratch scratch;
     const std::string archive = scratch / "a.zip";
