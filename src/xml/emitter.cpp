@@ -16,7 +16,8 @@ namespace brenta {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 65536;
+constexpr std::size_t kBufferSize = std::size_t{1}
+                                    << 20;  // fewer calls, each of which costs a file system much
 constexpr int kNumberRadix = 26;
 
 enum ByteFate : std::uint8_t { kDropped, kPasses, kQuote, kAmpersand, kApostrophe, kLess, kGreater };
@@ -87,16 +88,23 @@ class EmitterFile {
     }
 
  private:
+    /// Bytes are copied as they are looked at: most texts are shorter than a call to copy them would take.
     template <Escaping escaping>
     void Write(const char* text) {
         if (text == nullptr) return;
-        for (;; ++text) {
-            const char* const run = text;
-            while (Passes<escaping>(*text))
-                ++text;
-            Append({run, static_cast<std::size_t>(text - run)});
+        while (true) {
+            char* out = m_buffer + m_used;
+            for (char* const end = m_buffer + kBufferSize; out != end && Passes<escaping>(*text);
+                 ++out, ++text)
+                *out = *text;
+            m_used = static_cast<std::size_t>(out - m_buffer);
+            if (m_used == kBufferSize) {
+                Flush();
+                continue;
+            }
             if (*text == '\0') return;
             if (escaping == Escaping::On) Append(kEntities[kFates[static_cast<unsigned char>(*text)]]);
+            ++text;
         }
     }
 

@@ -34,7 +34,7 @@
 /// not reported; the file then ends where it failed. Without an open document everything is accepted and
 /// nothing written.
 ///
-/// Cost. The file is written in pieces of 64 KB, and is complete only when it has been closed. An emitter is
+/// Cost. The file is written in pieces of 1 MB, and is complete only when it has been closed. An emitter is
 /// used by one thread at a time.
 #pragma once
 
