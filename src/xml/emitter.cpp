@@ -16,8 +16,8 @@ namespace brenta {
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{1}
-                                    << 20;  // fewer calls, each of which costs a file system much
+// Each call costs a file system much.
+constexpr std::size_t kBufferSize = std::size_t{1} << 20;
 constexpr int kNumberRadix = 26;
 
 enum ByteFate : std::uint8_t { kDropped, kPasses, kQuote, kAmpersand, kApostrophe, kLess, kGreater };

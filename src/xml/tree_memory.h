@@ -9,10 +9,8 @@
 //     chunk     | slab | record | record | record ->   ...   <- text | text |
 //     record    | element or attribute | its node |
 //
-// A chunk starts at a multiple of its size, so an object's address leads to its slab. It is one for elements
-// or one for attributes: searching and deleting walk along the elements, and then find them side by side, a
-// third of the memory. Attributes grow upward and the texts of their values downward until they meet, so that
-// a text is in its attribute's slab.
+// A chunk starts at a multiple of its size, so an object's address leads to its slab. Records grow upward and
+// the texts of values downward until they meet, so that a text is in the slab of its owner.
 //
 // Objects in slabs are like any others for whoever holds them: they can be taken out of their tree, put into
 // another, kept while the rest goes, and deleted. They are of classes of their own whose `operator delete`
@@ -114,21 +112,18 @@ class TreeMemory {
     const TreeSlab* Slab() const { return m_pSlab; }
 
     ElementRecord& MakeElement(STRID tag) {
-        Reserve(m_elements, sizeof(ElementRecord));
-        return Make<ElementRecord>(m_elements, tag);
+        Reserve(sizeof(ElementRecord));
+        return Make<ElementRecord>(tag);
     }
 
     AttributeRecord& MakeAttribute(STRID name, std::string_view value) {
-        Reserve(m_attributes, sizeof(AttributeRecord) + TextRoom(value));
-        return Make<AttributeRecord>(m_attributes, name, TextWord(value));
+        Reserve(sizeof(AttributeRecord) + TextRoom(value));
+        return Make<AttributeRecord>(name, TextWord(value));
     }
 
     /// For an element that is made next: its text.
     STRID MakeText(std::string_view text) {
-        do {
-            Reserve(m_elements, sizeof(ElementRecord));
-            Reserve(m_attributes, TextRoom(text));
-        } while (m_elements.pLow == nullptr);  // both in one slab
+        Reserve(sizeof(ElementRecord) + TextRoom(text));
         return TextWord(text);
     }
 
@@ -138,19 +133,13 @@ class TreeMemory {
     /// Less room at the end of a slab is no chunk: the largest record with its text must fit.
     static constexpr std::size_t kSmallestChunk = 2 * kLongText;
 
-    /// The free room of the chunk in which records of a kind are made.
-    struct Room {
-        char* pLow = nullptr;
-        char* pHigh = nullptr;
-    };
-
     template <class Record, class... Arguments>
-    Record& Make(Room& room, Arguments... arguments) {
-        char* const place = std::exchange(room.pLow, room.pLow + sizeof(Record));
+    Record& Make(Arguments... arguments) {
+        char* const place = std::exchange(m_pLow, m_pLow + sizeof(Record));
         m_made += 2;
         return *::new (static_cast<void*>(place)) Record(arguments...);
     }
-    /// The bytes that TextWord takes of the attributes' room.
+    /// The bytes that TextWord takes of the room.
     static std::size_t TextRoom(std::string_view text) {
         return text.size() > LateTextWord::kMostInside && text.size() < kLongText ? text.size() + 1 : 0;
     }
@@ -158,17 +147,17 @@ class TreeMemory {
         return text.size() > LateTextWord::kMostInside ? FarTextWord(text) : LateTextWord::Inside(text);
     }
     STRID FarTextWord(std::string_view text);
-    void Reserve(Room& room, std::size_t size) {
-        if (static_cast<std::size_t>(room.pHigh - room.pLow) < size) [[unlikely]]
-            NextChunk(room);
+    void Reserve(std::size_t size) {
+        if (static_cast<std::size_t>(m_pHigh - m_pLow) < size) [[unlikely]]
+            NextChunk();
     }
-    void NextChunk(Room& room);
+    void NextChunk();
     void NextSlab();
     void StartSlab();
     void Leave();
 
-    Room m_elements;
-    Room m_attributes;
+    char* m_pLow = nullptr;   // the free room of the chunk begins
+    char* m_pHigh = nullptr;  // and ends
     char* m_pNext = nullptr;  // where the next chunk would start
     char* m_pEnd = nullptr;   // of the slab
     TreeSlab* m_pSlab = nullptr;
