@@ -79,6 +79,7 @@ class QuickParse {
     void BeginElement(STRID tag, std::size_t plainSize);
     bool ReadAttributes(bool& empty);
     bool ReadAttribute();
+    bool ReadAttributeName(STRID& name);
     bool ReadValue(std::string_view& value);
     bool ReadEndTag();
 
@@ -242,17 +243,26 @@ bool QuickParse::ReadAttributes(bool& empty) {
 }
 
 bool QuickParse::ReadAttribute() {
+    STRID name = kNoName;
+    const std::size_t passed = m_names.PassDue(m_p, m_pEnd, name);
+    m_p += passed;
+    if (passed == 0 && !ReadAttributeName(name)) return false;
+    std::string_view value;
+    if (!ReadValue(value)) return Fault(kUnexpectedEnd);
+    m_attributes.Set(name, value);
+    return true;
+}
+
+/// Up to the value, past its quote.
+bool QuickParse::ReadAttributeName(STRID& name) {
     if (!PassPiece(SkipAttributeName)) return Fault(kUnexpectedEnd);
-    const STRID name = m_names.Name(Passed());
+    name = m_names.Name(Passed());
     Skip(kLow);
     if (*m_p != '=') return Fault(kBadAttribute);
     ++m_p;
     Skip(kBlank);
     if (*m_p != '"') return Fault(kMissingQuote);
     ++m_p;
-    std::string_view value;
-    if (!ReadValue(value)) return Fault(kUnexpectedEnd);
-    m_attributes.Set(name, value);
     return true;
 }
 

@@ -5,7 +5,6 @@
 
 #include "foundation/intern.h"
 #include "os/os.h"
-#include "xml/late_text.h"
 
 namespace brenta {
 
@@ -80,8 +79,22 @@ STRID PieceInterner::Name(std::string_view text) {
     const bool known =
         entry.start == start && entry.length == text.size() &&
         (text.size() <= sizeof start || std::memcmp(StrPtr(entry.id), text.data(), text.size()) == 0);
-    if (!known) entry = {start, text.size(), Intern(text)};
+    if (!known) entry = MakeEntry(start, text);
+    m_pLast->pNext = &entry;
+    m_pLast = &entry;
     return entry.id;
+}
+
+PieceInterner::Entry PieceInterner::MakeEntry(std::uint64_t start, std::string_view text) {
+    Entry entry{start, text.size(), Intern(text), start, ~std::uint64_t{0}, nullptr};
+    if (text.size() <= 6) {
+        const std::size_t bits = 8 * text.size();
+        entry.due |= kBehindName << bits;
+        entry.dueMask = (std::uint64_t{0x10000} << bits) - 1;
+    } else if (text.size() == 7) {
+        entry.dueMask >>= 8;
+    }
+    return entry;
 }
 
 STRID PieceInterner::DecodedName(std::string_view text) {

@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "brenta/names.h"
+#include "xml/late_text.h"
 
 namespace brenta {
 
@@ -165,9 +166,14 @@ void DecodeEntities(std::string_view text, Entities entities, std::string& out);
 
 /// Interns the pieces of one text. Names come again and again, so a small cache spares most of them the way
 /// through the string table. Every operation throws std::bad_alloc when the table takes no more names.
+///
+/// Names also come in the same order again and again: a pad has a name, then an x, then a y. So each name
+/// remembers the one that came behind it last, and what is read next is first compared with that.
 class PieceInterner {
  public:
     explicit PieceInterner(Entities entities) : m_entities(entities) {}
+    PieceInterner(const PieceInterner&) = delete;
+    PieceInterner& operator=(const PieceInterner&) = delete;
 
     /// A name as it stands.
     STRID Name(std::string_view text);
@@ -176,18 +182,44 @@ class PieceInterner {
     /// No name, but a value or a run of data, with its entities decoded; good until the next call.
     std::string_view Text(std::string_view text);
 
+    /// If the name that is due stands at `p`, and `="` right behind it, the length of all that; else 0.
+    std::size_t PassDue(const char* p, const char* end, STRID& name);
+
  private:
     struct Entry {
         std::uint64_t start = 0;
         std::size_t length = 0;
         STRID id = kNoName;
+        // The first eight bytes of the name and `="`, as far as the mask goes; no text has those of an unused
+        // entry, which stands for the empty name.
+        std::uint64_t due = 1;
+        std::uint64_t dueMask = 0;
+        Entry* pNext = nullptr;  // the name behind it
     };
     static constexpr unsigned int kCacheBits = 8;
+    static constexpr std::uint64_t kBehindName = '=' | '"' << 8;
+
+    static Entry MakeEntry(std::uint64_t start, std::string_view text);
 
     const Entities m_entities;
     std::string m_decoded;
     std::array<Entry, std::size_t{1} << kCacheBits> m_cache;
+    Entry m_none;
+    Entry* m_pLast = &m_none;
 };
+
+inline std::size_t PieceInterner::PassDue(const char* p, const char* end, STRID& name) {
+    Entry* const due = m_pLast->pNext;
+    if (due == nullptr || static_cast<std::size_t>(end - p) < due->length + 8) return 0;
+    if ((LoadBytes(p, 8) & due->dueMask) != due->due) return 0;
+    if (due->length > 6) {
+        const char* const behind = p + due->length;
+        if (*behind != '=' || behind[1] != '"' || std::memcmp(p, StrPtr(due->id), due->length) != 0) return 0;
+    }
+    m_pLast = due;
+    name = due->id;
+    return due->length + 2;
+}
 
 // ---------------------------------------------------------------------------------------------------------
 // Files

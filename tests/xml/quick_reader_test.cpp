@@ -58,6 +58,17 @@ TEST(QuickReader, ReadsItsDialectOrShowsTheFault) {
          "a x=\"1 < 2 &amp; 3 &lt; \"'>&nbsp;&#10;&lt\"\n"},
         {"<a&amp;b &amp;=\"\"></a&b>", "a&b &amp;=\"\"\n"},
         {"<></><\xE9/>", "\n\n"},
+        {"<a =\"1\" b=\"\"/><a =\"2\" b=\"\"/><a c=\"3\"/><a =\"4\"d='/>",
+         "Missing quote for attribute value.\n"},
+        {"<a =\"1\"/><a =\"2\"/><a c=\"3\"/>", "a =\"1\"\na =\"2\"\na c=\"3\"\n"},
+        {"<r><a six_nm=\"1\" seven_n=\"2\" eight_na=\"3\" a_longer_name=\"4\"/>"
+         "<a six_nm=\"5\" seven_n=\"6\" eight_na=\"7\" a_longer_name=\"8\"/>"
+         "<a six_nm_=\"5\" seven_x=\"6\" eight_nb=\"7\" a_longer_nome=\"8\"        />"
+         "<a six_nm =\"5\" seven_n= \"6\" eight_na =\"7\" a_longer_name= \"8\"        /></r>",
+         "r\n  a six_nm=\"1\" seven_n=\"2\" eight_na=\"3\" a_longer_name=\"4\"\n"
+         "  a six_nm=\"5\" seven_n=\"6\" eight_na=\"7\" a_longer_name=\"8\"\n"
+         "  a six_nm_=\"5\" seven_x=\"6\" eight_nb=\"7\" a_longer_nome=\"8\"\n"
+         "  a six_nm=\"5\" seven_n=\"6\" eight_na=\"7\" a_longer_name=\"8\"\n"},
         {"<a\x80/>", "a\n"},
         {"x", "Bad XML format.\n"},
         {"<!-- a > b -->", "Bad XML format.\n"},
