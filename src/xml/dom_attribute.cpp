@@ -10,14 +10,9 @@ CCoreXmlDomAttribute::CCoreXmlDomAttribute() : CCoreXmlDomAttribute(kNoName, kNo
 CCoreXmlDomAttribute::CCoreXmlDomAttribute(const char* name, const char* value)
     : CCoreXmlDomAttribute(StrId(name), StrId(value)) {}
 
-CCoreXmlDomAttribute::CCoreXmlDomAttribute(const CCoreXmlDomAttribute& other)
-    : CCoreScriptable(other), m_name(other.m_name), m_value(other.m_value) {}
+CCoreXmlDomAttribute::CCoreXmlDomAttribute(const CCoreXmlDomAttribute& other) = default;
 
-CCoreXmlDomAttribute& CCoreXmlDomAttribute::operator=(const CCoreXmlDomAttribute& other) {
-    m_name = other.m_name;
-    m_value = other.m_value;
-    return *this;
-}
+CCoreXmlDomAttribute& CCoreXmlDomAttribute::operator=(const CCoreXmlDomAttribute& other) = default;
 
 std::size_t CCoreXmlDomAttribute::SizeOf() const {
     return sizeof(*this);

@@ -10,8 +10,8 @@ namespace brenta {
 namespace {
 
 /// Of a slab. Each is as large as all before it, so that a small document takes little room and a large one
-/// few slabs. The smallest holds a whole chunk wherever it begins.
-constexpr std::size_t kSmallestSlab = 2 * kTreeChunk;
+/// few slabs. The smallest holds two chunks wherever it begins.
+constexpr std::size_t kSmallestSlab = 3 * kTreeChunk;
 constexpr std::size_t kLargestSlab = std::size_t{4} << 20;
 
 /// How far behind an element those lie that are looked at soon.
@@ -31,21 +31,25 @@ void AskAhead(const void* node) {
 
 STRID TreeMemory::FarTextWord(std::string_view text) {
     if (text.size() >= kLongText) return LateTextWord::Owned(text);
-    char* const place = m_pHigh -= text.size() + 1;
+    char* const place = m_attributes.pHigh -= text.size() + 1;
     std::memcpy(place, text.data(), text.size());
     place[text.size()] = '\0';
     return LateTextWord::Elsewhere(place);
 }
 
-void TreeMemory::NextChunk() {
-    static_assert(kSmallestChunk >= sizeof(TreeChunk) + sizeof(AttributeRecord) + kLongText);
-    static_assert(kSmallestChunk >= sizeof(TreeChunk) + sizeof(ElementRecord));
-    if (static_cast<std::size_t>(m_pEnd - m_pNext) < kSmallestChunk) NextSlab();
-    char* const start = m_pNext;
-    m_pNext += std::min<std::ptrdiff_t>(kTreeChunk, m_pEnd - start);
+void TreeMemory::NextChunk(Room& room) {
+    static_assert(kTreeChunk >= sizeof(TreeChunk) + sizeof(AttributeRecord) + kLongText);
+    if (room.pNext == room.pEnd) NextRun(room);
+    char* const start = std::exchange(room.pNext, room.pNext + kTreeChunk);
     ::new (static_cast<void*>(start)) TreeChunk{m_pSlab};
-    m_pLow = start + sizeof(TreeChunk);
-    m_pHigh = m_pNext;
+    room.pLow = start + sizeof(TreeChunk);
+    room.pHigh = room.pNext;
+}
+
+void TreeMemory::NextRun(Room& room) {
+    if (m_pNext == m_pEnd) NextSlab();
+    room.pNext = m_pNext;
+    room.pEnd = m_pNext += std::min(m_run, m_pEnd - m_pNext);
 }
 
 void TreeMemory::NextSlab() {
@@ -59,10 +63,14 @@ void TreeMemory::NextSlab() {
     StartSlab();
 }
 
-/// At the first chunk of the slab.
+/// At the first chunk of the slab. Runs are long enough for the processor to see a pattern, and short enough
+/// not to leave much of the slab unused when one kind needs a new one.
 void TreeMemory::StartSlab() {
+    constexpr std::ptrdiff_t kChunk = kTreeChunk, kRuns = 16, kLongestRun = 16 * kChunk;
     m_pNext = reinterpret_cast<char*>(TreeChunk::Of(reinterpret_cast<char*>(m_pSlab + 1) + kTreeChunk - 1));
-    m_pLow = m_pHigh = nullptr;
+    m_pEnd -= (m_pEnd - m_pNext) % kChunk;
+    m_run = std::clamp((m_pEnd - m_pNext) / kRuns / kChunk * kChunk, kChunk, kLongestRun);
+    m_elements = m_attributes = {};
 }
 
 void TreeMemory::Reuse() {
