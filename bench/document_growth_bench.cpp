@@ -19,13 +19,15 @@ CCoreXmlDomElement* Read(const std::string& text) {
 }
 
 /// Both sizes of a text are made before the clock runs.
-void AddParse(const char* name, int size, std::string (*make)(int)) {
-    AddGrowth("documents", name, size,
-              [make](int count) { return [text = make(count)] { delete Read(text); }; });
+template <class Make>
+void AddParse(const char* name, int size, Make make) {
+    AddGrowth("documents", name, size, [make](int count, int part) {
+        return [text = std::make_shared<const std::string>(make(count, part))] { delete Read(*text); };
+    });
 }
 
 void AddBuilt() {
-    AddGrowth("documents", "delete 10^6 children", 100000, [](int count) {
+    AddGrowth("documents", "delete 10^6 children", 100000, [](int count, int) {
         const auto parent = std::make_shared<CCoreXmlDomElement>("list");
         return [parent, count] {
             for (int i = 0; i < count; ++i)
@@ -33,7 +35,7 @@ void AddBuilt() {
             parent->DeleteChildren();
         };
     });
-    AddGrowth("documents", "miss in 10^6 elements", 100000, [](int count) {
+    AddGrowth("documents", "miss in 10^6 elements", 100000, [](int count, int) {
         const std::shared_ptr<CCoreXmlDomElement> list(Read(MakeWide(count)));
         return [list] {
             list->FindElement("net", true);
@@ -45,10 +47,11 @@ void AddBuilt() {
 }  // namespace
 
 void AddDocumentGrowthWorkloads() {
-    AddParse("board", 1000, MakeBoard);
-    AddParse("50,000 attributes", 5000, MakeManyAttributes);
-    AddParse("10^6 children", 100000, MakeWide);
-    AddParse("10^6 levels", 100000, MakeDeep);
+    AddParse("board", 1000, [](int nets, int) { return MakeBoard(nets); });
+    AddParse("50,000 attributes", 5000,
+             [](int count, int part) { return MakeManyAttributes(part * count, count); });
+    AddParse("10^6 children", 100000, [](int count, int) { return MakeWide(count); });
+    AddParse("10^6 levels", 100000, [](int count, int) { return MakeDeep(count); });
     AddBuilt();
 }
 

@@ -18,7 +18,7 @@ namespace {
 /// chance.
 template <class Work>
 void Add(const char* name, int size, Work work) {
-    AddGrowth("growth", name, size, [work](int count) { return [work, count] { work(count); }; });
+    AddGrowth("growth", name, size, [work](int count, int) { return [work, count] { work(count); }; });
 }
 
 long BuildText(int size) {

@@ -151,9 +151,9 @@ std::string MakeWide(int children) {
     return text + "</list>";
 }
 
-std::string MakeManyAttributes(int count) {
+std::string MakeManyAttributes(int first, int count) {
     std::string text = "<element";
-    for (int i = 0; i < count; ++i)
+    for (int i = first; i < first + count; ++i)
         Append(text, " a%d=\"%d\"", i, i);
     return text + "/>";
 }

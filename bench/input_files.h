@@ -33,8 +33,8 @@ std::string MakePage();
 std::string MakeDeep(int levels);
 /// Children of one parent.
 std::string MakeWide(int children);
-/// One element with many attributes.
-std::string MakeManyAttributes(int count);
+/// One element with many attributes, whose names are numbered from `first` on.
+std::string MakeManyAttributes(int first, int count);
 
 /// The names that MakeBoard gives its groups.
 std::string NetName(int net);
