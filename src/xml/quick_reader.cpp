@@ -3,7 +3,6 @@
 #include <new>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "brenta/framework.h"
 #include "brenta/xml_readers.h"
@@ -24,7 +23,8 @@ constexpr char kMismatchedEnd[] = "Mismatched end tag.";
 constexpr char kInnerText[] = "Inner text not valid in this reader.";
 constexpr char kSyntaxError[] = "Syntax error.";
 
-/// One parse of one text. What the grammar nests stands on a stack here, never on the thread's.
+/// One parse of one text. It needs no stack: an element is in its place in the tree from its start on, and
+/// its parent is known there.
 ///
 ///     document    := (blank | skipped | element)*
 ///     skipped     := "<" ("?" | "!") ... ">"
@@ -50,14 +50,6 @@ class QuickParse {
     TOrderedList<CCoreXmlDomElement*> TakeElements() { return std::move(m_elements); }
 
  private:
-    /// An element whose end has not been met; none while its tag's name is being read. It is in its place in
-    /// the tree from its start on.
-    struct Open {
-        CCoreXmlDomElement* pElement = nullptr;
-        std::size_t plainSize = 0;  ///< of its name in the text; kCoded if that has entities
-    };
-    static constexpr std::size_t kCoded = ~std::size_t{0};
-
     // The text
     bool ReadOn() { return m_pFile != nullptr && m_pFile->ReadOn(m_pStart, m_p, m_pEnd); }
     bool AtEnd() { return m_p == m_pEnd && !ReadOn(); }
@@ -76,12 +68,13 @@ class QuickParse {
     bool SkipMark();
     bool ReadElement();
     bool ReadStartTag(bool& empty);
-    void BeginElement(STRID tag, std::size_t plainSize);
     bool ReadAttributes(bool& empty);
     bool ReadAttribute();
     bool ReadAttributeName(STRID& name);
     bool ReadValue(std::string_view& value);
     bool ReadEndTag();
+    bool PassTagOf(const CCoreXmlDomElement& element);
+    void Close();
 
     FileText* const m_pFile = nullptr;
     const char* m_pStart = "";
@@ -90,7 +83,8 @@ class QuickParse {
     PieceInterner m_names{Entities::Xml};
     TreeBuilder m_builder;
     AttributeSetter m_attributes{m_builder};
-    std::vector<Open> m_open;
+    CCoreXmlDomElement* m_pCurrent = nullptr;  // the innermost element that was made and has not ended
+    std::size_t m_depth = 0;                   // elements that have begun and not ended, made or not
     TOrderedList<CCoreXmlDomElement*> m_elements;
 };
 
@@ -156,7 +150,7 @@ bool QuickParse::ReadDocument() {
             if (!SkipMark()) return true;
         } else if (!ReadTree()) {
             // Each element around a faulty one takes what is left of it for text: one message each.
-            for (std::size_t around = m_open.size() - 1; around > 0; --around)
+            for (std::size_t around = m_depth - 1; around > 0; --around)
                 Fault(kInnerText);
             return false;
         }
@@ -174,7 +168,7 @@ bool QuickParse::SkipMark() {
 /// An element of the top level with all that is below it, from behind its "<".
 bool QuickParse::ReadTree() {
     if (!ReadElement()) return false;
-    while (!m_open.empty()) {
+    while (m_depth > 0) {
         if (AtEnd()) return Fault(kSyntaxError);
         m_pStart = m_p;
         Skip(kBlank);
@@ -194,38 +188,29 @@ bool QuickParse::ReadTree() {
 /// The start of an element, and its end if it is empty.
 bool QuickParse::ReadElement() {
     bool empty = false;
-    m_open.emplace_back();
+    ++m_depth;
     if (!ReadStartTag(empty)) return false;
-    if (empty) m_open.pop_back();
+    if (empty) Close();
     return true;
 }
 
 bool QuickParse::ReadStartTag(bool& empty) {
     Skip(kBlank);
     if (!PassPiece(SkipTagName)) return Fault(kUnexpectedEnd);
-    const std::string_view tag = Passed();
-    const bool coded = tag.find('&') != tag.npos;
-    const STRID id = coded ? m_names.DecodedName(tag) : m_names.Name(tag);
-    const std::size_t plainSize = coded ? kCoded : tag.size();
+    const STRID tag = m_names.DecodedName(Passed());
     const char last = *m_p++;
     if (last == '/') {
         if (Look() != '>') return Fault(kExpectingClose);
         ++m_p;
         empty = true;
     }
-    BeginElement(id, plainSize);
+    m_pCurrent = m_pCurrent == nullptr ? &m_builder.AddElement(m_elements, tag)
+                                       : &m_builder.AddElement(*m_pCurrent, tag);
     return last == '/' || last == '>' || ReadAttributes(empty);
 }
 
-void QuickParse::BeginElement(STRID tag, std::size_t plainSize) {
-    const std::size_t depth = m_open.size() - 1;
-    CCoreXmlDomElement& element = depth == 0 ? m_builder.AddElement(m_elements, tag)
-                                             : m_builder.AddElement(*m_open[depth - 1].pElement, tag);
-    m_open[depth] = {&element, plainSize};
-}
-
 bool QuickParse::ReadAttributes(bool& empty) {
-    m_attributes.Begin(*m_open.back().pElement);
+    m_attributes.Begin(*m_pCurrent);
     while (true) {
         m_pStart = m_p;
         Skip(kBlank);
@@ -278,22 +263,33 @@ bool QuickParse::ReadValue(std::string_view& value) {
     return true;
 }
 
-// The name of the start tag, byte for byte, is the usual case and needs neither its end to be looked for nor
-// an identifier. It holds no ">".
 bool QuickParse::ReadEndTag() {
-    const Open& open = m_open.back();
     ++m_p;
-    if (static_cast<std::size_t>(m_pEnd - m_p) > open.plainSize && m_p[open.plainSize] == '>' &&
-        std::memcmp(m_p, open.pElement->GetTagName(), open.plainSize) == 0) {
-        m_p += open.plainSize;
-    } else {
+    if (!PassTagOf(*m_pCurrent)) {
         if (!PassPiece([](const char* p, const char* end) { return Find(p, end, '>'); }))
             return Fault(kUnexpectedEnd);
-        if (m_names.DecodedName(Passed()) != open.pElement->GetTagNameId()) return Fault(kMismatchedEnd);
+        if (m_names.DecodedName(Passed()) != m_pCurrent->GetTagNameId()) return Fault(kMismatchedEnd);
     }
     ++m_p;
-    m_open.pop_back();
+    Close();
     return true;
+}
+
+/// Passes the name of an element if it stands here as it is, without entities, and ends here: the usual case,
+/// for which no identifier is needed.
+bool QuickParse::PassTagOf(const CCoreXmlDomElement& element) {
+    const char* tag = element.GetTagName();
+    const char* p = m_p;
+    for (; *tag != '\0' && *tag == *p && *tag != '&' && *tag != '>'; ++tag)
+        ++p;
+    if (*tag != '\0' || *p != '>') return false;
+    m_p = p;
+    return true;
+}
+
+void QuickParse::Close() {
+    --m_depth;
+    m_pCurrent = m_pCurrent->GetParent();
 }
 
 /// Parses a text in memory or in a file; on success its elements go behind those of `elements`, otherwise

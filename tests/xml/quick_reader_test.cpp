@@ -69,6 +69,9 @@ TEST(QuickReader, ReadsItsDialectOrShowsTheFault) {
          "  a six_nm=\"5\" seven_n=\"6\" eight_na=\"7\" a_longer_name=\"8\"\n"
          "  a six_nm_=\"5\" seven_x=\"6\" eight_nb=\"7\" a_longer_nome=\"8\"\n"
          "  a six_nm=\"5\" seven_n=\"6\" eight_na=\"7\" a_longer_name=\"8\"\n"},
+        {"<a&gt;b></a&gt;b>", "a>b\n"},
+        {"<a&gt;b></a>b>", "Mismatched end tag.\n"},
+        {"<a&amp;lt;b></a&lt;b>", "Mismatched end tag.\n"},
         {"<a\x80/>", "a\n"},
         {"x", "Bad XML format.\n"},
         {"<!-- a > b -->", "Bad XML format.\n"},

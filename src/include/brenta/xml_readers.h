@@ -23,8 +23,8 @@
 ///
 /// Cost. Time grows with the length of the text, whatever it holds: depth, attributes by the ten thousand and
 /// unfinished constructs included. Neither reader recurses. The HTML reader reads a file into memory as a
-/// whole, the quick reader piece by piece; beside it stand the tree and a few words for each element that is
-/// still open.
+/// whole, and keeps a word for each element that is still open beside the tree; the quick reader reads it piece
+/// by piece and keeps nothing.
 ///
 /// Files. Regular files only: a folder, a pipe, a device, an address of a network, null, or a file that
 /// cannot be read is false without a message. A NUL ends the text. A lack of memory, for names too, is false
