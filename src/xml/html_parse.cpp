@@ -4,7 +4,6 @@
 #include <cstring>
 #include <iterator>
 #include <utility>
-#include <vector>
 
 #include "brenta/framework.h"
 #include "foundation/characters.h"
@@ -16,7 +15,7 @@ namespace brenta {
 namespace {
 
 /// One parse of one text. Whatever closes an element closes the innermost one, so unclosed ones nest without
-/// end on ordinary pages: they stand on a stack here.
+/// end on ordinary pages. No stack is needed for them: each stands in the tree below the one around it.
 ///
 ///     document  := (low* "<" tag*)*
 ///     tag       := blank* skipped* (dropped | empty | start | end)
@@ -55,7 +54,8 @@ class HtmlParse {
     PieceInterner m_names;
     TreeBuilder m_builder;
     AttributeSetter m_attributes{m_builder};
-    std::vector<CCoreXmlDomElement*> m_open;  ///< the root, which stays, and what is open in it
+    CCoreXmlDomElement& m_root;
+    CCoreXmlDomElement* m_pCurrent;  ///< the innermost open element, at last the root
     bool m_rootClosed = false;
     const STRID m_dropped[4] = {m_names.Name("input"), m_names.Name("meta"), m_names.Name("LINK"),
                                 m_names.Name("img")};
@@ -67,7 +67,8 @@ HtmlParse::HtmlParse(const char*& position, CCoreXmlDomElement& root)
       m_p(position),
       m_pEnd(position + std::strlen(position)),
       m_names(Entities::Html),
-      m_open{&root} {}
+      m_root(root),
+      m_pCurrent(&root) {}
 
 // An end tag for which nothing is open closes the root, and the text has to start again, with a "<" of its
 // own behind the one that was passed already.
@@ -100,7 +101,7 @@ bool HtmlParse::ReadTag() {
         Close();
         return true;
     }
-    CCoreXmlDomElement& element = m_builder.AddElement(*m_open.back(), tag);
+    CCoreXmlDomElement& element = m_builder.AddElement(*m_pCurrent, tag);
     if (!ReadAttributes(element)) return false;
     if (*m_p == '>') return ReadData(element);
     if (m_p[1] != '>') return false;
@@ -125,8 +126,8 @@ void HtmlParse::SkipToTag() {
 
 void HtmlParse::Close() {
     SkipToTag();
-    if (m_open.size() > 1) {
-        m_open.pop_back();
+    if (m_pCurrent != &m_root) {
+        m_pCurrent = m_pCurrent->GetParent();
     } else {
         m_rootClosed = true;
     }
@@ -179,7 +180,7 @@ bool HtmlParse::ReadData(CCoreXmlDomElement& element) {
         m_builder.AddElement(element, m_textTag, m_names.Text(Piece(start, m_p)));
     }
     ++m_p;
-    m_open.push_back(&element);
+    m_pCurrent = &element;
     return true;
 }
 
