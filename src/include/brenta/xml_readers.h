@@ -16,15 +16,15 @@
 /// | XML with text between tags, single quotes, DTDs     | CCoreXmlDom without quickLoad            |
 /// | Pages                                               | CCoreHTMLReader                          |
 ///
-/// Text is taken byte by byte, without an encoding. Names are interned (brenta/names.h) and stay in memory until
-/// the library is unloaded; values and texts are interned when they are asked for as names or for good
+/// Text is taken byte by byte, without an encoding. Names are interned (brenta/names.h) and stay in memory
+/// until the library is unloaded; values and texts are interned when they are asked for as names or for good
 /// (brenta/xml.h). Letters count as different in different case.
 ///
 /// Ownership. No reader deletes an element of a finished parse: the caller takes them over and deletes them.
 ///
 /// Cost. Time grows with the length of the text, whatever it holds: depth, attributes by the ten thousand and
-/// unfinished constructs included. Neither reader recurses, or keeps anything beside the tree but the text: the
-/// HTML reader as a whole, the quick reader a piece of it at a time.
+/// unfinished constructs included. Neither reader recurses, or keeps anything beside the tree but the text:
+/// the HTML reader as a whole, the quick reader a piece of it at a time.
 ///
 /// Files. Regular files only: a folder, a pipe, a device, an address of a network, null, or a file that
 /// cannot be read is false without a message. A NUL ends the text. A lack of memory, for names too, is false
