@@ -14,56 +14,63 @@
 namespace brenta::bench {
 namespace {
 
-/// `work(size)` returns a number that is not looked at: that ten small results make a large one would be
-/// chance.
+/// `work(size)` returns what it has made.
 template <class Work>
 void Add(const char* name, int size, Work work) {
-    AddGrowth("growth", name, size, [work](int count, int) { return [work, count] { work(count); }; });
+    AddGrowth("growth", name, size, [work](int count, int) { return [work, count] { return work(count); }; });
 }
 
-long BuildText(int size) {
+CoreString BuildText(int size) {
     CoreString text;
     for (int i = 0; i < size; ++i)
         text += 'a';
-    return text.GetLength();
+    return text;
 }
 
-long ReplaceAll(int size) {
+CoreString ReplaceAll(int size) {
     CoreString text;
     for (int i = 0; i < size; ++i)
         text += "ab";
-    return text.Replace("b", "bb");
+    text.Replace("b", "bb");
+    return text;
 }
 
-long BuildList(int size) {
+TOrderedList<int> BuildList(int size) {
     TOrderedList<int> list;
     for (int i = 0; i < size; ++i)
         list.Add(i);
-    return list.GetCount();
+    return list;
 }
 
-long FillMap(int size) {
-    TIntMap<int, int> map(size);
+std::shared_ptr<TIntMap<int, int>> FillMap(int size) {
+    auto map = std::make_shared<TIntMap<int, int>>(size);
     for (int i = 0; i < size; ++i)
-        map.Add(i, i);
-    return map.GetCount();
+        map->Add(i, i);
+    return map;
 }
 
 /// Blocks of all sizes up to 200 bytes, all alive at once.
-long FillHeap(int size) {
-    TSimpleList<void*> blocks;
-    for (int i = 0; i < size; ++i)
-        blocks.Add(CoreAllocate(i % 200 + 1));
-    for (void* block : blocks)
-        CoreFree(block);
-    return size;
-}
+class Blocks {
+ public:
+    explicit Blocks(int size) {
+        for (int i = 0; i < size; ++i)
+            m_blocks.Add(CoreAllocate(i % 200 + 1));
+    }
+    Blocks(Blocks&&) = default;
+    ~Blocks() {
+        for (void* block : m_blocks)
+            CoreFree(block);
+    }
 
-long EnterNames(int size) {
-    CStringTable table("growth", 1024000);
+ private:
+    TSimpleList<void*> m_blocks;
+};
+
+std::shared_ptr<CStringTable> EnterNames(int size) {
+    auto table = std::make_shared<CStringTable>("growth", 1024000);
     for (int i = 0; i < size; ++i)
-        table.StrId(std::to_string(i).c_str());
-    return static_cast<long>(table.GetNameCount());
+        table->StrId(std::to_string(i).c_str());
+    return table;
 }
 
 long EvaluateSum(int terms) {
@@ -86,12 +93,13 @@ void AddScript(const char* name, int size, const char* source) {
     Add(name, size, [source](int turns) { return RunScript(source, turns); });
 }
 
-bool LoadFunctions(int size) {
+std::shared_ptr<CCoreScriptEngine> LoadFunctions(int size) {
     std::string source;
     for (int i = 0; i < size; ++i)
         source += "function F" + std::to_string(i) + "(a, b) { var c = a * 2; return b - c; }\n";
-    CCoreScriptEngine engine(TOrderedList<Var>(), nullptr);
-    return engine.InjectScript("growth", source.c_str());
+    auto engine = std::make_shared<CCoreScriptEngine>(TOrderedList<Var>(), nullptr);
+    engine->InjectScript("growth", source.c_str());
+    return engine;
 }
 
 }  // namespace
@@ -101,7 +109,7 @@ void AddGrowthWorkloads() {
     Add("replace 10^6 times", 100000, ReplaceAll);
     Add("list of 10^6", 100000, BuildList);
     Add("map of 10^6", 100000, FillMap);
-    Add("10^6 blocks alive", 100000, FillHeap);
+    Add("10^6 blocks alive", 100000, [](int size) { return Blocks(size); });
     Add("10^6 new names", 100000, EnterNames);
     Add("dimension text of 10^4 terms", 1000, EvaluateSum);
     AddScript("script loop", 100000,
