@@ -48,6 +48,10 @@ enum class PathKind { Absent, File, Directory };
 /// file marked offline counts as absent.
 PathKind KindOfPath(const char* path);
 
+/// Whether there is certainly nothing: false also when the system cannot tell, for example because a disk has
+/// failed. For decisions to write something new.
+bool IsAbsent(const char* path);
+
 /// A regular file that is read from its start to its end. What is open is closed by the destructor.
 class FileReader {
  public:

@@ -44,8 +44,7 @@ std::shared_ptr<const IniText> TextOf(const std::string& path) {
 
 /// The file's text as it is now, "" if there is none; false if there is one that cannot be read.
 bool ReadForChange(const std::string& path, std::string& content) {
-    os::FileStamp stamp;
-    return !os::StampOfFile(path.c_str(), stamp) || ReadText(path, content);
+    return ReadText(path, content) || os::IsAbsent(path.c_str());
 }
 
 }  // namespace
@@ -67,8 +66,7 @@ std::vector<std::string> ListIniNames(const std::string& path, const std::string
 bool WriteIniValue(const std::string& path, std::string_view section, std::string_view key,
                    const std::string_view* value) {
     if (!IniText::CanSet(section, key, value ? *value : "")) return false;
-    os::FileStamp stamp;
-    if (!value && !os::StampOfFile(path.c_str(), stamp)) return true;
+    if (!value && os::IsAbsent(path.c_str())) return true;
     const std::string folder = path.substr(0, path.find_last_of("\\/"));
     os::FileLock lock;
     if (!os::CreatePrivateFolder(folder.c_str()) ||

@@ -65,7 +65,7 @@ int OpenToWrite(const char* path) {
 bool WriteAll(int file, std::string_view content) {
     while (!content.empty()) {
         const ssize_t count = write(file, content.data(), content.size());
-        if (count < 0 && errno != EINTR) return false;
+        if (count == 0 || (count < 0 && errno != EINTR)) return false;
         if (count > 0) content.remove_prefix(static_cast<std::size_t>(count));
     }
     return true;
@@ -105,6 +105,17 @@ std::string FollowLinks(std::string path) {
         path += next;
     }
     return path;
+}
+
+/// Whether the system has just said that there is nothing, and not that it cannot tell.
+bool SaysAbsent(int error) {
+    return error == ENOENT || error == ENOTDIR;
+}
+
+/// What is to be replaced, if there is anything; false if the system cannot tell.
+bool LookAtOld(const std::string& path, struct stat& info, bool& exists) {
+    exists = stat(path.c_str(), &info) == 0;
+    return exists || SaysAbsent(errno);
 }
 
 /// Gives a new file the rights and, as far as possible, the owner of an old one.
@@ -192,7 +203,9 @@ bool WriteWholeFile(const char* path, std::string_view content) {
 bool ReplaceWholeFile(const char* path, std::string_view content) try {
     const std::string target = FollowLinks(NativePath(path));
     struct stat old;
-    if (stat(target.c_str(), &old) != 0) return WriteBeside(target, content, nullptr) == 0;
+    bool exists;
+    if (!LookAtOld(target, old, exists)) return false;
+    if (!exists) return WriteBeside(target, content, nullptr) == 0;
     if (S_ISDIR(old.st_mode)) return false;
     if (!S_ISREG(old.st_mode)) return WriteWholeFile(target.c_str(), content);
     if (access(target.c_str(), W_OK) != 0) return false;
@@ -239,7 +252,8 @@ Replacement::~Replacement() {
 bool Replacement::Create(const char* path) try {
     std::string target = FollowLinks(NativePath(path)), name;
     struct stat old;
-    const bool exists = stat(target.c_str(), &old) == 0;
+    bool exists;
+    if (!LookAtOld(target, old, exists)) return false;
     if (exists && (!S_ISREG(old.st_mode) || access(target.c_str(), W_OK) != 0)) return false;
     const Descriptor file(CreateBeside(target, exists ? &old : nullptr, name));
     if (file.Get() < 0) return false;
@@ -281,6 +295,11 @@ PathKind KindOfPath(const char* path) {
     struct stat info;
     if (stat(NativePath(path).c_str(), &info) != 0) return PathKind::Absent;
     return S_ISDIR(info.st_mode) ? PathKind::Directory : PathKind::File;
+}
+
+bool IsAbsent(const char* path) {
+    struct stat info;
+    return stat(NativePath(path).c_str(), &info) != 0 && SaysAbsent(errno);
 }
 
 std::string NativePath(const char* path) {

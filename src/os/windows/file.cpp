@@ -157,6 +157,12 @@ PathKind KindOfPath(const char* path) {
     return (attributes & FILE_ATTRIBUTE_OFFLINE) != 0 ? PathKind::Absent : PathKind::File;
 }
 
+bool IsAbsent(const char* path) {
+    if (GetFileAttributesA(NativePath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return false;
+    const DWORD error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
 std::string NativePath(const char* path) {
     return path ? path : "";
 }
