@@ -3,6 +3,8 @@
 
 #include <new>
 
+#include "brenta/containers.h"
+
 namespace brenta {
 
 /// What `work` returns, or `otherwise` if memory runs out on the way.
@@ -13,6 +15,14 @@ Result OrWithoutMemory(Result otherwise, Work work) {
     } catch (const std::bad_alloc&) {
         return otherwise;
     }
+}
+
+/// Adds to a list where a value less would make a wrong result: throws std::bad_alloc instead.
+template <class T>
+void AddOrThrow(TOrderedList<T>& list, const T& value) {
+    const T* const last = list.GetTail();
+    list.Add(value);
+    if (list.GetTail() == last) throw std::bad_alloc();
 }
 
 }  // namespace brenta

@@ -13,12 +13,12 @@ namespace brenta {
 
 char* AcquireLargeBlock(int size) noexcept {
     const os::LockGuard guard(g_stringHeapLock);
-    return static_cast<char*>(std::malloc(static_cast<std::size_t>(size)));
+    return NoteLack(std::malloc(static_cast<std::size_t>(size)));
 }
 
 char* ResizeLargeBlock(char* pBlock, int newSize) noexcept {
     const os::LockGuard guard(g_stringHeapLock);
-    return static_cast<char*>(std::realloc(pBlock, static_cast<std::size_t>(newSize)));
+    return NoteLack(std::realloc(pBlock, static_cast<std::size_t>(newSize)));
 }
 
 void FreeLargeBlock(char* pBlock) noexcept {

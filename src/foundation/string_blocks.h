@@ -100,6 +100,16 @@ char* AcquireLargeBlock(int size) noexcept;
 char* ResizeLargeBlock(char* pBlock, int newSize) noexcept;
 void FreeLargeBlock(char* pBlock) noexcept;
 
+/// Whether the thread's strings have been refused a block since this was cleared. A string that finds no
+/// memory stays as it was; who makes a path of several, and would go to another place with a part of it, asks
+/// here.
+inline constinit thread_local bool t_stringsLacked = false;
+
+inline char* NoteLack(void* pBlock) noexcept {
+    if (pBlock == nullptr) t_stringsLacked = true;
+    return static_cast<char*>(pBlock);
+}
+
 /// A block of uninitialised bytes, or null. Sizes here are results of BlockSize. Any thread.
 inline char* AcquireBlock(int size) noexcept {
     BlockCache* const cache = t_pBlockCache;
@@ -107,14 +117,14 @@ inline char* AcquireBlock(int size) noexcept {
         if (char* pBlock = cache->Take(size)) return pBlock;
     }
     if (size > kLargestUnlockedBlock) return AcquireLargeBlock(size);
-    return static_cast<char*>(std::malloc(static_cast<std::size_t>(size)));
+    return NoteLack(std::malloc(static_cast<std::size_t>(size)));
 }
 
 /// The block with a new size, its content kept up to the smaller one, moved if need be; null, and the block
 /// as it was, if there is no memory. Any thread.
 inline char* ResizeBlock(char* pBlock, int oldSize, int newSize) noexcept {
     if (std::max(oldSize, newSize) > kLargestUnlockedBlock) return ResizeLargeBlock(pBlock, newSize);
-    return static_cast<char*>(std::realloc(pBlock, static_cast<std::size_t>(newSize)));
+    return NoteLack(std::realloc(pBlock, static_cast<std::size_t>(newSize)));
 }
 
 /// Gives a block back. Any thread.

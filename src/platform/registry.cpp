@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "brenta/failure.h"
+#include "foundation/string_blocks.h"
 #include "platform/registry_path.h"
 #include "platform/registry_store.h"
 
@@ -104,9 +105,10 @@ bool List(HKEY root, const char* path, Lister lister, TOrderedList<CoreString>& 
     std::vector<std::string> found;
     const RegistryError error = At(root, path, [&](const Place& place) { return lister(place, found); });
     if (error != RegistryError::None) return false;
+    t_stringsLacked = false;
     for (const std::string& name : found)
         names.Add(CoreString(std::string_view(name)));
-    return true;
+    return !t_stringsLacked && static_cast<std::size_t>(names.GetCount()) == found.size();
 }
 
 /// Named after the object. Addresses come again, so what is found of that name is not taken for a copy.

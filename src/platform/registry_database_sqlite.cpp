@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "brenta/files.h"
+#include "foundation/string_blocks.h"
 #include "os/data_files.h"
 #include "os/os.h"
 #include "platform/application_places.h"
@@ -245,8 +246,9 @@ RegistryError Database::CreateTables() {
 
 /// Deletes the keys of former runs of the system. Where that fails, the next process will do it.
 void Database::ForgetFormerRun() {
-    const std::string former =
-        "FROM keys WHERE volatile_boot IS NOT NULL AND volatile_boot <> '" + os::BootId() + "'";
+    const std::string run = os::BootId();
+    if (run.empty()) return;  // unknown: those of this run cannot be told from the others
+    const std::string former = "FROM keys WHERE volatile_boot IS NOT NULL AND volatile_boot <> '" + run + "'";
     std::int64_t found = 0;
     if (ReadNumber(("SELECT 1 " + former + " LIMIT 1").c_str(), found)) Execute(("DELETE " + former).c_str());
 }
@@ -312,9 +314,11 @@ std::string_view Query::Bytes(int column) const {
 
 // The host is asked for the folder before the lock is taken.
 Session::Session(Purpose purpose) : m_error(RegistryError::None) {
+    t_stringsLacked = false;
     std::string path = FileOf(ApplicationDataRoot());
+    const bool isWhole = !t_stringsLacked;
     m_lock = std::unique_lock<std::mutex>(g_mutex);
-    m_error = Connect(std::move(path), purpose, m_pDatabase);
+    m_error = isWhole ? Connect(std::move(path), purpose, m_pDatabase) : RegistryError::OutOfMemory;
     if (m_error != RegistryError::None) return;
     m_error = Query(*m_pDatabase, purpose == Purpose::Read ? Sql::Begin : Sql::BeginWriting).Finish();
     m_inTransaction = m_error == RegistryError::None;

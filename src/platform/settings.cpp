@@ -3,7 +3,9 @@
 #include <string_view>
 
 #include "brenta/settings.h"
+#include "foundation/lack_of_memory.h"
 #include "foundation/numbers.h"
+#include "foundation/string_blocks.h"
 #include "platform/host_services.h"
 #include "platform/ini_file.h"
 
@@ -16,8 +18,11 @@ constexpr std::size_t kLongestValue = 259;
 
 /// "" if the folder for application data is unknown.
 std::string IniFileName() {
-    if (GetAppDataFolder().IsEmpty()) return "";
-    return std::string(GetAppDataFileName(nullptr, GetAppName(false, false) + ".ini", nullptr));
+    t_stringsLacked = false;
+    const bool isKnown = !GetAppDataFolder().IsEmpty();
+    const CoreString file = GetAppDataFileName(nullptr, GetAppName(false, false) + ".ini", nullptr);
+    if (t_stringsLacked) throw std::bad_alloc();
+    return isKnown ? std::string(file) : "";
 }
 
 using TextReader = bool (*)(const char* section, const char* key, CoreString& value);
@@ -43,6 +48,7 @@ CoreString Decimal(int value) {
 bool GetAppValue(const char* section, const char* key, CoreString& value) try {
     const std::string file = section && key ? IniFileName() : "";
     const std::string text = file.empty() ? "" : ReadIniValue(file, section, key);
+    value.SetEmpty();
     value = text.substr(0, kLongestValue).c_str();
     return !value.IsEmpty();
 } catch (const std::bad_alloc&) {
@@ -72,7 +78,8 @@ bool GetAppNames(const char* section, TOrderedList<CoreString>& names) try {
     names.RemoveAll();
     if (file.empty()) return false;
     for (const std::string& found : ListIniNames(file, section ? &name : nullptr))
-        names.Add(CoreString(found.c_str()));
+        AddOrThrow(names, CoreString(found.c_str()));
+    if (t_stringsLacked) throw std::bad_alloc();
     return names.GetCount() > 0;
 } catch (const std::bad_alloc&) {
     names.RemoveAll();

@@ -348,6 +348,8 @@ class TOrderedList {
     bool IsEmpty() const { return !m_pHead; }
     /// The first value, valid until it is removed; null if the list is empty.
     T* GetHead() const { return m_pHead ? &m_pHead->m_value : nullptr; }
+    /// The same for the last value; null also if the tail was lost (see Remove).
+    T* GetTail() const { return m_pTail ? &m_pTail->m_value : nullptr; }
 
     /// Moves all values of `from` behind the tail without copying, in constant time; `from` is empty after.
     /// The nodes keep their addresses. Moving a list into itself changes nothing. A lost tail is reported as
