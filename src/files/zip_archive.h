@@ -14,9 +14,22 @@
 
 namespace brenta {
 
+/// The file of an archive that minizip writes. Where minizip finds no memory it may forget to close it; the
+/// end of this object does not.
+struct ZipStream {
+    ZipStream() = default;
+    ~ZipStream() {
+        if (file) std::fclose(file);
+    }
+    ZipStream(const ZipStream&) = delete;
+    ZipStream& operator=(const ZipStream&) = delete;
+
+    std::FILE* file = nullptr;
+};
+
 /// The file functions for minizip: paths in either form, regular files only, nothing inherited by other
-/// programs.
-zlib_filefunc64_def ZipFileFunctions();
+/// programs. The stream is to live longer than the archive.
+zlib_filefunc64_def ZipFileFunctions(ZipStream& stream);
 
 /// What an entry says in its additional field, where the numbers in its head have no room.
 struct LargeForm {

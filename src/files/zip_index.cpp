@@ -29,8 +29,9 @@ bool SameName(std::string_view a, std::string_view b) {
 /// Where the entries stand in the directory, by the hashes of their names.
 class ZipIndex {
  public:
-    /// Of all entries that stand before the first damage.
     explicit ZipIndex(ZipReader& archive);
+    /// False if the directory could not be read to its end, now or ever.
+    bool IsWhole() const { return m_isWhole; }
     bool Find(ZipReader& archive, std::string_view name) const;
 
  private:
@@ -46,13 +47,16 @@ class ZipIndex {
         return std::hash<std::string_view>()(folded);
     }
 
+    bool m_isWhole;
     std::vector<Entry> m_entries;  // sorted by their hashes, then in the directory's order
 };
 
 ZipIndex::ZipIndex(ZipReader& archive) {
     std::string folded;
-    for (auto step = archive.First(); step == ZipReader::Step::Entry; step = archive.Next())
+    auto step = archive.First();
+    for (; step == ZipReader::Step::Entry; step = archive.Next())
         m_entries.push_back({HashOf(archive.Name(), folded), archive.Place()});
+    m_isWhole = step == ZipReader::Step::End;
     std::stable_sort(m_entries.begin(), m_entries.end(),
                      [](const Entry& a, const Entry& b) { return a.hash < b.hash; });
 }
@@ -105,6 +109,7 @@ std::shared_ptr<const ZipIndex> IndexOf(ZipReader& archive, const char* path) {
     if (!os::IsSettled(stamp) || !IsReadAgain(stamp, index)) return nullptr;
     const bool isNew = !index;
     if (isNew) index = std::make_shared<const ZipIndex>(archive);
+    if (!index->IsWhole()) return nullptr;  // what is missing may only have been unreadable for a moment
     os::FileStamp now;
     if (!os::StampOfFile(path, now) || now != stamp) return nullptr;  // who knows which of both is open
     if (isNew) Keep(stamp, index);

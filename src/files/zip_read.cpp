@@ -7,6 +7,7 @@
 
 #include "brenta/zip.h"
 #include "files/zip_archive.h"
+#include "foundation/lack_of_memory.h"
 #include "os/os.h"
 
 namespace brenta {
@@ -16,14 +17,20 @@ namespace brenta {
 
 namespace {
 
-voidpf OpenForZip(voidpf, const void* path, int mode) {
+voidpf OpenForZip(voidpf stream, const void* path, int mode) {
     const bool changes = (mode & ZLIB_FILEFUNC_MODE_READWRITEFILTER) != ZLIB_FILEFUNC_MODE_READ;
-    return os::OpenStream(static_cast<const char*>(path), changes ? "r+b" : "rb");
+    std::FILE*& file = static_cast<ZipStream*>(stream)->file;
+    return file = os::OpenStream(static_cast<const char*>(path), changes ? "r+b" : "rb");
+}
+
+/// minizip does not always look whether it had the memory for what it wants to read.
+uLong ReadForZip(voidpf, voidpf file, void* buffer, uLong size) {
+    return buffer ? static_cast<uLong>(std::fread(buffer, 1, size, static_cast<std::FILE*>(file))) : 0;
 }
 
 /// An error of a write that was kept back for a while shows here at the latest.
-int CloseForZip(voidpf, voidpf stream) {
-    auto* const file = static_cast<std::FILE*>(stream);
+int CloseForZip(voidpf stream, voidpf) {
+    std::FILE* const file = std::exchange(static_cast<ZipStream*>(stream)->file, nullptr);
     const bool failed = std::ferror(file) != 0;
     return std::fclose(file) != 0 || failed ? EOF : 0;
 }
@@ -66,11 +73,13 @@ bool IsEmptyArchive(const char* path, std::uint64_t size) {
 
 }  // namespace
 
-zlib_filefunc64_def ZipFileFunctions() {
+zlib_filefunc64_def ZipFileFunctions(ZipStream& stream) {
     zlib_filefunc64_def functions = PlainFunctions();
     functions.zopen64_file = &OpenForZip;
+    functions.zread_file = &ReadForZip;
     functions.zclose_file = &CloseForZip;
     functions.zerror_file = &ErrorForZip;
+    functions.opaque = &stream;
     return functions;
 }
 
@@ -86,7 +95,7 @@ zlib_filefunc64_def ZipReader::FileFunctions() {
         return Of(self).Resume(static_cast<const char*>(path)) ? self : nullptr;
     };
     functions.zread_file = [](voidpf self, voidpf, void* bytes, uLong size) -> uLong {
-        return std::fread(bytes, 1, size, Of(self).m_pFile.get());
+        return ReadForZip(nullptr, Of(self).m_pFile.get(), bytes, size);
     };
     functions.ztell64_file = [](voidpf self, voidpf) -> ZPOS64_T {
         return TellInFile(Of(self).m_pFile.get());
@@ -274,7 +283,8 @@ bool GetZipDirectory(const char* path, TOrderedList<ZipFileInfo>& entries) try {
         entry.name = CoreString(archive.Name());
         entry.size =
             static_cast<std::uint32_t>(std::min<std::uint64_t>(archive.Info().uncompressed_size, UINT32_MAX));
-        entries.Add(entry);
+        if (entry.name.View() != archive.Name()) return false;  // for lack of memory
+        AddOrThrow(entries, entry);
     }
     return step == ZipReader::Step::End;
 } catch (const std::exception&) {

@@ -14,12 +14,14 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "brenta/files.h"
@@ -146,14 +148,15 @@ bool CountEntries(const char* path, std::uint64_t& count) {
 /// Appends a file's content to another file.
 bool CopyFile(const char* from, const char* to) {
     FileSource source;
-    std::FILE* const stream = source.Open(from) ? os::OpenStream(to, "r+b") : nullptr;
-    if (!stream) return false;
+    ZipStream copy;
+    if (source.Open(from)) copy.file = os::OpenStream(to, "r+b");
+    if (!copy.file) return false;
     std::string_view piece;
     bool good;
     do
-        good = source.Next(piece) && std::fwrite(piece.data(), 1, piece.size(), stream) == piece.size();
+        good = source.Next(piece) && std::fwrite(piece.data(), 1, piece.size(), copy.file) == piece.size();
     while (good && !piece.empty());
-    return std::fclose(stream) == 0 && good;
+    return std::fclose(std::exchange(copy.file, nullptr)) == 0 && good;
 }
 
 /// An archive with what is added to it, still beside the old one.
@@ -177,6 +180,7 @@ class ChangedArchive {
     os::FileLock m_lock;
     std::optional<os::FileStamp> m_oldStamp;  // none if there was nothing
     os::Replacement m_replacement;            // goes after the archive is closed
+    ZipStream m_stream;
     std::unique_ptr<void, Closer> m_archive;
     std::uint64_t m_oldEntries = 0;
     std::uint64_t m_entries = 0;
@@ -192,7 +196,7 @@ bool ChangedArchive::Open(const char* path) {
     if (!path || !m_lock.AcquireExisting(path, kLockMilliseconds)) return false;
     m_path = path;
     m_oldStamp = StampOf(path);
-    if (os::KindOfPath(path) == os::PathKind::File) {
+    if (m_oldStamp) {
         os::FileReader file;
         if (!file.Open(path) || (file.Size() != 0 && !CountEntries(path, m_oldEntries))) return false;
     }
@@ -200,16 +204,27 @@ bool ChangedArchive::Open(const char* path) {
     if (!m_replacement.Create(path)) return false;
     const char* const newPath = m_replacement.NewPath().c_str();
     if (m_entries != 0 && !CopyFile(path, newPath)) return false;
-    zlib_filefunc64_def functions = ZipFileFunctions();
+    zlib_filefunc64_def functions = ZipFileFunctions(m_stream);
     m_archive.reset(zipOpen2_64(newPath, m_entries != 0 ? APPEND_STATUS_ADDINZIP : APPEND_STATUS_CREATE,
                                 nullptr, &functions));
     return m_archive != nullptr;
+}
+
+/// minizip asks for a block for an entry's head and writes to it without looking whether it got one. A block
+/// of that size which has just been given back is certainly there.
+bool HasRoomForHead(std::string_view name) {
+    constexpr std::size_t kHead = 46, kLargeFormRoom = 32;
+    auto* const block = static_cast<volatile char*>(std::malloc(kHead + name.size() + kLargeFormRoom));
+    if (block) *block = 0;  // else a compiler may leave the two calls out
+    std::free(const_cast<char*>(block));
+    return block != nullptr;
 }
 
 Outcome ChangedArchive::Add(const CoreString& name, ZipSource& source) {
     constexpr uLong kMadeBy = 0, kUtf8Name = uLong{1} << 11;
     if (name.View().size() > kLongestName || m_entries >= kMostEntries) return Outcome::Refused;
     const zip_fileinfo stamp = TimeStamp();
+    if (!HasRoomForHead(name.View())) return Outcome::Failed;
     if (zipOpenNewFileInZip4_64(m_archive.get(), name, &stamp, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
                                 Z_DEFAULT_COMPRESSION, 0, -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY,
                                 nullptr, 0, kMadeBy, NeedsUtf8Mark(name.View()) ? kUtf8Name : 0,
