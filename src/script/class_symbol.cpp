@@ -10,6 +10,7 @@
 
 #include "brenta/dump.h"
 #include "brenta/statements.h"
+#include "foundation/lack_of_memory.h"
 #include "script/symbol_access.h"
 #include "script/value_limits.h"
 
@@ -186,7 +187,7 @@ bool ClassSymbol::AddMember(const char* where, CScriptMsgStream* messages, Decla
     }
     // The value first: if memory runs out, the member is still the caller's.
     SymbolAccess::AppendMemberValue(*this, symbol);
-    m_members.Add(member);
+    AddOrThrow(m_members, member);
     return true;
 }
 
@@ -212,7 +213,7 @@ bool ClassSymbol::AddFunction(const char* where, CScriptMsgStream* messages, Fun
                             StrPtr(GetName()));
         return false;
     }
-    m_functions.Add(function);
+    AddOrThrow(m_functions, function);
     return true;
 }
 

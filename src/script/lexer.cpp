@@ -4,7 +4,9 @@
 #include <climits>
 #include <cstring>
 #include <memory>
+#include <new>
 
+#include "foundation/lack_of_memory.h"
 #include "script/pattern.h"
 #include "script/pattern_program.h"
 
@@ -97,7 +99,8 @@ void CCoreLexer::CopyKinds(const CCoreLexer& other) {
         std::unique_ptr<CREToken> copy(new CREToken(token->name, token->id, token->skip));
         if (copy == nullptr) return;
         copy->pattern = CopyAtoms(token->pattern, ownClass, this);
-        m_tokens.Add(copy.release());
+        AddOrThrow(m_tokens, copy.get());
+        static_cast<void>(copy.release());
     }
     m_startsStale = true;
     m_scanCount = other.m_scanCount;
@@ -130,7 +133,8 @@ bool CCoreLexer::DefineToken(const char* name, int id, const char* pattern, bool
         m_patternError = token->error;
         return false;
     }
-    m_tokens.Add(token.release());
+    AddOrThrow(m_tokens, token.get());
+    static_cast<void>(token.release());
     m_startsStale = true;
     return true;
 }
@@ -139,9 +143,9 @@ RECharClass* CCoreLexer::AddCharClass(RECharClass& charClass) {
     for (RECharClass* held : m_classes) {
         if (std::memcmp(held->entries, charClass.entries, sizeof charClass.entries) == 0) return held;
     }
-    auto* set = new RECharClass(charClass);
-    m_classes.Add(set);
-    return set;
+    auto set = std::make_unique<RECharClass>(charClass);
+    AddOrThrow(m_classes, set.get());
+    return set.release();
 }
 
 void CCoreLexer::ComputeStarts() {
@@ -270,6 +274,11 @@ void CCoreLexer::PushStream(const char* name, int line, const char* text, bool o
     m_pSpareStream = nullptr;
     *stream = {ownsText && text != kEmptyText, m_streamName, line, text, text};
     m_streams.Push(stream);
+    if (m_streams.IsEmpty() || m_streams.Top() != stream) {
+        m_pSpareStream = stream;
+        if (stream->ownsText) delete[] text;
+        throw std::bad_alloc();
+    }
     m_pStream = stream;
 }
 

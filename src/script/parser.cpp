@@ -117,9 +117,10 @@ bool ParseSequence(CCoreScriptEngine& engine, TIter<ScriptToken*>& iter, Stateme
             iter.Next();
             continue;
         }
-        Statement* const statement = engine.ParseStatement(iter);
+        std::unique_ptr<Statement> statement(engine.ParseStatement(iter));
         if (statement == nullptr) return false;
-        into.AddStatement(statement);
+        into.AddStatement(statement.get());
+        static_cast<void>(statement.release());
         if (!FinishStatement(engine, iter, sequence)) return false;
     }
 }

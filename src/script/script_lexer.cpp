@@ -9,6 +9,7 @@
 #include "brenta/lexer.h"
 #include "brenta/settings.h"
 #include "foundation/characters.h"
+#include "foundation/lack_of_memory.h"
 #include "foundation/numbers.h"
 #include "os/os.h"
 #include "script/token_arena.h"
@@ -227,7 +228,7 @@ CCoreScriptLexer::Token* CCoreScriptLexer::AppendToken(TokId id, STRID file, int
     token->id = id;
     token->file = file;
     token->line = line;
-    m_tokenList.Add(token);
+    AddOrThrow<ScriptToken*>(m_tokenList, token);
     return token;
 }
 

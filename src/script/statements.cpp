@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "brenta/dump.h"
+#include "foundation/lack_of_memory.h"
 #include "script/expression_nodes.h"
 
 namespace brenta {
@@ -133,7 +134,7 @@ bool MayBindInScope(const Statement* statement) {
 
 void CompoundStatement::AddStatement(Statement* statement) {
     if (statement == nullptr) return;
-    m_statements.Add(statement);
+    AddOrThrow(m_statements, statement);
     m_mayBind = m_mayBind || MayBindInScope(statement);
 }
 

@@ -8,6 +8,7 @@
 #include "brenta/dump.h"
 #include "brenta/lexer.h"
 #include "brenta/statements.h"
+#include "foundation/lack_of_memory.h"
 #include "script/symbol_access.h"
 #include "script/var_access.h"
 
@@ -226,10 +227,11 @@ bool FuncSymbol::AddParam(const ScriptToken* at, CScriptMsgStream* messages, STR
         }
         return false;
     }
-    auto* param = new ScriptSymbol(name, Var(0, name), nullptr);
-    if (param == nullptr) return false;
+    std::unique_ptr<ScriptSymbol> param(new ScriptSymbol(name, Var(0, name), nullptr));
+    if (param == nullptr) throw std::bad_alloc();
     DropPlan();
-    m_params.Add(param);
+    AddOrThrow(m_params, param.get());
+    static_cast<void>(param.release());
     ++m_paramCount;
     return true;
 }

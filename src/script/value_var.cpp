@@ -1,6 +1,7 @@
 // The boundary between the engine's values and Vars.
 #include <cstring>
 
+#include "foundation/lack_of_memory.h"
 #include "script/value.h"
 #include "script/value_limits.h"
 #include "script/value_memory.h"
@@ -44,7 +45,7 @@ void FillList(const ListBody& list, TOrderedList<Var>& out) {
     for (std::uint32_t i = 0; i < list.length; ++i) {
         shell.SetName(ItemName(list, i));
         StoreShallow(list.items[i], shell);
-        out.Add(shell);
+        AddOrThrow(out, shell);
     }
     if (list.nested == 0) return;
     TIter<Var> added(out);
