@@ -20,6 +20,14 @@ bool IsGiven(const char* name) {
     return name != nullptr && *name != '\0';
 }
 
+/// False if there was no memory for the attribute: then nothing is to be put out without it.
+bool SetAttribute(CCoreXmlDomElement& element, const char* name, const char* value) {
+    const STRID id = StrId(name);
+    if (id == kNoName) return false;
+    element.AddAttribute(id, StrId(value));
+    return element.GetAttributeValueId(id) != kNoName;
+}
+
 }  // namespace
 
 CCoreXmlDom::CCoreXmlDom() : m_pDocument(NewPlatformDocument()), m_parseErrorOffset(0), m_loaded(false) {}
@@ -142,8 +150,9 @@ bool CCoreXmlDom::Build(const char* schemaName, const char* xslName) {
         m_pDocument->AppendComment("xml file created by Orvane Works.");
     }
     if (CCoreXmlDomElement* const* root = m_elements.GetHead()) {
-        (*root)->AddAttribute("xmlns:xsi", "http://www.w3.org/2001/XMLSchema-instance");
-        if (IsGiven(schemaName)) (*root)->AddAttribute("xsi:noNamespaceSchemaLocation", schemaName);
+        if (!SetAttribute(**root, "xmlns:xsi", "http://www.w3.org/2001/XMLSchema-instance") ||
+            (IsGiven(schemaName) && !SetAttribute(**root, "xsi:noNamespaceSchemaLocation", schemaName)))
+            return false;
     }
     for (const CCoreXmlDomElement* element : m_elements)
         m_pDocument->AppendElement(*element);

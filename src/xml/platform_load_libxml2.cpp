@@ -19,6 +19,7 @@
 
 #include "foundation/characters.h"
 #include "os/os.h"
+#include "xml/platform_memory_libxml2.h"
 #include "xml/platform_parse_libxml2.h"
 
 namespace brenta {
@@ -82,6 +83,7 @@ std::shared_ptr<XmlTree> DocumentParse::Run(const char* base, xmlDict* dictionar
         m_fault.reason = "Too many attributes or alternatives";
         return nullptr;
     }
+    const XmlMemoryWatch watch;
     m_pContext = xmlNewParserCtxt();
     if (m_pContext == nullptr) throw std::bad_alloc();
     if (dictionary != nullptr) {
@@ -94,7 +96,7 @@ std::shared_ptr<XmlTree> DocumentParse::Run(const char* base, xmlDict* dictionar
     xmlDoc* const document = xmlCtxtReadIO(m_pContext, &Read, nullptr, this, base, "UTF-8", Options());
     m_tree->m_pDoc = document != nullptr ? document : m_pContext->myDoc;
     m_pContext->myDoc = nullptr;
-    if (m_outOfMemory || m_pContext->errNo == XML_ERR_NO_MEMORY) throw std::bad_alloc();
+    if (m_outOfMemory || watch.HasLacked()) throw std::bad_alloc();
     // A document that was built may have prefixes without declarations; what was loaded has none.
     const bool good =
         !m_failed && m_pContext->wellFormed != 0 && (m_use == ParseUse::Transform || m_namespacesGood);

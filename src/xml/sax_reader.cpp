@@ -1,6 +1,7 @@
 #include <new>
 
 #include "brenta/xml_stream.h"
+#include "foundation/lack_of_memory.h"
 #include "os/os.h"
 #include "xml/sax_handler.h"
 #include "xml/sax_source.h"
@@ -11,12 +12,18 @@ SaxReaderMaker g_saxReaderMaker = &MakeSaxReader;
 
 namespace {
 
-constexpr const char* kNoParser = "Failed to initialize XML reader.";
-
 /// In bytes; 0 if there is no such file.
 std::uint64_t SizeOfFile(const char* path) {
     os::FileReader file;
     return file.Open(path) ? file.Size() : 0;
+}
+
+/// Always false. Without memory not even the text can be told.
+bool HasNoParser(CString& error) {
+    return OrWithoutMemory(false, [&] {
+        error = "Failed to initialize XML reader.";
+        return false;
+    });
 }
 
 }  // namespace
@@ -57,10 +64,7 @@ bool CXMLReader::Parse(const char* path, bool counting) {
 }
 
 bool CXMLReader::ParseDocument(CString& path, CString& error) {
-    if (m_pParser == nullptr) {
-        error = kNoParser;
-        return false;
-    }
+    if (m_pParser == nullptr) return HasNoParser(error);
     return Parse(path, false);
 }
 
@@ -68,10 +72,7 @@ bool CXMLReader::CountElements(CString& path, CString& error, int& total, int& c
                                int& symbols) {
     total = 0;
     components = 0;
-    if (m_pParser == nullptr) {
-        error = kNoParser;
-        return false;
-    }
+    if (m_pParser == nullptr) return HasNoParser(error);
     if (!Parse(path, true)) return false;
     const ElementCounts& counts = m_pHandler->GetCounts();
     total = counts.all;
