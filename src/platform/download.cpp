@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "brenta/http.h"
+#include "foundation/lack_of_memory.h"
 #include "os/os.h"
 #include "platform/host_services.h"
 #include "platform/proxy_discovery.h"
@@ -119,7 +120,8 @@ int DownloadFile(const char* url, const char* file, CNetworkManager* manager, CP
     CNetworkManager own;
     return DownloadWithin({}, url, file, own, progress);
 } catch (const std::exception&) {
-    return Fail(kFailure, TextOf(std::errc::not_enough_memory));
+    // There may not even be the memory to say so.
+    return OrWithoutMemory(false, [] { return Fail(kFailure, TextOf(std::errc::not_enough_memory)); });
 }
 
 }  // namespace brenta
