@@ -1,49 +1,26 @@
 // Each allocation of a run fails in turn: the run says so and fails, and the engine works as before.
-#include <cstdlib>
-#include <new>
-
+#include "reliability/faults.h"
 #include "script/engine_state.h"
 #include "script/run_script.h"
-
-namespace {
-
-/// How many allocations of this thread succeed before one fails; negative: none fails.
-thread_local long allocationsLeft = -1;
-
-}  // namespace
-
-// Seen through, these look like a mismatch of the two kinds of allocation.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    if (allocationsLeft >= 0 && allocationsLeft-- == 0) throw std::bad_alloc();
-    void* const block = std::malloc(size != 0 ? size : 1);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-
-[[gnu::noinline]] void operator delete(void* block) noexcept {
-    std::free(block);
-}
-
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
-}
 
 namespace brenta::test {
 namespace {
 
 /// Runs Main, in which an allocation fails unless there are fewer. False if there were.
-bool RunsOutAfter(long count, const ScriptRow& row, bool asTree) {
+bool RunsOutAfter(long count, FaultOf kind, const ScriptRow& row, bool asTree) {
     ScriptRun run(row.text);
     run.engine.State().useRegisterTier = !asTree;
     std::string told;
-    allocationsLeft = count;
-    try {
-        told = run.RunScript("Main", {});
-    } catch (const std::bad_alloc&) {
-        told = "Out of memory.";  // where the test itself needed some
+    bool ranOut;
+    {
+        const Fault fault(kind, count, false);
+        try {
+            told = run.RunScript("Main", {});
+        } catch (const std::bad_alloc&) {
+            told = "Out of memory.";  // where the test itself needed some
+        }
+        ranOut = fault.HasStruck();
     }
-    const bool ranOut = allocationsLeft < 0;
-    allocationsLeft = -1;
     EXPECT_TRUE(told == row.told || told.find("Out of memory.") != std::string::npos) << told;
     EXPECT_EQ(run.engine.GetScopeDepth(), 1) << count;
     EXPECT_TRUE(run.RunScript("Main", {}).ends_with(row.told)) << asTree << ' ' << count;
@@ -69,8 +46,11 @@ TEST(OutOfMemory, EndsTheRunAndNothingElse) {
          "={3, 1, 2}"},
     };
     for (const ScriptRow& row : rows)
-        for (const bool asTree : {false, true})
-            for (long count = 0; !HasFailure() && RunsOutAfter(count, row, asTree);)
+        for (const auto& [kind, asTree] : {std::pair(FaultOf::Memory, false),
+                                           {FaultOf::Memory, true},
+                                           {FaultOf::Heap, false},
+                                           {FaultOf::Heap, true}})
+            for (long count = 0; !HasFailure() && RunsOutAfter(count, kind, row, asTree);)
                 ++count;
 }
 

@@ -1,0 +1,232 @@
+#include "reliability/operations.h"
+
+#include <fstream>
+#include <optional>
+
+#include "brenta/error_log.h"
+#include "brenta/http.h"
+#include "brenta/registry.h"
+#include "brenta/settings.h"
+#include "brenta/units.h"
+#include "brenta/xml_readers.h"
+#include "brenta/xml_stream.h"
+#include "brenta/zip.h"
+#include "reliability/faults.h"
+#include "xml/tree_text.h"
+
+namespace brenta::test {
+namespace {
+
+/// Adds what is delivered to a text.
+struct Records : CCmdTarget {
+    bool OnCmdMsg(unsigned int, int, void* extra, AFX_CMDHANDLERINFO*) override {
+        const Calm calm;
+        text += TreeText(*static_cast<CCoreXmlDomElement*>(extra));
+        return false;
+    }
+    std::string text;
+};
+
+std::string Unzipped(const std::string& archive, ZipFileInfo info) {
+    info.data = nullptr;
+    const bool good = UnzipFile(archive.c_str(), info);
+    const Calm calm;
+    const std::string text = good ? std::string(info.data, info.data + info.size) : "-";
+    delete[] info.data;
+    return text;
+}
+
+/// For an entry of a text, which must outlive it.
+ZipFileInfo Entry(const char* name, std::string& text) {
+    return {name, 0, static_cast<std::uint32_t>(text.size()), reinterpret_cast<unsigned char*>(text.data())};
+}
+
+bool SetKeys(int value) {
+    bool good = true;
+    for (const char* path : {"K\\1", "K\\2"}) {
+        CCoreRegistry key(HKEY_CURRENT_USER);
+        good = key.SetKey(path, true) && key.WriteInt("v", value) && good;
+    }
+    return good;
+}
+
+std::string Keys() {
+    std::string values;
+    for (const char* path : {"K\\1", "K\\2"}) {
+        CCoreRegistry key(HKEY_CURRENT_USER);
+        key.SetKey(path, false);
+        values += std::to_string(key.ReadInt("v", 0));
+    }
+    return values;
+}
+
+}  // namespace
+
+Operations::Operations() : m_server({{"/file", Page(std::string(200'000, 'n'))}}) {
+    HostServices services = GetHostServices();
+    services.showMessage = [](void*, const char*, unsigned int) { return IDOK; };
+    services.shellOpen = [](void*, const char*) { return true; };
+    services.isOnline = [](void*) { return true; };
+    services.internetSettings = [](void*, InternetSettings&) { return false; };
+    SetHostServices(services);
+    AddChanges();
+    AddReaders();
+    AddScripts();
+}
+
+Operations::~Operations() = default;
+
+std::string Operations::FileWith(const char* name, const std::string& content) const {
+    std::ofstream(m_folder / name, std::ios::binary) << content;
+    return m_folder / name;
+}
+
+/// A change of a file from what it is now.
+void Operations::AddChange(const char* name, Operation::Promise promise, const std::string& path,
+                           std::function<bool()> run) {
+    const auto reset = [path, old = ReadFile(path)] { std::ofstream(path, std::ios::binary) << old; };
+    changes.push_back({name, promise, reset, std::move(run), [path] { return ReadFile(path); }});
+}
+
+void Operations::AddRead(const char* name, Operation::Promise promise,
+                         std::function<bool(std::string&)> run) {
+    const auto result = std::make_shared<std::string>();
+    reads.push_back(
+        {name, promise, [=] { result->clear(); }, [=] { return run(*result); }, [=] { return *result; }});
+}
+
+void Operations::AddChanges() {
+    SetAppValue("S", "k", "old");
+    SetAppValue("T", "other", 1);
+    AddChange("ini", Operation::AllOrNothing,
+              m_data / "a program whose name needs a block/a program whose name needs a block.ini",
+              [] { return SetAppValue("S", "k", "new"); });
+
+    const auto key = std::make_shared<CCoreRegistry>(HKEY_CURRENT_USER);
+    const auto renew = [=] { SetKeys(1) && key->SetKey("K", true) && key->SaveKey() && SetKeys(2); };
+    changes.push_back({"registry", Operation::AllOrNothing, renew, [=] { return key->RestoreKey(); }, Keys});
+
+    const auto text = std::make_shared<std::string>(50'000, 't');
+    const std::string archive = m_folder / "a.zip";
+    ZipFileInfo old = Entry("old", *text);
+    ZipFile(archive.c_str(), old);
+    AddChange("zip", Operation::AllOrNothing, archive,
+              [=, fresh = Entry("new", *text)]() mutable { return ZipFile(archive.c_str(), fresh); });
+    changes.back().state = [=] {
+        return std::to_string(Unzipped(archive, Entry("old", *text)).size()) +
+               Unzipped(archive, Entry("new", *text));
+    };
+
+    const std::string tree = FileWith("saved.xml", "<old/>");
+    AddChange("save a document", Operation::Untold, tree, [=] {
+        std::optional<Calm> calm(std::in_place);
+        CCoreXmlDom document;
+        document.CreateElement("new")->CreateChildElement("child")->AddAttribute("n", 1);
+        calm.reset();
+        return document.SaveDocument(tree.c_str(), nullptr, nullptr);
+    });
+
+    const std::string file = FileWith("file", "old"), url = m_server.Address() + "/file";
+    AddChange("download", Operation::AllOrNothing, file,
+              [=] { return DownloadFile(url.c_str(), file.c_str(), nullptr, nullptr) != 0; });
+}
+
+void Operations::AddReaders() {
+    const std::string xml =
+        FileWith("a.xml", "<?xml version='1.0'?><a><b c='1' d='&lt;'><e/></b><f g='h'/></a>");
+    const std::string dialect = FileWith("b.xml", "<a><b c=\"1\" d=\"&lt;\"><e/></b></a>");
+    const std::string html = FileWith("a.html", "<p a=\"1\" b>t &nbsp; <i>u</i></p>");
+    ZipFileInfo entry;
+    entry.name = "old";
+    AddRead("quick reader", Operation::AllOrNothing, [=](std::string& told) {
+        CCoreXMLQuickReader reader;
+        const bool read = reader.LoadDocument(dialect.c_str());
+        const Calm calm;
+        told = TreeText(reader.GetFirstElement());
+        for (CCoreXmlDomElement* element : reader.TakeElements())
+            delete element;
+        return read;
+    });
+    AddRead("load a document", Operation::AllOrNothing, [=](std::string& told) {
+        CCoreXmlDom document;
+        const bool read = document.LoadDocument(xml.c_str(), false);
+        const Calm calm;
+        told = TreeText(document.GetFirstElement());
+        return read;
+    });
+    AddRead("stream reader", Operation::PartWhenFalse,
+            [=, path = CString(xml.c_str())](std::string& told) mutable {
+                Records records;
+                CString error;
+                const bool read = CXMLReader(nullptr, &records).ParseDocument(path, error);
+                told.swap(records.text);
+                return read;
+            });
+    AddRead("HTML reader", Operation::PartWhenFalse, [=](std::string& told) {
+        CCoreHTMLReader reader;
+        const bool read = reader.LoadDocument(html.c_str());
+        const Calm calm;
+        const std::unique_ptr<CCoreXmlDomElement> root(reader.GetRootElement());
+        if (root) told = TreeText(*root);
+        return read;
+    });
+    AddRead("unzip", Operation::AllOrNothing, [archive = m_folder / "a.zip", entry](std::string& told) {
+        std::string text = Unzipped(archive, entry);
+        if (text != "-") told.swap(text);
+        return !told.empty();
+    });
+    AddRead("read settings", Operation::AllOrNothing, [](std::string& told) {
+        int number = 0;
+        if (!GetAppValue("T", "other", number)) return false;
+        told = std::to_string(number);
+        return true;
+    });
+}
+
+void Operations::AddScripts() {
+    const std::string sheet = FileWith("a.xsl",
+                                       "<x:stylesheet version='1.0' xmlns:x='http://www.w3.org/1999/XSL/"
+                                       "Transform'><x:output method='text'/><x:template match='/'>"
+                                       "<x:value-of select='a/@b'/></x:template></x:stylesheet>");
+    AddRead("transform", Operation::PartWhenFalse, [=](std::string& told) {
+        CCoreXmlDom document;
+        CoreString out;
+        const bool good = document.LoadString("<a b='1'/>") &&
+                          document.TransformDocument(sheet.c_str(), out) &&
+                          !out.IsEmpty();  // what goes wrong inside gives nothing
+        const Calm calm;
+        told = out();
+        return good;
+    });
+    AddRead("lengths", Operation::AllOrNothing, [](std::string& told) {
+        int value = 0;
+        if (!EvaluateUnit("3 * (2mm + 1in) - 4", kMils, value, nullptr)) return false;
+        told = std::to_string(value);
+        return true;
+    });
+    const std::string script = FileWith(
+        "a.scr",
+        "class P { var a = 1; } function F() { return G(3); } function G(n) { var p as P; var l = {n, p.a}; "
+        "foreach (e in l) p.a = p.a + e; if (n > 0) return G(n - 1) + p.a; "
+        "execute(\"n = n + 2;\"); return n; }");
+    const auto run = [](CCoreScriptEngine& engine, std::string& told) {
+        Var result;
+        if (!engine.RunScript("F", result, TOrderedList<Var>(), false)) return false;
+        const Calm calm;
+        told = std::to_string(result.GetInt());
+        return true;
+    };
+    AddRead("load and run a script", Operation::AllOrNothing, [=](std::string& told) {
+        std::optional<Calm> calm(std::in_place);
+        ParserFixture fresh;
+        calm.reset();
+        const bool good = fresh.engine.LoadScriptModule(script.c_str()) && run(fresh.engine, told);
+        calm.emplace();
+        return good;
+    });
+    m_engine.engine.LoadScriptModule(script.c_str());
+    AddRead("run a script", Operation::AllOrNothing,
+            [=, this](std::string& told) { return run(m_engine.engine, told); });
+}
+
+}  // namespace brenta::test
