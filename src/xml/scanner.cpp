@@ -87,7 +87,11 @@ STRID PieceInterner::Name(std::string_view text) {
 
 PieceInterner::Entry PieceInterner::MakeEntry(std::uint64_t start, std::string_view text) {
     Entry entry{start, text.size(), Intern(text), start, ~std::uint64_t{0}, nullptr};
-    if (text.size() <= 6) {
+    if (text.find('=') != text.npos) {
+        // The name of an element, and of no attribute: it is never due.
+        entry.due = 1;
+        entry.dueMask = 0;
+    } else if (text.size() <= 6) {
         const std::size_t bits = 8 * text.size();
         entry.due |= kBehindName << bits;
         entry.dueMask = (std::uint64_t{0x10000} << bits) - 1;

@@ -57,6 +57,7 @@ TEST(QuickReader, ReadsItsDialectOrShowsTheFault) {
         {"<a x=\"1 &lt; 2 &amp;amp; 3 &amp;lt; &quot;&apos;&gt;&nbsp;&#10;&lt\"/>",
          "a x=\"1 < 2 &amp; 3 &lt; \"'>&nbsp;&#10;&lt\"\n"},
         {"<a&amp;b &amp;=\"\"></a&b>", "a&b &amp;=\"\"\n"},
+        {"<a><x= /></a><a x==\"v\" longer=\"1\"/>", "Missing quote for attribute value.\n"},
         {"<></><\xE9/>", "\n\n"},
         {"<a =\"1\" b=\"\"/><a =\"2\" b=\"\"/><a c=\"3\"/><a =\"4\"d='/>",
          "Missing quote for attribute value.\n"},
