@@ -19,7 +19,7 @@ bool FileText::ReadOn(const char*& start, const char*& p, const char*& end) {
     const auto passed = static_cast<std::size_t>(p - start);
     MakeRoom(start, kept);
     char* const fresh = m_window.data() + kept;
-    const std::ptrdiff_t count = m_file.Read(fresh, m_window.size() - kept - 1);
+    const std::ptrdiff_t count = m_file->Read(fresh, m_window.size() - kept - 1);
     if (count < 0) throw Unreadable();
     fresh[count] = '\0';
     const std::size_t length = std::strlen(fresh);
@@ -34,7 +34,7 @@ bool FileText::ReadOn(const char*& start, const char*& p, const char*& end) {
 void FileText::MakeRoom(const char* start, std::size_t kept) {
     if (m_window.empty()) {
         // One byte is for the NUL, and one shows the end of a file that kept its size.
-        const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(m_file.Size() + 2, kWindow));
+        const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(m_file->Size() + 2, kWindow));
         m_window.resize(std::max(size, kSmallestWindow));
     } else if (2 * kept >= m_window.size()) {
         std::vector<char> larger(2 * m_window.size());

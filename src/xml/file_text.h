@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "os/os.h"
@@ -16,7 +17,12 @@ class FileText {
     struct Unreadable {};
 
     /// False if there is no such file; null is no file.
-    bool Open(const char* path) { return path != nullptr && m_file.Open(path); }
+    bool Open(const char* path) { return path != nullptr && m_file.emplace().Open(path); }
+    /// Ends the text where it has been read to.
+    void Close() {
+        m_ended = true;
+        m_file.reset();
+    }
 
     /// Reads on. What lies before `start` is forgotten, and the window grows if that is too little; the three
     /// pointers into it, of which `end` is its end, follow. At first all three are the same. False at the end
@@ -26,7 +32,7 @@ class FileText {
  private:
     void MakeRoom(const char* start, std::size_t kept);
 
-    os::FileReader m_file;
+    std::optional<os::FileReader> m_file;
     std::vector<char> m_window;
     bool m_ended = false;
 };

@@ -63,7 +63,7 @@ class QuickParse {
     std::string_view Passed() const { return Piece(m_pStart, m_p); }
 
     // The grammar
-    static bool Fault(const char* message);
+    bool Fault(const char* message);
     bool ReadTree();
     bool SkipMark();
     bool ReadElement();
@@ -108,11 +108,12 @@ inline char QuickParse::LookAhead() {
     return m_p[1];
 }
 
-/// Passes all bytes of a class.
+/// Passes all bytes of a class, which belong to no piece and may be forgotten.
 inline void QuickParse::Skip(ByteClass skipped) {
-    do
-        m_p = SkipOver(m_p, skipped);
-    while (m_p == m_pEnd && ReadOn());
+    while ((m_p = SkipOver(m_p, skipped)) == m_pEnd) {
+        m_pStart = m_p;
+        if (!ReadOn()) return;
+    }
 }
 
 /// Passes what is not found by `find(from, end)`; false if the text ends first.
@@ -134,14 +135,15 @@ bool QuickParse::PassPiece(Find find) {
 // ---------------------------------------------------------------------------------------------------------
 // The grammar
 
+/// The file is not kept from anybody while the message waits to be read.
 bool QuickParse::Fault(const char* message) {
+    if (m_pFile != nullptr) m_pFile->Close();
     AfxMessageBox(message, MB_OK, 0);
     return false;
 }
 
 bool QuickParse::ReadDocument() {
     while (true) {
-        m_pStart = m_p;
         Skip(kLow);
         if (AtEnd()) return true;
         if (*m_p != '<') return Fault(kBadFormat);
@@ -170,7 +172,6 @@ bool QuickParse::ReadTree() {
     if (!ReadElement()) return false;
     while (m_depth > 0) {
         if (AtEnd()) return Fault(kSyntaxError);
-        m_pStart = m_p;
         Skip(kBlank);
         if (*m_p != '<') return Fault(kInnerText);
         ++m_p;
@@ -334,6 +335,8 @@ bool CCoreXMLQuickReader::LoadDocument(const char* path) try {
     FileText file;
     return file.Open(path) && Parse(file, m_elements);
 } catch (const FileText::Unreadable&) {
+    return false;
+} catch (const std::bad_alloc&) {
     return false;
 }
 
