@@ -126,7 +126,6 @@ void CXMLContentHandler::DeliverRecord() {
     CCoreXmlDomElement* const record = m_open.back();
     if (m_pTarget != nullptr) m_pTarget->OnCmdMsg(kXmlRecordCommand, 0, record, nullptr);
     m_pRoot->DeleteChildElement(record);
-    m_builder.Reuse();
     m_open.pop_back();
 }
 

@@ -60,7 +60,8 @@ class CXMLContentHandler final : public ISAXContentHandler {
 
     PieceInterner m_names{Entities::Xml};
     std::unique_ptr<CCoreXmlDomElement> m_pRoot;
-    TreeBuilder m_builder;
+    TreeBuilder m_builder{
+        TreeBuilder::kAll};                   ///< whoever keeps a part of a record keeps nothing else with it
     std::vector<CCoreXmlDomElement*> m_open;  ///< root, record, and what is open inside it
 };
 

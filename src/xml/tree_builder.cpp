@@ -1,8 +1,32 @@
 #include "xml/tree_builder.h"
 
+#include <memory>
+#include <new>
 #include <utility>
 
 namespace brenta {
+
+CCoreXmlDomElement& TreeBuilder::AddAlone(TOrderedList<CCoreXmlDomElement*>& list, STRID tag) {
+    std::unique_ptr<CCoreXmlDomElement> element(new CCoreXmlDomElement(tag));
+    if (!element) throw std::bad_alloc();
+    auto* const node = new TNode<CCoreXmlDomElement*>(element.get());
+    if (!node) throw std::bad_alloc();
+    list.AddNode(node);
+    CountAlone();
+    return *element.release();
+}
+
+CCoreXmlDomAttribute& TreeBuilder::AddAlone(CCoreXmlDomElement& element, STRID name, std::string_view value) {
+    std::unique_ptr<CCoreXmlDomAttribute> attribute(new CCoreXmlDomAttribute(name, kNoName));
+    if (!attribute) throw std::bad_alloc();
+    LateTextWord::PutCopy(TreeAccess::Value(*attribute), value);
+    auto* const node = new TNode<CCoreXmlDomAttribute*>(attribute.get());
+    if (!node) throw std::bad_alloc();
+    LookAt(element);
+    element.m_attributes.AddNode(node);
+    CountAlone();
+    return *attribute.release();
+}
 
 void AttributeSetter::SetAmongMany(STRID name, std::string_view value) {
     if (2 * (m_count + 1) > m_slots.size()) Grow();

@@ -15,10 +15,19 @@ namespace brenta {
 
 /// Makes elements and attributes in their places. Every operation throws std::bad_alloc when memory runs out,
 /// and the tree is then as it was.
+///
+/// The first few are blocks of their own, as a host would make them, and take no more room than that.
 class TreeBuilder {
  public:
+    static constexpr std::size_t kFew = 48;
+    static constexpr std::size_t kAll = ~std::size_t{0};
+
+    /// So many objects are blocks of their own.
+    explicit TreeBuilder(std::size_t alone = kFew) : m_alone(alone) {}
+
     /// A new element at the top level, or a new last child.
     CCoreXmlDomElement& AddElement(TOrderedList<CCoreXmlDomElement*>& list, STRID tag) {
+        if (m_alone != 0) return AddAlone(list, tag);
         ElementRecord& record = m_memory.MakeElement(tag);
         list.AddNode(&record.node);
         m_pLast = &record.object;
@@ -33,6 +42,11 @@ class TreeBuilder {
 
     /// The same with an inner text that holds no NUL.
     CCoreXmlDomElement& AddElement(CCoreXmlDomElement& parent, STRID tag, std::string_view text) {
+        if (m_alone != 0) {
+            CCoreXmlDomElement& child = AddElement(parent, tag);
+            LateTextWord::PutCopy(child.m_innerText, text);
+            return child;
+        }
         const STRID word = m_memory.MakeText(text);
         CCoreXmlDomElement& child = AddElement(parent, tag);
         LateTextWord::Put(child.m_innerText, word);
@@ -41,6 +55,7 @@ class TreeBuilder {
 
     /// Appends an attribute, whatever names there are already. The value must hold no NUL.
     CCoreXmlDomAttribute& AddAttribute(CCoreXmlDomElement& element, STRID name, std::string_view value) {
+        if (m_alone != 0) return AddAlone(element, name, value);
         AttributeRecord& record = m_memory.MakeAttribute(name, value);
         element.m_attributes.AddNode(&record.node);
         if (&element == m_pLast && m_memory.Slab() == m_pLastSlab &&
@@ -52,12 +67,6 @@ class TreeBuilder {
         return record.object;
     }
 
-    /// If everything that was made has been deleted, what follows takes its place.
-    void Reuse() {
-        m_memory.Reuse();
-        m_pLast = nullptr;
-    }
-
     /// Replaces the value of an attribute.
     void SetValue(CCoreXmlDomElement& element, CCoreXmlDomAttribute& attribute, std::string_view value) {
         LookAt(element);
@@ -65,12 +74,19 @@ class TreeBuilder {
     }
 
  private:
+    CCoreXmlDomElement& AddAlone(TOrderedList<CCoreXmlDomElement*>& list, STRID tag);
+    CCoreXmlDomAttribute& AddAlone(CCoreXmlDomElement& element, STRID name, std::string_view value);
+    void CountAlone() {
+        if (m_alone != kAll) --m_alone;
+    }
+
     /// When the element goes, each of its attributes is to be looked at.
     void LookAt(CCoreXmlDomElement& element) {
         element.m_unseenAttributes = CCoreXmlDomElement::kSeen;
         m_pLast = nullptr;
     }
 
+    std::size_t m_alone;  // objects still to be made as blocks of their own
     TreeMemory m_memory;
     CCoreXmlDomElement* m_pLast = nullptr;  // the element made last, if its attributes need no look so far
     const TreeSlab* m_pLastSlab = nullptr;

@@ -73,13 +73,6 @@ void TreeMemory::StartSlab() {
     m_elements = m_attributes = {};
 }
 
-void TreeMemory::Reuse() {
-    if (m_made == 0 || m_pSlab->users.load(std::memory_order_acquire) != TreeSlab::kBuilding - m_made) return;
-    m_pSlab->users.store(TreeSlab::kBuilding, std::memory_order_relaxed);
-    m_made = 0;
-    StartSlab();
-}
-
 void TreeMemory::Leave() {
     if (m_pSlab != nullptr)
         std::exchange(m_pSlab, nullptr)->Release(TreeSlab::kBuilding - std::exchange(m_made, 0));

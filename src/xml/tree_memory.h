@@ -109,9 +109,6 @@ class TreeMemory {
     TreeMemory(const TreeMemory&) = delete;
     TreeMemory& operator=(const TreeMemory&) = delete;
 
-    /// Makes what follows in the place of what was made so far, if nothing of that is left.
-    void Reuse();
-
     /// The slab of what was made last.
     const TreeSlab* Slab() const { return m_pSlab; }
 

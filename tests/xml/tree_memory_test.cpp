@@ -3,6 +3,7 @@
 
 #include "brenta/xml_readers.h"
 #include "test_support.h"
+#include "xml/tree_builder.h"
 #include "xml/tree_text.h"
 
 namespace brenta::test {
@@ -10,10 +11,14 @@ namespace {
 
 using ElementPtr = std::unique_ptr<CCoreXmlDomElement>;
 
+/// The element of a text, which comes behind so many others that it is made in a slab.
 ElementPtr Read(const std::string& text) {
     CCoreXMLQuickReader reader;
-    EXPECT_TRUE(reader.ParseStream(text.c_str()));
-    return ElementPtr(*reader.TakeElements().GetHead());
+    EXPECT_TRUE(reader.ParseStream((Repeat("<i/>", TreeBuilder::kFew) + text).c_str()));
+    ElementPtr last;
+    for (CCoreXmlDomElement* element : reader.TakeElements())
+        last.reset(element);
+    return last;
 }
 
 const std::string kLong(5000, 'l');
@@ -97,6 +102,20 @@ TEST(TreeMemory, IsGivenBackByWhicheverThreadIsLast) {
         if (turn == 0) usedAfterFirst = CoreHeapUsed();
     }
     EXPECT_EQ(CoreHeapUsed(), usedAfterFirst);
+}
+
+// A small document takes the room of its objects, no slab.
+TEST(TreeMemory, SmallDocumentsTakeLittle) {
+    std::vector<ElementPtr> kept;
+    const auto read = [&] {
+        CCoreXMLQuickReader reader;
+        EXPECT_TRUE(reader.ParseStream("<a b=\"1\"/>"));
+        kept.emplace_back(*reader.TakeElements().GetHead());
+    };
+    const int used = CoreHeapUsed();
+    for (int i = 0; i < 20000; ++i)
+        read();
+    EXPECT_LT(CoreHeapUsed() - used, 20000 * 400);
 }
 
 // A file is read through a window of 256 KB: every construct comes to lie across its end.
