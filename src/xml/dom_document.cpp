@@ -64,9 +64,15 @@ CCoreXmlDom::~CCoreXmlDom() {
 // The tree
 
 void CCoreXmlDom::AddElement(CCoreXmlDomElement* element) {
-    if (element == nullptr) return;
-    AdoptScriptable(element);
-    m_elements.Add(element);
+    if (Append(element)) AdoptScriptable(element);
+}
+
+/// False without memory, or without an element.
+bool CCoreXmlDom::Append(CCoreXmlDomElement* element) {
+    auto* const node = element == nullptr ? nullptr : new TNode<CCoreXmlDomElement*>(element);
+    if (node == nullptr) return false;
+    m_elements.AddNode(node);
+    return true;
 }
 
 void CCoreXmlDom::RemoveDom() {
@@ -75,8 +81,9 @@ void CCoreXmlDom::RemoveDom() {
 
 CCoreXmlDomElement* CCoreXmlDom::CreateElement(STRID tag) {
     auto* element = new CCoreXmlDomElement(tag);
-    AddElement(element);
-    return element;
+    if (Append(element)) return element;
+    delete element;
+    return nullptr;
 }
 
 CCoreXmlDomElement* CCoreXmlDom::CreateElement(const char* tag) {
@@ -84,8 +91,10 @@ CCoreXmlDomElement* CCoreXmlDom::CreateElement(const char* tag) {
 }
 
 void CCoreXmlDom::CopyElements(const CCoreXmlDom& other) {
-    for (const CCoreXmlDomElement* element : other.m_elements)
-        AddElement(new CCoreXmlDomElement(*element));
+    for (const CCoreXmlDomElement* element : other.m_elements) {
+        auto* copy = new CCoreXmlDomElement(*element);
+        if (!Append(copy)) delete copy;
+    }
 }
 
 void CCoreXmlDom::DeleteElements() {

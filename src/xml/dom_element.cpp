@@ -47,7 +47,7 @@ void CCoreXmlDomElement::CopyContent(const CCoreXmlDomElement& other) {
         to->m_innerText = from->m_innerText;
         to->m_flag = from->m_flag;
         for (const CCoreXmlDomAttribute* attribute : from->m_attributes)
-            to->AddAttribute(new CCoreXmlDomAttribute(*attribute));
+            to->Append(new CCoreXmlDomAttribute(*attribute));
         for (const CCoreXmlDomElement* child : from->m_children)
             if (CCoreXmlDomElement* copy = to->CreateChildElement(kNoName)) open.push_back({child, copy});
     }
@@ -76,15 +76,19 @@ CCoreXmlDomElement::~CCoreXmlDomElement() {
 
 void CCoreXmlDomElement::AddChildElement(CCoreXmlDomElement* child) {
     if (child == nullptr || child == this) return;
+    auto* const node = new TNode<CCoreXmlDomElement*>(child);
+    if (node == nullptr) return;
     AdoptScriptable(child);
-    m_children.Add(child);
+    m_children.AddNode(node);
     child->m_pParent = this;
 }
 
 CCoreXmlDomElement* CCoreXmlDomElement::CreateChildElement(STRID tag) {
     auto* child = new CCoreXmlDomElement(tag);
     AddChildElement(child);
-    return child;
+    if (child == nullptr || child->m_pParent == this) return child;
+    delete child;
+    return nullptr;
 }
 
 CCoreXmlDomElement* CCoreXmlDomElement::CreateChildElement(const char* tag) {
@@ -114,7 +118,19 @@ void CCoreXmlDomElement::DeleteChildren() {
 void CCoreXmlDomElement::AddAttribute(STRID name, STRID value) {
     for (CCoreXmlDomAttribute* attribute : m_attributes)
         if (attribute->GetNameId() == name) return attribute->SetValue(value);
-    AddAttribute(new CCoreXmlDomAttribute(name, value));
+    Append(new CCoreXmlDomAttribute(name, value));
+}
+
+/// Adds an attribute that was made for this; without memory it goes again.
+void CCoreXmlDomElement::Append(CCoreXmlDomAttribute* attribute) {
+    if (attribute == nullptr) return;
+    auto* const node = new TNode<CCoreXmlDomAttribute*>(attribute);
+    if (node == nullptr) {
+        delete attribute;
+        return;
+    }
+    m_unseenAttributes = kSeen;
+    m_attributes.AddNode(node);
 }
 
 void CCoreXmlDomElement::AddAttribute(const char* name, const char* value) {
@@ -129,9 +145,11 @@ void CCoreXmlDomElement::AddAttribute(const char* name, int value) {
 
 void CCoreXmlDomElement::AddAttribute(CCoreXmlDomAttribute* attribute) {
     if (attribute == nullptr) return;
+    auto* const node = new TNode<CCoreXmlDomAttribute*>(attribute);
+    if (node == nullptr) return;
     AdoptScriptable(attribute);
     m_unseenAttributes = kSeen;
-    m_attributes.Add(attribute);
+    m_attributes.AddNode(node);
 }
 
 void CCoreXmlDomElement::DeleteAttribute(CCoreXmlDomAttribute* attribute) {

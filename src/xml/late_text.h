@@ -10,9 +10,10 @@
 // There is one word for it. An identifier is an even address. A text that is not interned yet is an odd
 // number, whose lowest three bits say where it is:
 //
-//     address  001     in the slab of the attribute or element (xml/tree_memory.h), which lasts as long as
-//     that address  011     in a block of its own, which goes with the word text  00000 111  in the word
-//     itself: up to six bytes and the end, behind the lowest byte
+// - 001: in the slab of its attribute or element (xml/tree_memory.h), which lasts as long as that; the other
+//   bits are its address.
+// - 011: in a block of its own, which goes with the word; the other bits are its address.
+// - 111: in the word itself, up to six bytes and the end, behind the lowest byte.
 //
 // Addresses are shifted to the left by three bits, of which no program's addresses make use.
 #pragma once

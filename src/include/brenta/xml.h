@@ -204,7 +204,8 @@ class BRENTA_API CCoreXmlDomElement : public CCoreScriptable {
     void RemoveChildElement(CCoreXmlDomElement* child);
     /// Takes a child out and deletes it; one that is no child is ignored.
     void DeleteChildElement(CCoreXmlDomElement* child);
-    /// Deletes all children from the last to the first, each after what is below it.
+    /// Deletes all children from the last to the first, each after what is below it. (Elements of a reader
+    /// without children may go before; only a host's own class among them could tell.)
     void DeleteChildren();
 
     // ------------------------------------------------------------------------------------------------------
@@ -272,6 +273,7 @@ class BRENTA_API CCoreXmlDomElement : public CCoreScriptable {
     static constexpr std::uint32_t kSeen = ~std::uint32_t{0};
 
     void CopyContent(const CCoreXmlDomElement& other);
+    void Append(CCoreXmlDomAttribute* attribute);
 
     STRID m_tag;
     CLateText m_innerText;
@@ -366,6 +368,7 @@ class BRENTA_API CCoreXmlDom : public CCoreScriptable {
  private:
     bool LoadThroughPlatform(const char* path, const char* text);
     bool Build(const char* schemaName, const char* xslName);
+    bool Append(CCoreXmlDomElement* element);
     void CopyElements(const CCoreXmlDom& other);
     void DeleteElements();
 
