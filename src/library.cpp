@@ -14,6 +14,7 @@
 // as if it unloaded it: by then nothing is left that could use it.)
 #include <atomic>
 #include <cstddef>
+#include <mutex>
 #include <new>
 #include <optional>
 #include <typeinfo>
@@ -25,6 +26,7 @@
 #include "foundation/extension_module.h"
 #include "foundation/heap_core.h"
 #include "foundation/library_statics.h"
+#include "foundation/name_store.h"
 #include "foundation/string_blocks.h"
 #include "foundation/thread_store.h"
 #include "os/os.h"
@@ -92,6 +94,30 @@ constinit Place<GlobalHeapParts> g_heap;
 constinit Place<CStringTable> g_strings;
 constinit Place<CStringHeap> g_stringHeap;
 
+/// What a thread holds while it forks the process. The other threads do not exist in the child, where nobody
+/// could give back what they held; so nobody does.
+struct HeldForFork {
+    HeldForFork() { ThreadStore::PauseOthers(); }
+    ~HeldForFork() { ThreadStore::ResumeOthers(); }
+
+    os::LockGuard heap{g_globalHeapLock};
+    os::LockGuard stringHeap{g_stringHeapLock};
+    os::LockGuard stringTable{g_stringTableLock};
+    os::LockGuard names{NameStore::Of(GlobalStrings())->GetLock()};
+};
+constinit std::mutex g_forking;
+constinit std::optional<HeldForFork> g_heldForFork;
+
+void BeforeFork() {
+    g_forking.lock();
+    g_heldForFork.emplace();
+}
+
+void AfterFork() {
+    g_heldForFork.reset();
+    g_forking.unlock();
+}
+
 /// Keeps the foundation: first to come, last to go.
 class FoundationKeeper {
  public:
@@ -99,6 +125,7 @@ class FoundationKeeper {
         GlobalHeap();
         GlobalStrings();
         g_stringHeap.Build();
+        if (NameStore::Of(GlobalStrings())) os::WatchForks(&BeforeFork, &AfterFork);
     }
     ~FoundationKeeper() {
         if (!os::LibraryIsUnloading()) {

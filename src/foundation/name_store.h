@@ -49,6 +49,8 @@ class NameStore {
 
     bool IsKnown(const char* text, std::size_t length) const { return m_index.Find(text, length) != nullptr; }
 
+    os::Lock& GetLock() { return m_lock; }
+
     int GetPageCount() const;
     std::size_t GetNameCount() const { return m_index.GetCount(); }
 

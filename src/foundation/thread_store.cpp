@@ -117,6 +117,16 @@ void ThreadStore::TakeFromOthers(ThreadStore& taker, std::size_t size) {
     }
 }
 
+void ThreadStore::PauseOthers() {
+    for (ThreadStore* store = g_pAllStores; store; store = store->m_pNextOfAll)
+        store->m_isPaused = store->IsVisited() && store->m_lock.Visit();
+}
+
+void ThreadStore::ResumeOthers() {
+    for (ThreadStore* store = g_pAllStores; store; store = store->m_pNextOfAll)
+        if (std::exchange(store->m_isPaused, false)) store->m_lock.EndVisit();
+}
+
 std::uint32_t ThreadStore::CountReuses() {
     std::uint32_t sum = 0;
     for (const ThreadStore* store = g_pAllStores; store; store = store->m_pNextOfAll)

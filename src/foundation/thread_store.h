@@ -98,6 +98,10 @@ class ThreadStore {
     /// Waits until what the owner was doing with its blocks is done. False if that has been asked for too
     /// often, or the system cannot.
     bool WaitOutOwner();
+    /// Keeps the owners of all other stores out of them, and lets them in again: a process that forks takes
+    /// along no store that somebody was in the midst of changing.
+    static void PauseOthers();
+    static void ResumeOthers();
     /// Leaves a block that was marked as astray with its owner, this store.
     void AddAstray(HeapCore& core, char* p);
     /// Gives all such blocks to the heap's free stores, and returns how many there may be.
@@ -164,6 +168,7 @@ class ThreadStore {
     std::uint32_t m_visits = 0;
     std::atomic<std::uint32_t> m_astrayCount{0};
     bool m_isIdle = false;
+    bool m_isPaused = false;
     ThreadStore* m_pNextOfAll = nullptr;
     ThreadStore* m_pNextIdle = nullptr;
     char* m_astray[kMostAstray];

@@ -205,6 +205,11 @@ class ThreadEndHook {
 /// own static objects may still use it.
 bool LibraryIsUnloading();
 
+/// Calls `before` on a thread that is about to fork the process, and `after` when it has, in both processes.
+/// Ends with the library. False if the system has no room for it. Where processes do not fork nothing is
+/// called.
+bool WatchForks(void (*before)(), void (*after)());
+
 /// Makes sure that the end of the process is told from unloading. For moments at which the process is
 /// certainly past its start; cheap to call again.
 void WatchProcessEnd();

@@ -163,6 +163,10 @@ bool LibraryIsUnloading() {
     return g_unloading;
 }
 
+bool WatchForks(void (*before)(), void (*after)()) {
+    return pthread_atfork(before, after, after) == 0;
+}
+
 void WatchProcessEnd() {
     static const ProcessEndNote note;
     g_watched = true;

@@ -102,6 +102,10 @@ bool LibraryIsUnloading() {
     return g_unloading;
 }
 
+bool WatchForks(void (*)(), void (*)()) {
+    return true;
+}
+
 void WatchProcessEnd() {
     // The system tells the two apart by itself.
 }
