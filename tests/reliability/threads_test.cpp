@@ -1,0 +1,114 @@
+// Many threads over the heap, the names, strings and engines of their own, while the library comes and goes
+// beside them: nothing is lost, and what is counted agrees. BRENTA_SOAK_SECONDS makes it longer.
+#include <dlfcn.h>
+
+#include <atomic>
+#include <chrono>
+
+#include "brenta/heap.h"
+#include "brenta/names.h"
+#include "brenta/string.h"
+#include "foundation/library_statics.h"
+#include "platform/data_folder.h"
+#include "script/script_test_support.h"
+
+namespace brenta::test {
+namespace {
+
+constexpr unsigned kThreads = 8, kNames = 500;
+
+/// What one thread does over and over, and how many blocks it has asked for.
+class Worker {
+ public:
+    explicit Worker(unsigned seed) : m_random(seed) {
+        m_engine.engine.InjectScript("m",
+                                     "function F(n) { if (n < 2) return n; return F(n - 1) + F(n - 2); }");
+    }
+    ~Worker() {
+        for (void* block : m_blocks)
+            if (block) CoreFree(block);
+    }
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    void Work(std::vector<std::atomic<std::uintptr_t>>& names) {
+        for (int i = 0; i < 100; ++i) {
+            void*& block = m_blocks[m_random() % std::size(m_blocks)];
+            if (block) CoreFree(block);
+            m_asked += 1;
+            block = CoreAllocate(static_cast<int>(m_random() % 300));
+            HeapDelete(HeapNew(m_random() % 200));
+        }
+        const std::size_t number = m_random() % kNames;
+        const CoreString text(("soak name number " + std::to_string(number)).c_str());
+        const CoreString copy(text + "");
+        std::uintptr_t seen = 0;
+        const auto id = static_cast<std::uintptr_t>(StrId(copy));
+        EXPECT_TRUE(names[number].compare_exchange_strong(seen, id) || seen == id);
+        Var result;
+        EXPECT_TRUE(m_engine.engine.Execute("F(8) + 1", result, kUnitsNone));
+        EXPECT_EQ(result.GetInt(), 22);
+    }
+    std::uint32_t Asked() const { return m_asked; }
+
+ private:
+    std::mt19937 m_random;
+    ParserFixture m_engine;
+    void* m_blocks[64] = {};
+    std::uint32_t m_asked = 0;
+};
+
+TEST(Threads, LoseNothingWhileTheLibraryComesAndGoes) {
+    const char* const wanted = std::getenv("BRENTA_SOAK_SECONDS");
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(wanted ? std::atoi(wanted) : 2);
+    std::vector<std::atomic<std::uintptr_t>> names(kNames);
+    const std::uint32_t allocations = GlobalHeap().GetAllocationCount();
+    const std::size_t known = GlobalStrings().GetNameCount();
+    std::atomic<std::uint32_t> asked{0};
+    OnThreads(kThreads + 1, [&](unsigned thread) {
+        std::optional<Worker> worker;
+        if (thread < kThreads) worker.emplace(thread);
+        while (std::chrono::steady_clock::now() < end) {
+            if (worker) {
+                worker->Work(names);
+            } else {
+                void* const library = dlopen(BRENTA_CORE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+                EXPECT_TRUE(library && dlclose(library) == 0);
+            }
+        }
+        if (worker) asked += worker->Asked();
+    });
+    EXPECT_EQ(GlobalHeap().GetAllocationCount() - allocations, asked);
+    const auto used = std::count_if(names.begin(), names.end(), [](const auto& name) { return name != 0; });
+    const std::size_t words = GlobalStrings().GetNameCount() - known - static_cast<std::size_t>(used);
+    EXPECT_LE(words, 20u) << "those of the script";
+    RecordProperty("rounds", static_cast<int>(asked / 100));
+}
+
+// A child has one thread only, and nobody who could give back what the others held.
+TEST(Threads, MayForkAtAnyMoment) {
+    std::atomic<bool> isOver{false};
+    std::vector<std::atomic<std::uintptr_t>> names(kNames);
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < 4; ++i)
+        threads.emplace_back([&, i] {
+            for (Worker worker(i); !isOver;)
+                worker.Work(names);
+        });
+    for (int i = 0; i < 50; ++i) {
+        const pid_t child = Fork([&] {
+            alarm(10);
+            Worker worker(9);
+            for (int k = 0; k < 5; ++k)
+                worker.Work(names);
+            return StrId("said by a child") != kNoName;
+        });
+        EXPECT_TRUE(Succeeds(child)) << i;
+    }
+    isOver = true;
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+}  // namespace
+}  // namespace brenta::test
