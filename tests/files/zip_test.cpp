@@ -1,9 +1,6 @@
 #include "brenta/zip.h"
 
-#include <sys/resource.h>
-
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -257,32 +254,6 @@ TEST(Zip, DamagedArchivesAreRefusedAndKept) {
         ZipFileInfo info{"name", 0, 0, nullptr};
         EXPECT_FALSE(IsZipFile(path) || UnzipFile(path, info) || ZipFile(path, info));
     }
-}
-
-TEST(Zip, AFullDiskLosesNothing) {
-    const Scratch scratch;
-    const std::string archive = scratch / "a.zip", noise = [] {
-        std::mt19937 random(1);
-        std::string bytes(400000, ' ');
-        for (char& byte : bytes)
-            byte = static_cast<char>(random());
-        return bytes;
-    }();
-    ASSERT_TRUE(Put(archive, "old", noise));
-    const std::string before = test::ReadFile(archive);
-    rlimit old{};
-    getrlimit(RLIMIT_FSIZE, &old);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    for (rlim_t size :
-         {before.size() / 2, before.size() + 100, before.size() + 300000, 2 * before.size() - 30}) {
-        const rlimit limit{size, old.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        EXPECT_FALSE(Put(archive, "new", noise)) << size;
-        setrlimit(RLIMIT_FSIZE, &old);
-        EXPECT_EQ(test::ReadFile(archive) == before, true) << size;
-    }
-    std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(archive).parent_path()), {}), 1);
 }
 
 }  // namespace

@@ -93,15 +93,6 @@ TEST(CoreException, ReportsThroughTheMessageBox) {
     delete onHeap;
 }
 
-TEST(Failure, QuietFunctionsShowNothing) {
-    RecordingHost host;
-    CrashRecorder crashes;
-    ReportLastError("context");
-    ReportLastError(nullptr);
-    SoftError();
-    EXPECT_TRUE(host.shown.empty() && crashes.Messages().empty());
-}
-
 int CountLinks() {
     int count = 0;
     for (auto* link = CDynLinkLibrary::GetFirst(); link; link = link->GetNext())
@@ -143,19 +134,6 @@ TEST(HostServices, AnOlderHostKeepsWorking) {
     EXPECT_TRUE(kept.context == &context && kept.showMessage && !kept.executablePath);
     EXPECT_EQ(kept.size, sizeof(HostServices));
     EXPECT_EQ(GetHostServices().showMessage, nullptr);
-}
-
-TEST(Framework, CStringKeepsBytes) {
-    CString text("ab\0c", 4);
-    text += "d";
-    text += text;
-    EXPECT_TRUE(text.GetLength() == 10 && text.GetAt(8) == 'c' && text.GetAt(10) == '\0');
-    text.SetAt(2, 'x');
-    text.SetAt(-1, 'x');
-    EXPECT_TRUE(text == CString("abxcdab\0cd", 10));
-    text = static_cast<const char*>(text) + 1;
-    EXPECT_TRUE(text == "bxcdab");
-    EXPECT_TRUE(CString(static_cast<const char*>(nullptr)).IsEmpty() && CString("x", -1) == nullptr);
 }
 
 }  // namespace

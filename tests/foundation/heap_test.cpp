@@ -244,19 +244,6 @@ TEST(Heap, ObjectsStayAligned) {
     EXPECT_EQ(Bytes(CoreReAlloc(other, 16))[15], '\0');
 }
 
-// More blocks than a thread keeps to itself, of a size that nobody else uses.
-TEST(Heap, GivesBlocksBackInTurn) {
-    std::vector<void*> blocks(200);
-    for (void*& p : blocks)
-        p = CoreAllocate(467);
-    for (void* p : blocks)
-        CoreFree(p);
-    for (auto p = blocks.rbegin(); p != blocks.rend(); ++p)
-        ASSERT_EQ(CoreAllocate(467), *p);
-    for (void* p : blocks)
-        CoreFree(p);
-}
-
 TEST(Heap, ThreadsReuseWhatOthersKeep) {
     const int before = CoreHeapUsed();
     while (CoreHeapUsed() == before)  // until no block of this size is free
@@ -280,26 +267,6 @@ TEST(Heap, ThreadsReuseWhatOthersKeep) {
     keeper.join();
 }
 
-// Nodes freed in any order do not come back scattered over all the memory that they had.
-TEST(Heap, KeepsNeighboursTogether) {
-    constexpr std::size_t kSize = 496;
-    std::vector<char*> blocks(4000);
-    for (char*& p : blocks)
-        p = Bytes(HeapNew(kSize));
-    std::shuffle(blocks.begin(), blocks.end(), std::minstd_rand(1));
-    for (char* p : blocks)
-        HeapDelete(p);
-    for (char*& p : blocks)
-        p = Bytes(HeapNew(kSize));
-    int jumps = 0;
-    for (std::size_t i = 1; i < blocks.size(); ++i)
-        jumps += std::abs(blocks[i] - blocks[i - 1]) > 0x10000;
-    EXPECT_LT(jumps, 400);
-    EXPECT_EQ(std::set<char*>(blocks.begin(), blocks.end()).size(), blocks.size());
-    for (char* p : blocks)
-        HeapDelete(p);
-}
-
 TEST(Heap, EndedThreadsLeaveTheirBlocksToOthers) {
     const auto work = [] {
         TOrderedList<int> list;
@@ -312,34 +279,6 @@ TEST(Heap, EndedThreadsLeaveTheirBlocksToOthers) {
     for (int i = 0; i < 20; ++i)
         std::thread(work).join();
     EXPECT_EQ(CoreHeapUsed(), used);
-}
-
-/// Allocates, fills, checks and frees blocks of all kinds, and hands a part of them to whichever thread comes
-/// next.
-void Churn(unsigned seed, std::vector<std::atomic<char*>>& mailbox) {
-    std::minstd_rand random(seed);
-    for (int i = 0; i < 4000; ++i) {
-        const int size = static_cast<int>(random() % 600) + 4;
-        char* p = Bytes(random() % 2 ? CoreAllocate(size) : HeapNew(static_cast<std::size_t>(size)));
-        std::memcpy(p, &size, sizeof size);
-        std::memset(p + 4, size, static_cast<std::size_t>(size) - 4);
-        p = mailbox[random() % mailbox.size()].exchange(p);
-        if (!p) continue;
-        int noted;
-        std::memcpy(&noted, p, sizeof noted);
-        for (int k = 4; k < noted; ++k)
-            ASSERT_EQ(p[k], static_cast<char>(noted));
-        if (random() % 4 == 0) p = Bytes(CoreReAlloc(p, noted));
-        CoreFree(p);
-        ASSERT_GT(CoreHeapUsed(), 0);
-    }
-}
-
-TEST(Heap, ThreadsShareIt) {
-    std::vector<std::atomic<char*>> mailbox(64);
-    OnThreads(4u, [&](unsigned thread) { Churn(thread + 1, mailbox); });
-    for (const auto& entry : mailbox)
-        HeapDelete(entry);
 }
 
 /// Frees the same two blocks on two threads, which may be the one that allocated them and another.

@@ -125,25 +125,6 @@ TEST(Names, ExhaustionLeavesTheTableIntact) {
         ASSERT_EQ(nameOf(i), name);
 }
 
-TEST(Names, ThreadsAgreeOnEveryIdentifier) {
-    constexpr unsigned int kThreads = 4;
-    constexpr std::size_t kNames = 5003;  // a prime: every stride visits all names
-    CStringTable table("shared", 10000);
-    std::vector<std::vector<STRID>> seen(kThreads, std::vector<STRID>(kNames));
-    test::OnThreads(kThreads, [&](std::size_t thread) {
-        for (std::size_t step = 0; step < kNames; ++step) {
-            const std::size_t i = (step * (2 * thread + 1) + thread * 1000) % kNames;
-            const std::string text = std::to_string(i);
-            seen[thread][i] = table.StrId(text.c_str());
-            const STRID own = table.StrId((text + "." + std::to_string(thread)).c_str());
-            EXPECT_TRUE(table.StrId(StrPtr(own)) == own && table.IsId(text.c_str()));
-        }
-    });
-    for (const auto& names : seen)
-        EXPECT_TRUE(names == seen[0]);
-    EXPECT_EQ(table.GetNameCount(), kNames * (kThreads + 1));
-}
-
 TEST(Names, KeysAreSumsThatNeverChange) {
     EXPECT_EQ(StringKey(nullptr) | StringKey("") | StringKey(nullptr, 4) | StringKey("abc", 0), 0);
     EXPECT_NE(StringKey("a\0c", 3), StringKey("ac", 2));

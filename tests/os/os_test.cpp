@@ -88,19 +88,5 @@ TEST(Os, KnowsItsProcess) {
     std::thread([&] { EXPECT_GT(stackLeft(), 1u << 20); }).join();
 }
 
-TEST(Os, LockExcludesAndReenters) {
-    static constinit Lock lock;
-    int count = 0;
-    test::OnThreads(4, [&](int thread) {
-        for (int k = 0; k < 5000; ++k) {
-            const LockGuard outer(lock), inner(lock);
-            const int seen = count;
-            if (k % 1000 == thread) std::this_thread::sleep_for(std::chrono::microseconds(200));
-            count = seen + 1;
-        }
-    });
-    EXPECT_EQ(count, 20000);
-}
-
 }  // namespace
 }  // namespace brenta::os

@@ -144,7 +144,7 @@ TEST(AppValues, FollowTheFile) {
     }
 }
 
-TEST(AppValues, ProcessesWriteAtOnceAndMayBeKilled) {
+TEST(AppValues, ProcessesWriteAtOnce) {
     constexpr int kWrites = 25;
     const DataFolder folder;
     EXPECT_TRUE(test::SucceedInFourProcesses([](int process) {
@@ -153,19 +153,9 @@ TEST(AppValues, ProcessesWriteAtOnceAndMayBeKilled) {
             good &= SetAppValue("S", std::to_string(process * kWrites + i).c_str(), i);
         return good;
     }));
-    std::mt19937 random(9);
     TOrderedList<CoreString> names;
-    for (int run = 0; run < 100; ++run) {
-        test::KillAfter(test::Fork([] {
-                            for (int i = 0;; ++i)
-                                SetAppValue("S", "0", i);
-                            return true;
-                        }),
-                        random() % 4000);
-        ASSERT_TRUE(GetAppNames("S", names));
-        ASSERT_EQ(names.GetCount(), 4 * kWrites);
-    }
-    EXPECT_TRUE(SetAppValue("S", "0", "free"));
+    EXPECT_TRUE(GetAppNames("S", names));
+    EXPECT_EQ(names.GetCount(), 4 * kWrites);
 }
 
 TEST(RegValues, AreTheHostsOrInTheRegistry) {

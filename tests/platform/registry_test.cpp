@@ -300,54 +300,6 @@ TEST(Registry, FourProcessesWriteAtOnce) {
     EXPECT_EQ(key.ReadInt("3999", 0), 999);
 }
 
-/// The values 1 to 8 of the sub-keys of "K".
-Texts ValuesOfK() {
-    Texts values;
-    for (char name = '1'; name <= '8'; ++name) {
-        CCoreRegistry key(HKEY_CURRENT_USER);
-        key.SetKey((std::string("K\\") + name).c_str(), false);
-        values.push_back(std::to_string(key.ReadInt("v", 0)));
-    }
-    return values;
-}
-
-bool SetValuesOfK(int value) {
-    bool good = true;
-    for (char name = '1'; name <= '8'; ++name)
-        good &= At((std::string("K\\") + name).c_str()).WriteInt("v", value);
-    return good;
-}
-
-TEST(Registry, KillingTheWriterLeavesNothingHalf) {
-    const DataFolder folder;
-    CCoreRegistry user(HKEY_CURRENT_USER);
-    const test::SharedFlag isRestoring;
-    const auto saveAndRestore = [&] {
-        At key("K");
-        while (SetValuesOfK(1) && key.SaveKey() && SetValuesOfK(2)) {
-            isRestoring.Set(1);
-            if (!key.RestoreKey()) break;
-            isRestoring.Set(0);
-        }
-        return false;
-    };
-    std::mt19937 random(7);
-    for (int run = 0; run < 100; ++run) {
-        isRestoring.Set(0);
-        const pid_t child = test::Fork(saveAndRestore);
-        ASSERT_TRUE(isRestoring.WaitFor(1));
-        test::KillAfter(child, random() % 600);
-        // Either nothing is restored and the copy is there, or all is and it is not.
-        const bool hasCopy = SubKeys(user) != Texts{"K"};
-        if (isRestoring.Get() == 1) {
-            EXPECT_EQ(ValuesOfK(), Texts(8, hasCopy ? "2" : "1")) << run;
-        }
-        for (const std::string& name : SubKeys(user))
-            if (name != "K") user.DeleteKey(name.c_str());
-    }
-    EXPECT_EQ(Sql(folder / kFile, "PRAGMA integrity_check; PRAGMA foreign_key_check"), "ok");
-}
-
 TEST(Registry, ThreadsShareTheFile) {
     const DataFolder folder;
     test::OnThreads(4, [](int thread) {

@@ -12,6 +12,8 @@
 #include "brenta/xml_stream.h"
 #include "brenta/zip.h"
 #include "reliability/faults.h"
+#include "script/engine_state.h"
+#include "script/run_script.h"
 #include "xml/tree_text.h"
 
 namespace brenta::test {
@@ -58,6 +60,28 @@ std::string Keys() {
         values += std::to_string(key.ReadInt("v", 0));
     }
     return values;
+}
+
+/// Runs Main of a fresh engine. One that fails says why, and works afterwards.
+bool RunsMain(const ScriptRow& row, bool asTree, std::string& told) {
+    std::optional<Calm> calm(std::in_place);
+    ScriptRun fresh(row.text);
+    fresh.engine.State().useRegisterTier = !asTree;
+    std::string result;
+    calm.reset();
+    try {
+        result = fresh.RunScript("Main", {});
+    } catch (const std::bad_alloc&) {
+        result = "Out of memory.";  // where the test itself needed some
+    }
+    calm.emplace();
+    const bool isToldWhy =
+        result == "failed" || result.find("Out of memory.") != std::string::npos;  // if it can be
+    EXPECT_TRUE(result == row.told || isToldWhy) << result;
+    EXPECT_EQ(fresh.engine.GetScopeDepth(), 1);
+    EXPECT_TRUE(fresh.RunScript("Main", {}).ends_with(row.told));
+    if (result == row.told) told = result;
+    return !told.empty();
 }
 
 }  // namespace
@@ -204,29 +228,36 @@ void Operations::AddScripts() {
         told = std::to_string(value);
         return true;
     });
-    const std::string script = FileWith(
-        "a.scr",
-        "class P { var a = 1; } function F() { return G(3); } function G(n) { var p as P; var l = {n, p.a}; "
-        "foreach (e in l) p.a = p.a + e; if (n > 0) return G(n - 1) + p.a; "
-        "execute(\"n = n + 2;\"); return n; }");
-    const auto run = [](CCoreScriptEngine& engine, std::string& told) {
-        Var result;
-        if (!engine.RunScript("F", result, TOrderedList<Var>(), false)) return false;
-        const Calm calm;
-        told = std::to_string(result.GetInt());
-        return true;
+    AddRead(
+        "load a script", Operation::AllOrNothing,
+        [script = FileWith("a.scr", "class P { var a = 1; } function F() { return 1; }")](std::string& told) {
+            std::optional<Calm> calm(std::in_place);
+            ParserFixture fresh;
+            calm.reset();
+            const bool good = fresh.engine.LoadScriptModule(script.c_str());
+            calm.emplace();
+            if (good) told = "loaded";
+            return good;
+        });
+    static const ScriptRow rows[] = {
+        {R"(function G() { return x + 1; }
+            function F(n) { var x = n; var s = "t" + n; if (n > 0) return F(n - 1) + G();
+                            execute("x = x + 1; s = s + x;"); Env.Probe.Run("var y = 5;"); return x; }
+            function Main() { foreach (e in {1}) { var l = {e}; execute("l = l + 1;"); } return F(5) + 1; })",
+         "=22"},
+        {R"(var g = 0;
+            class P { var a = 1; var b = {0}; }
+            function Late() { g += 1; Env.Probe.Load("function Z" + g + "() { return u" + g + "; }"); }
+            function C(n) { var p as P; p.a = n; { var h = p;
+                            if (n > 0) { h = C(n - 1); Env.Probe.Run("var z = 1;"); } else Late();
+                            p.b = {h.a}; } return p; }
+            function Main() { var u1 = 1; var u2 = 2; var r = C(3); return {r.a, u1, u2}; })",
+         "={3, 1, 2}"},
     };
-    AddRead("load and run a script", Operation::AllOrNothing, [=](std::string& told) {
-        std::optional<Calm> calm(std::in_place);
-        ParserFixture fresh;
-        calm.reset();
-        const bool good = fresh.engine.LoadScriptModule(script.c_str()) && run(fresh.engine, told);
-        calm.emplace();
-        return good;
-    });
-    m_engine.engine.LoadScriptModule(script.c_str());
-    AddRead("run a script", Operation::AllOrNothing,
-            [=, this](std::string& told) { return run(m_engine.engine, told); });
+    for (const ScriptRow& row : rows)
+        for (const bool asTree : {false, true})
+            AddRead("script", Operation::AllOrNothing,
+                    [&row, asTree](std::string& told) { return RunsMain(row, asTree, told); });
 }
 
 }  // namespace brenta::test

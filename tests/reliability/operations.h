@@ -50,7 +50,6 @@ class Operations {
     const DataFolder m_data{"/opt/bin/a program whose name needs a block"};
     const Scratch m_folder;
     LoopbackServer m_server;
-    ParserFixture m_engine;
 };
 
 }  // namespace brenta::test

@@ -2,6 +2,7 @@
 // beside them: nothing is lost, and what is counted agrees. BRENTA_SOAK_SECONDS makes it longer.
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 
@@ -25,18 +26,15 @@ class Worker {
                                      "function F(n) { if (n < 2) return n; return F(n - 1) + F(n - 2); }");
     }
     ~Worker() {
-        for (void* block : m_blocks)
-            if (block) CoreFree(block);
+        for (Block& block : m_blocks)
+            Renew(block, -1);
     }
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
     void Work(std::vector<std::atomic<std::uintptr_t>>& names) {
         for (int i = 0; i < 100; ++i) {
-            void*& block = m_blocks[m_random() % std::size(m_blocks)];
-            if (block) CoreFree(block);
-            m_asked += 1;
-            block = CoreAllocate(static_cast<int>(m_random() % 300));
+            Renew(m_blocks[m_random() % std::size(m_blocks)], static_cast<int>(m_random() % 300) + 1);
             HeapDelete(HeapNew(m_random() % 200));
         }
         const std::size_t number = m_random() % kNames;
@@ -52,9 +50,28 @@ class Worker {
     std::uint32_t Asked() const { return m_asked; }
 
  private:
+    struct Block {
+        char* bytes = nullptr;
+        int size = 0;
+    };
+
+    /// Frees the block, which must hold what was put into it, and asks for another unless the size is below
+    /// 0.
+    void Renew(Block& block, int size) {
+        if (block.bytes) {
+            EXPECT_EQ(std::count(block.bytes, block.bytes + block.size, static_cast<char>(block.size)),
+                      block.size);
+            CoreFree(block.bytes);
+        }
+        if (size < 0) return;
+        ++m_asked;
+        block = {static_cast<char*>(CoreAllocate(size)), size};
+        std::fill_n(block.bytes, size, static_cast<char>(size));
+    }
+
     std::mt19937 m_random;
     ParserFixture m_engine;
-    void* m_blocks[64] = {};
+    Block m_blocks[64];
     std::uint32_t m_asked = 0;
 };
 

@@ -130,18 +130,6 @@ TEST(Call, Classes) {
     EXPECT_EQ(created, 6);  // one for the declaration, one for each execution
 }
 
-TEST(Call, Depth) {
-    if (!kStacksMayBeDeep) GTEST_SKIP();
-    OnStackOf(256, [] {
-        ScriptRun run(
-            "var o = Env.Probe;"
-            "function down(n) { if (n == 0) { return 0; } return 1 + down(n - 1); }"
-            "function back() { o.Run(\"back()\"); }");
-        EXPECT_EQ(run.Execute("back()"), "!RunScript:Call stack overflow. failed");
-        EXPECT_EQ(run.Execute("down(5000)"), "=5000");
-    });
-}
-
 TEST(Call, Interruption) {
     ScriptRun run("function spin() { while (1) { } } function twice() { return 1; }");
     run.engine.RequestStop();

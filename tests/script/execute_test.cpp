@@ -131,15 +131,6 @@ TEST(Execute, LongAndDeepTexts) {
     EXPECT_EQ(run.Execute(Repeat("l = ", 100'000) + "8"), "!Expression nested too deeply. failed");
 }
 
-TEST(Execute, LimitsOfValues) {
-    static constexpr ScriptRow kRows[] = {
-        {"var l = {1}; while (1) { l[0] = l; }", "!List nested too deeply. failed"},
-        {"var l = {{1}, 2}; while (1) { l[0] += l; }", "!List too large. failed"},
-        {"var s = \"0123456789abcdef\"; while (1) { s = s + s; Env.Probe.Sum(s); }", "!RunScript:String too long. failed"},
-    };
-    CheckRows(kRows);
-}
-
 // clang-format on
 
 }  // namespace

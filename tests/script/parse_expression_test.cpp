@@ -72,29 +72,6 @@ TEST(ParseExpression, TreesAndErrors) {
         EXPECT_EQ(Tree(fixture, text), expected) << text;
 }
 
-TEST(ParseExpression, NodesKnowTheirPlaceAndTheirName) {
-    ParserFixture fixture;
-    TIter<ScriptToken*> iter = fixture.Scan("a\n+ 1");
-    ExpressionStatement expression;
-    ASSERT_TRUE(expression.ParseExpression(fixture.engine, iter));
-    const ExpressionStatement::SubExpr& sum = *expression.GetRoot();
-    EXPECT_EQ(sum.line, 2);
-    EXPECT_EQ(sum.left->line, 1);
-    EXPECT_EQ(sum.left->file, StrId("t"));
-    EXPECT_EQ(sum.left->cell, &fixture.engine.Cells().CellOf(StrId("a")));
-    EXPECT_EQ(sum.right->parent, &sum);
-}
-
-TEST(ParseExpression, AFailureLeavesAnEmptyExpression) {
-    ParserFixture fixture;
-    ExpressionStatement expression;
-    TIter<ScriptToken*> good = fixture.Scan("a + 1");
-    ASSERT_TRUE(expression.ParseExpression(fixture.engine, good));
-    TIter<ScriptToken*> bad = fixture.Scan("\"text\" + (1");
-    EXPECT_FALSE(expression.ParseExpression(fixture.engine, bad));
-    EXPECT_TRUE(expression.IsEmpty());
-}
-
 TEST(ParseExpression, BracketsMayNestTwoHundredDeep) {
     ParserFixture fixture;
     constexpr const char* kPairs[][2] = {{"(", ")"}, {"{", "}"}, {"f(", ")"}, {"x[", "]"}};

@@ -114,44 +114,6 @@ TEST(RegisterTier, ReadsOperandsInOrder) {
     });
 }
 
-TEST(RegisterTier, HasTheNumbersOfTheLanguage) {
-    ExpectOutcomes({
-        {"function Main() { var i = 2147483646; i = i + 1; var j = i; j = j + 1; return {i, j, -j - 2}; }",
-         "={2147483647, -2147483648, -2147483648}"},
-        {"function Main() { var n = 0; for (var i = 2147483645; i > 0; i = i + 1) { n += 1; } return n; }",
-         "=3"},
-        {"function Main() { var a = 32768; var b = 32767; return {a * b, a * a, b * b, -a * a}; }",
-         "={1073709056, 1073741824.0, 1073676289, -1073741824}"},
-        {"function Main() { var x = 0.5; x = x + 0.5; var y = x * 1.5; return {x, y, y / 0.5, 7 / 2, 6 / 2}; "
-         "}",
-         "={1, 1.5, 3, 3.5, 3}"},
-        {"function Main() { var x = -7; return {x % 4, x % (-4), x % 2147483647, 7.5 % 2}; }",
-         "={-3, -3, -7, 1.5}"},
-        {"function Main() { var x = 0 / 0.0; return {x < 1, x >= 1, x == x}; }", "={false, false, false}"},
-        {"function Main() { var n = 0; for (var x = 0; x < 1; x = x + 0.25) { n += 1; } return n; }", "=4"},
-    });
-}
-
-TEST(RegisterTier, SharesAndGrowsLists) {
-    ExpectOutcomes({
-        {"function Main() { var l = {1}; var k = l; l = l + 2; l[0] = 9; return {l, k}; }", "={{9, 2}, {1}}"},
-        {"function Main() { var s = \"a\"; var t = s; s = s + s + \"b\"; s += t; return s + t; }",
-         "=\"aabaa\""},
-        {"function F(l) { l[0] = 5; return l; } function Main() { var l = {1}; return {F(l), l}; }",
-         "={{5}, {1}}"},
-        {"function Main() { var l = {1, 2}; foreach (e in l) { l = l + e * 10; } return l; }",
-         "={1, 2, 10, 20}"},
-        {"class P { var x = 1; var y = {1}; } function Main() { var p as P; var q = p; p.x = p.x + 1;"
-         " p.y[0] = 3; return {p, q}; }",
-         "={{x = 2, y = {3}}, {x = 1, y = {1}}}"},
-        {"class P { var x = 1; } class Q { var z = 0; var x = 5; } function X(o) { return o.x; }"
-         " function Main() { var p as P; var q as Q; return {X(p), X(q), X(p)}; }",
-         "={1, 5, 1}"},
-        {"function Main() { var l = {1}; l = 2; }",
-         "!m(1): Assigning a scalar to a structure or list. failed"},
-    });
-}
-
 /// The time that a text takes deep in a recursion does not grow with the depth.
 TEST(RegisterTier, ShowsLocalsDeepInARecursion) {
     const ScriptRow rows[] = {

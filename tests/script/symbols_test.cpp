@@ -115,18 +115,6 @@ TEST(ScriptSymbol, HasTheValueOfItsInnermostBinding) {
     EXPECT_EQ(DumpOf(symbol), "Var symbol  = 9\n");
 }
 
-TEST(ScriptSymbol, MayBeBoundUnderAnotherNameAndOutliveTheTable) {
-    auto table = std::make_unique<CCoreSymbolTable>();
-    ScriptSymbol symbol(kX, Var(1, kX), nullptr);
-    table->AddSymbol(kY, &symbol);
-    symbol.SetValue(Int(2));
-    EXPECT_EQ(table->GetSymbol(kY, true), &symbol);
-    EXPECT_EQ(Show(symbol), "int 2");
-    table.reset();
-    EXPECT_EQ(Show(symbol), "int 1");
-    EXPECT_EQ(DumpOf(symbol), "Var symbol x = 1\n");
-}
-
 TEST(FuncSymbol, KeepsItsParameters) {
     RecordingStream messages;
     FuncSymbol function(StrId("f"));

@@ -86,67 +86,6 @@ TEST(Value, OperatorsSayWhyTheyFail) {
     EXPECT_EQ(AppendText(Value(), text), OpError::None);
 }
 
-TEST(Value, GrowsInPlaceOnlyWhenUnshared) {
-    Value text = Value::OfString("");
-    Value list = Value::OfList(0);
-    for (int i = 0; i < 1000; ++i) {
-        ASSERT_EQ(BinaryOperator(TOK_ADD, text, Value::OfInt(i % 10), text), OpError::None);
-        ASSERT_EQ(BinaryOperator(TOK_ADD, list, Value::OfInt(i), list), OpError::None);
-    }
-    EXPECT_EQ(text.Text().substr(0, 12), "012345678901");
-    EXPECT_EQ(list.List()->items[999].Int(), 999);
-    // A step that fits must not move anything.
-    const StringBody* textBody = text.String();
-    const Value* items = list.List()->items;
-    ASSERT_GT(textBody->capacity, 1001u);
-    BinaryOperator(TOK_ADD, text, Value::OfString("x"), text);
-    BinaryOperator(TOK_ADD, list, Value::OfInt(1), list);
-    EXPECT_EQ(text.String(), textBody);
-    EXPECT_EQ(list.List()->items, items);
-    // Shared bodies stay as they are for the others.
-    const Value textCopy(text);
-    const Value listCopy(list);
-    BinaryOperator(TOK_ADD, text, Value::OfString("y"), text);
-    BinaryOperator(TOK_ADD, list, Value::OfInt(2), list);
-    EXPECT_EQ(textCopy.String()->length, 1001u);
-    EXPECT_EQ(listCopy.List()->length, 1001u);
-    EXPECT_EQ(text.Text().back(), 'y');
-}
-
-TEST(Value, OperandsMayOverlap) {
-    Value text = Value::OfString("abc");
-    for (int i = 0; i < 4; ++i)
-        ASSERT_EQ(BinaryOperator(TOK_ADD, text, text, text), OpError::None);
-    EXPECT_EQ(text.String()->length, 48u);
-    EXPECT_EQ(text.Text().substr(42), "abcabc");
-    Value list = ListOf({Value::OfInt(1)});
-    BinaryOperator(TOK_ADD, list, list, list);
-    BinaryOperator(TOK_ADD, list, list.List()->items[1], list);
-    EXPECT_EQ(Show(list), "list {1, {1}\n, {1}\n}\n");
-    ReplaceItem(list, 0, list);
-    EXPECT_EQ(Show(list), "list {{1, {1}\n, {1}\n}\n, {1}\n, {1}\n}\n");
-    CheckNotes(list);
-    list = list.List()->items[1];
-    EXPECT_EQ(Show(list), "list {1}\n");
-    list = std::move(list.List()->items[0]);
-    EXPECT_EQ(Show(list), "int 1");
-}
-
-TEST(Value, ReplacesAtAPathWithoutTouchingSharers) {
-    Value root = ListOf({Value::OfInt(0), ListOf({Value::OfInt(1), ListOf({Value::OfInt(2)})})});
-    const Value before(root);
-    const Value inner(root.List()->items[1]);
-    const std::uint32_t path[] = {1, 1, 0};
-    EXPECT_EQ(ReplaceAtPath(root, path, ListOf({Value::OfInt(7), ListOf({})})), ListLimit::None);
-    EXPECT_EQ(Show(root), "list {0, {1, {{7, {}\n}\n}\n}\n}\n");
-    EXPECT_EQ(Show(before), "list {0, {1, {2}\n}\n}\n");
-    EXPECT_EQ(Show(inner), "list {1, {2}\n}\n");
-    CheckNotes(root);
-    CheckNotes(before);
-    EXPECT_EQ(ReplaceAtPath(root, path, Value()), ListLimit::None);
-    CheckNotes(root);
-}
-
 TEST(Value, KeepsWeightAndDepthThroughAnySequence) {
     std::uint32_t seed = 12345;
     const auto next = [&seed](std::uint32_t bound) {
@@ -172,42 +111,6 @@ TEST(Value, KeepsWeightAndDepthThroughAnySequence) {
         }
         CheckNotes(target);
     }
-}
-
-TEST(Value, HasLimits) {
-    Value list = ListOf({Value::OfInt(1)});
-    std::uint64_t doublings = 0;
-    while (AppendItem(list, list) == ListLimit::None)
-        ++doublings;
-    EXPECT_GT(doublings, 20u);
-    EXPECT_LE(list.List()->weight, kMaxListWeight);
-    const Value before(list);
-    EXPECT_EQ(AppendItems(list, list), ListLimit::TooLarge);
-    EXPECT_EQ(ReplaceItem(list, 0, list), ListLimit::TooLarge);
-    EXPECT_EQ(list.List(), before.List());
-    EXPECT_EQ(RepeatItem(std::size_t{1} << 40, Value(), list), ListLimit::TooLarge);
-    EXPECT_EQ(RepeatItem(1000, before, list), ListLimit::TooLarge);
-
-    Value deep = ListOf({});
-    std::uint32_t depth = 1;
-    for (Value outer; BinaryOperator(TOK_ADD, ListOf({}), deep, outer) == OpError::None; ++depth)
-        deep = outer;
-    EXPECT_EQ(depth, kMaxListDepth);
-    Value two = ListOf({ListOf({Value::OfInt(0)})});
-    const std::uint32_t path[] = {0, 0};
-    EXPECT_EQ(ReplaceAtPath(two, path, deep), ListLimit::TooDeep);
-    EXPECT_EQ(Show(two), "list {{0}\n}\n");
-    EXPECT_EQ(FromVar(ToVar(deep)).List()->depth, kMaxListDepth);
-
-    Value text = Value::OfString(std::string(kMaxStringLength / 2, 'x'));
-    EXPECT_EQ(BinaryOperator(TOK_ADD, text, text, text), OpError::None);
-    EXPECT_EQ(BinaryOperator(TOK_ADD, text, Value::OfInt(1), text), OpError::StringTooLong);
-    EXPECT_EQ(text.String()->length, kMaxStringLength);
-    CoreString printed;
-    EXPECT_EQ(AppendPrinted(ListOf({text, text, text}), printed, 100), OpError::StringTooLong);
-    EXPECT_EQ(printed.GetLength(), 100);
-    Value joined;
-    EXPECT_EQ(BinaryOperator(TOK_ADD, Value::OfString(""), ListOf({text}), joined), OpError::StringTooLong);
 }
 
 TEST(Value, CrossesTheBoundary) {
@@ -236,26 +139,6 @@ TEST(Value, CrossesTheBoundary) {
         deep = List({deep});
     EXPECT_TRUE(FromVar(deep, &limit).IsNull());
     EXPECT_EQ(limit, ConversionLimit::ListTooDeep);
-}
-
-TEST(Value, StructuresBuiltAlikeShareTheirNames) {
-    const Var point = List({Named(Int(1), "x"), Named(Int(2), "y")});
-    const Value points = FromVar(List({point, point}));
-    const ListBody& first = *points.List()->items[0].List();
-    EXPECT_EQ(first.shape, points.List()->items[1].List()->shape);
-    // Naming one more element of the one leaves the other alone.
-    Value changed(points.List()->items[0]);
-    AppendItem(changed, Value(), StrId("z"));
-    EXPECT_EQ(FindMember(*changed.List(), StrId("z")), 2);
-    EXPECT_EQ(FindMember(first, StrId("z")), -1);
-    Value grown(points.List()->items[1]);
-    AppendItem(grown, Value());
-    EXPECT_EQ(ItemName(*grown.List(), 2), kNoName);
-    Value anonymous = Value::OfList(0);
-    AppendItem(anonymous, Value());
-    AppendItem(anonymous, Value(), StrId("late"));
-    EXPECT_EQ(ItemName(*anonymous.List(), 0), kNoName);
-    EXPECT_EQ(FindMember(*anonymous.List(), StrId("late")), 1);
 }
 
 }  // namespace

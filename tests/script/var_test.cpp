@@ -242,20 +242,5 @@ TEST(Var, NestsToAnyDepth) {
     EXPECT_NE(DumpOf(deep, true).find("{...}"), std::string::npos);
 }
 
-TEST(Var, Dumps) {
-    const Var value = Named(
-        List({Named(Int(1), "a"), Named(List({}), "none"), Named(Bool(true), "t"), Named(Bool(false), "f"),
-              Named(List({Named(Text("x y"), "s"), Named(Null(), "n")}), "in")}),
-        "v");
-    const Var number = Named(Float(0.5), "h");
-    EXPECT_EQ(DumpOf(number, true), "h = 0.5\n");
-    EXPECT_EQ(DumpOf(number, false), "0.5\n");
-    EXPECT_EQ(DumpOf(value, true),
-              "v {\n    a = 1\n    none {}\n    t = true\n    f = false\n"
-              "    in {\n        s = x y\n        n = \n    }\n}\n");
-    EXPECT_EQ(DumpOf(value, false),
-              "v {\n    1\n    none {}\n    true\n    false\n    in {\n        x y\n        \n    }\n}\n");
-}
-
 }  // namespace
 }  // namespace brenta::test
