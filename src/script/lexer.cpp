@@ -267,18 +267,20 @@ Var& CCoreLexer::GetTag(int n) {
 // Input
 
 void CCoreLexer::PushStream(const char* name, int line, const char* text, bool ownsText) {
+    const bool owns = ownsText && text != nullptr;
+    std::unique_ptr<const char[]> owned(owns ? text : nullptr);
     // Commands come under one name again and again.
     if (name == nullptr || std::strcmp(name, StrPtr(m_streamName)) != 0) m_streamName = StrId(name);
     if (text == nullptr) text = kEmptyText;
     LexStream* stream = m_pSpareStream != nullptr ? m_pSpareStream : new LexStream;
     m_pSpareStream = nullptr;
-    *stream = {ownsText && text != kEmptyText, m_streamName, line, text, text};
+    *stream = {owns, m_streamName, line, text, text};
     m_streams.Push(stream);
     if (m_streams.IsEmpty() || m_streams.Top() != stream) {
         m_pSpareStream = stream;
-        if (stream->ownsText) delete[] text;
         throw std::bad_alloc();
     }
+    static_cast<void>(owned.release());
     m_pStream = stream;
 }
 

@@ -64,12 +64,14 @@ TEST(Call, ObjectsMayComeBack) {
         "function g() { return o.Run(\"var q = 4; nobody\"); } function h() { g(); return 1; }"
         "function load() { var late = 1; o.Load(\"var global = 6; function late2() { return global; }\");"
         " return late2() + late; }"
+        "function back() { o.Run(\"back()\"); }"
         "function below(v) { o.Load(\"class K { var m = 1; } function g2(a) { return a + v; } var v = 7;\");"
         " return {g2(1), v}; }");
     EXPECT_EQ(run.Execute("f(1)"), "=2");
     // What a host binds ends with the block that called it, also when that block binds nothing itself.
     EXPECT_EQ(run.Execute("var n = 0; while (n < 2) { o.Run(\"var w = 1;\"); { n += w; } } n"), "=2");
     EXPECT_EQ(run.Execute("w"), "!Symbol 'w' not defined. failed");
+    EXPECT_EQ(run.Execute("back()"), "!RunScript:Call stack overflow. failed");
     EXPECT_EQ(run.Execute("o.Run(\"1 + 2\") + o.Run(\"10mil\")"), "=100003");
     EXPECT_EQ(
         run.Execute("g()"),
