@@ -113,14 +113,6 @@ TEST(Failure, TheLibraryIsLinkedOnce) {
     EXPECT_EQ(CountLinks(), 1);
 }
 
-TEST(HostServices, DefaultsSuitAConsole) {
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(AfxMessageBox("100%s"), IDOK);
-    EXPECT_EQ(AfxMessageBox(static_cast<const char*>(nullptr)), IDOK);
-    EXPECT_EQ(AfxMessageBox(7u), IDOK);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "100%s\n\n\n");
-}
-
 TEST(HostServices, AnOlderHostKeepsWorking) {
     HostServices services;
     int context = 0;

@@ -17,7 +17,6 @@ struct SmallLexer : CCoreLexer {
         DefineToken("NUMBER", kNumber, "<1>[0-9]+</1>", false);
         DefineToken("SPACE", kSpace, "[ \r\n]+", true);
     }
-    using CCoreLexer::AddCharClass;
 };
 
 /// "name:line:text" of each token to come, and how it ended: "end", "none" where no kind matches, or "no
@@ -137,16 +136,6 @@ TEST(Lexer, CopiesItsKinds) {
         lexer->PushStream("u", 1, "in b9@", false);
         EXPECT_EQ(Rest(*lexer), lexer == &copy ? "u:1:in u:1:b u:1:9 u:1:@ end" : "u:1:in u:1:b u:1:9 none");
     }
-}
-
-TEST(Lexer, SharesEqualSets) {
-    SmallLexer lexer;
-    RECharClass letters{};
-    letters.entries['a'] = 1;
-    RECharClass* held = lexer.AddCharClass(letters);
-    EXPECT_EQ(lexer.AddCharClass(letters), held);
-    letters.entries[200] = 1;
-    EXPECT_NE(lexer.AddCharClass(letters), held);
 }
 
 }  // namespace

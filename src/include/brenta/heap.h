@@ -23,9 +23,10 @@
 /// byte (aligned lane) of notes per byte of page, touched only as far as pages are used, and nothing inside
 /// the blocks.
 ///
-/// Threads. All operations are safe from any thread. The contents of the blocks are the callers' affair.
-/// Everything works before main and until the library is unloaded; after that, `new` and CoreAllocate give
-/// null and release does nothing.
+/// Threads. All operations are safe from any thread. The contents of the blocks are the callers' affair. The
+/// process may fork at any moment: the child finds the heap whole, and so strings and names. Everything works
+/// before main and until the library is unloaded; after that, `new` and CoreAllocate give null and release
+/// does nothing.
 #pragma once
 
 #include <cstddef>
