@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <atomic>
+#include <cstdlib>
 
 #include "brenta/failure.h"
 #include "brenta/heap.h"
@@ -45,6 +46,23 @@ void Use(void* library) {
     work();
     std::thread(work).join();
 }
+
+/// Uses the heap, names and strings before main and behind its end, in every run of this program.
+class AroundMain {
+ public:
+    AroundMain() { Check(); }
+    ~AroundMain() { Check(); }
+    AroundMain(const AroundMain&) = delete;
+    AroundMain& operator=(const AroundMain&) = delete;
+
+ private:
+    static void Check() {
+        const CoreString text(StrPtr(StrId("a name that needs a block")));
+        HeapDelete(HeapNew(24));
+        if (text != "a name that needs a block") std::_Exit(3);
+    }
+};
+[[gnu::init_priority(102)]] const AroundMain g_aroundMain;
 
 TEST(Unload, TenTimes) {
     for (int i = 0; i < 10; ++i) {

@@ -72,15 +72,5 @@ TEST(ParseExpression, TreesAndErrors) {
         EXPECT_EQ(Tree(fixture, text), expected) << text;
 }
 
-TEST(ParseExpression, BracketsMayNestTwoHundredDeep) {
-    ParserFixture fixture;
-    constexpr const char* kPairs[][2] = {{"(", ")"}, {"{", "}"}, {"f(", ")"}, {"x[", "]"}};
-    for (const auto& [open, close] : kPairs) {
-        EXPECT_NE(Tree(fixture, Repeat(open, 200) + "1" + Repeat(close, 200)).find('1'), std::string::npos);
-        EXPECT_EQ(Tree(fixture, Repeat(open, 201) + "1" + Repeat(close, 201)),
-                  "t(1): Expression nested too deeply.\n");
-    }
-}
-
 }  // namespace
 }  // namespace brenta::test
