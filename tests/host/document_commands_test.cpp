@@ -1,12 +1,17 @@
-// The commands that read documents: what they print of them, and what they say of others.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "host_process.h"
 
 namespace brenta::test {
 namespace {
+
+namespace fs = std::filesystem;
 
 using Lines = std::vector<std::string>;
 
@@ -58,6 +63,51 @@ TEST(DocumentCommands, SayInOneLineWhatIsWrongWithAFile) {
     ASSERT_EQ(result.errors.size(), 1u);
     EXPECT_TRUE(result.errors[0].starts_with("brenta: 'file' cannot be read: ")) << result.errors[0];
     EXPECT_TRUE(result.errors[0].ends_with(" (at byte 10)")) << result.errors[0];
+}
+
+/// The one library in the folder BRENTA_DATA whose file name ends with the given text; "" if there is none.
+std::string Library(const std::string& name) {
+    const char* const folder = std::getenv("BRENTA_DATA");
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(folder != nullptr ? folder : "", error))
+        if (entry.path().filename().string().ends_with(name)) return fs::absolute(entry.path()).string();
+    return "";
+}
+
+// Figures worked out by hand from the coordinates in the files.
+TEST(DocumentCommands, ReportOnRealLibraries) {
+    const std::tuple<const char*, std::size_t, Lines> rows[] = {
+        {"Resistors.lbr",
+         39,
+         {"0805 2 0 70.9 1.800 102.4 x 47.2 2.600 x 1.200",
+          "2506_AR 16 0 31.5 0.800 238.2 x 102.4 6.050 x 2.600",
+          "SLIDER-XLARGE 0 3 278.4 7.071 3112.8 x 356.9 79.064 x 9.064"}},
+        {"LED.lbr",
+         53,
+         {"LED_5MM 0 2 100.0 2.540 174.0 x 74.0 4.420 x 1.880",
+          "LED-1206 2 0 118.1 3.000 165.4 x 55.1 4.200 x 1.400",
+          "FKIT-LED-1206 2 0 112.0 2.844 175.0 x 71.0 4.444 x 1.803"}},
+        {"IC-Power.lbr",
+         53,
+         {"MSOP8 8 0 25.6 0.650 92.5 x 220.5 2.350 x 5.600",
+          "SO08 8 0 50.0 1.270 174.0 x 293.0 4.420 x 7.442",
+          "TDFN-8 9 0 19.7 0.500 141.7 x 74.0 3.600 x 1.880"}},
+    };
+    for (const auto& [name, packages, figures] : rows) {
+        const std::string library = Library(name);
+        if (library.empty()) GTEST_SKIP() << "no " << name << " in BRENTA_DATA";
+        const HostResult result = RunHost({"report", library});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.output.size(), packages + 1) << name;
+        Lines lines;
+        for (std::string line : result.output) {
+            std::erase_if(
+                line, [before = ' '](char c) mutable { return std::exchange(before, c) == ' ' && c == ' '; });
+            lines.push_back(line);
+        }
+        for (const std::string& line : figures)
+            EXPECT_NE(std::find(lines.begin(), lines.end(), line), lines.end()) << line;
+    }
 }
 
 }  // namespace

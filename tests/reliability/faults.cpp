@@ -167,8 +167,8 @@ int Call(long number, Arguments... arguments) {
     return FailsFile() ? -1 : static_cast<int>(syscall(number, arguments...));
 }
 
-template <class... Arguments>
-ssize_t Move(long number, int file, const void* buffer, std::size_t size, Arguments... arguments) {
+template <class Buffer, class... Arguments>
+ssize_t Move(long number, int file, Buffer buffer, std::size_t size, Arguments... arguments) {
     return FailsFile() ? -1 : syscall(number, file, buffer, Part(size), arguments...);
 }
 
