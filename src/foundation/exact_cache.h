@@ -45,7 +45,12 @@ class ExactCache {
         // bits of both addresses agree, and a read would wait for it.
         const HeapBlock block = m_blocks[size - kSmallest][count];
         SetCount(size, count);
-        static_cast<ExactNote*>(block.pNote)->life.Store(static_cast<std::uint32_t>(size) | mark);
+        auto* const note = static_cast<ExactNote*>(block.pNote);
+        if (size >= kGranule) {
+            note->life.Store(static_cast<std::uint32_t>(size) | mark);
+        } else {
+            note->StartShort(ByteInGranule(block.p));
+        }
         Increment(reuses);
         return block.p;
     }
@@ -62,7 +67,7 @@ class ExactCache {
     std::atomic<std::uint32_t> reuses{0};
     std::atomic<std::uint32_t> carved{0};
 
-    static constexpr std::size_t kSmallest = kGranule;  // shorter ones are noted under the heap's lock
+    static constexpr std::size_t kSmallest = 1;
     static constexpr std::size_t kLargest = 512;
 
  private:

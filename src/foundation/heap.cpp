@@ -135,7 +135,7 @@ void* HeapCore::Allocate(int size) {
 inline void HeapCore::FreeExact(ThreadStore* store, COnePage& page, char* p) {
     ExactNote& note = page.ExactNoteOf(p);
     const std::size_t size = note.LongSize(ByteInGranule(p));
-    if (size == 0) return FreeShort(page, p);
+    if (size == 0) return FreeShort(store, page, p);
     const bool isKept = store && m_hasExactCaches && ExactCache::Keeps(size);
     if (isKept && store->FreeExact(size, p, note)) return;
     FreeInLock(page, {p, &note}, note.life);

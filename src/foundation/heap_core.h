@@ -73,7 +73,7 @@ class HeapCore {
     void FreeExact(ThreadStore* store, COnePage& page, char* p);
     ThreadStore* CallersStore();
     void FreeInLock(COnePage& page, HeapBlock block, BlockLife& life);
-    void FreeShort(COnePage& page, char* p);
+    void FreeShort(ThreadStore* store, COnePage& page, char* p);
     void KeepExact(COnePage& page, std::size_t size, HeapBlock block);
     void MoveOlder(ExactCache& cache, std::size_t size);
     void FreeAligned(ThreadStore* store, COnePage& page, char* p);

@@ -1,5 +1,5 @@
-// The exact lane's ways beside the usual one (heap.cpp): when a thread's cache has no block or no room, when
-// there is no cache, and blocks of less than a granule. All of it happens under the heap's lock.
+// The exact lane's ways beside the usual one (heap.cpp): when a thread's cache has no block or no room, or
+// there is no cache, and blocks of less than a granule.
 #include "foundation/exact_cache.h"
 #include "foundation/heap_core.h"
 #include "foundation/thread_store.h"
@@ -47,13 +47,13 @@ char* HeapCore::CarveExact(std::size_t size, std::uint32_t mark) {
     return lane.pCurrent->Carve(size, mark);
 }
 
-void HeapCore::FreeShort(COnePage& page, char* p) {
-    const os::LockGuard guard(m_lock);
+void HeapCore::FreeShort(ThreadStore* store, COnePage& page, char* p) {
     ExactNote& note = page.ExactNoteOf(p);
-    const unsigned byte = ByteInGranule(p);
-    if (!note.IsShortLive(byte)) return;
-    note.EndShort(byte);
-    AddToFreeStore(page, note.SizeOfBlock(byte), {p, &note});
+    const std::size_t size = note.ShortSize(ByteInGranule(p));
+    if (size == 0) return;
+    if (store && m_hasExactCaches && store->FreeShort(size, p, note)) return;
+    const os::LockGuard guard(m_lock);
+    if (note.EndShort(ByteInGranule(p))) KeepExact(page, size, {p, &note});
 }
 
 /// Keeps a block that is not in use: in the thread's cache or, without one, in the free store.

@@ -19,9 +19,10 @@
 // - Exact lane: up to 16 blocks can start in one granule. Its note has one bit per byte for "a block starts
 //   here", and the size of the block that starts last in the granule. The sizes of the others need no room:
 //   blocks are adjacent, so each ends where the next one starts. Whether a block is in use is one more bit
-//   per byte for the short blocks, those of less than a granule, which are used under the heap's lock alone.
-//   A block of a granule or more is the last to start in its granule for ever, so its life stands beside the
-//   starts, in a word that nobody else writes: threads free and reuse such blocks without the lock.
+//   per byte for the short blocks, those of less than a granule. Several of them share a word, which is
+//   therefore changed by atomic operations; they have no owners. A block of a granule or more is the last to
+//   start in its granule for ever, so its life stands beside the starts, in a word that nobody else writes.
+//   Threads free and reuse both without the lock.
 //
 // The notes lie outside the page, all zero at first, and the system provides their memory only as they are
 // touched. A page that was made for one large block has the note of its first granule only, and is as large
@@ -58,7 +59,7 @@ class ExactNote {
     void AddBlock(unsigned byte, std::uint32_t size, std::uint32_t mark) {
         const bool isLong = size >= kGranule;
         const std::uint32_t bits = 1u << byte | (mark != 0 && !isLong ? kFirstLive << byte : 0u);
-        m_starts.store(m_starts.load(std::memory_order_relaxed) | bits, std::memory_order_relaxed);
+        m_starts.fetch_or(bits, std::memory_order_relaxed);
         life.Store(isLong ? size | mark : size);
     }
 
@@ -84,16 +85,25 @@ class ExactNote {
     bool IsShortLive(unsigned byte) const {
         return (m_starts.load(std::memory_order_relaxed) & kFirstLive << byte) != 0;
     }
+    /// Size of the short block in use that starts at byte `byte`; 0 if there is none. Any thread.
+    std::uint32_t ShortSize(unsigned byte) const {
+        // The last size before the starts, which were written in the other order.
+        const std::uint32_t last = BlockLife::SizeOf(life.Load());
+        const std::uint32_t starts = m_starts.load(std::memory_order_relaxed);
+        if ((starts & kFirstLive << byte) == 0) return 0;
+        const std::uint32_t later = starts & kStartsMask & (0xFFFEu << byte);
+        return later ? static_cast<unsigned>(std::countr_zero(later)) - byte : last;
+    }
     /// For who has taken the block out of a free store.
     void Start(unsigned byte, std::uint32_t mark) {
         if (IsLong(byte)) return life.Start(mark);
-        m_starts.store(m_starts.load(std::memory_order_relaxed) | kFirstLive << byte,
-                       std::memory_order_relaxed);
+        StartShort(byte);
     }
-    /// Under the lock.
-    void EndShort(unsigned byte) {
-        m_starts.store(m_starts.load(std::memory_order_relaxed) & ~(kFirstLive << byte),
-                       std::memory_order_relaxed);
+    void StartShort(unsigned byte) { m_starts.fetch_or(kFirstLive << byte, std::memory_order_relaxed); }
+    /// False if the block was not in use. Of several threads one gets true.
+    bool EndShort(unsigned byte) {
+        const std::uint32_t bit = kFirstLive << byte;
+        return (m_starts.fetch_and(~bit, std::memory_order_relaxed) & bit) != 0;
     }
 
     // The size of the block before, as it has no room there. The bits of this note that say "a block in use

@@ -86,6 +86,14 @@ class ThreadStore {
         m_lock.Leave();
         return ended;
     }
+    /// The same for blocks of less than a granule.
+    bool FreeShort(std::size_t size, char* p, ExactNote& note) {
+        if (!m_lock.Enter()) return false;
+        const bool ended = !m_exact.IsFull(size) && note.EndShort(ByteInGranule(p));
+        if (ended) m_exact.Push(size, {p, &note});
+        m_lock.Leave();
+        return ended;
+    }
     ExactCache& Exact() { return m_exact; }
     /// What blocks that this thread takes are marked with.
     std::uint32_t GetMark() const { return m_mark.load(std::memory_order_relaxed); }

@@ -66,6 +66,7 @@ TEST(Heap, TheRestOfAPageComesBeforeWhatAThreadKeeps) {
         CoreAllocate(200000);  // a new page begins
         return large == next && CoreAllocate(kRest) == large + left - kRest;
     };
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(std::_Exit(restComesFirst() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
