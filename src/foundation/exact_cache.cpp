@@ -15,11 +15,14 @@ std::uint32_t ExactCache::RemoveOlder(std::size_t size, HeapBlock* blocks) {
 }
 
 std::uint32_t ExactCache::MoveTo(ExactCache& other, std::size_t size) {
+    HeapBlock* const kept = m_blocks[size - kSmallest];
     const std::uint32_t count = Count(size);
-    std::copy_n(m_blocks[size - kSmallest], count, other.m_blocks[size - kSmallest]);
-    other.SetCount(size, count);
-    SetCount(size, 0);
-    return count;
+    const std::uint32_t moved = (count + 1) / 2;
+    std::copy_n(kept, moved, other.m_blocks[size - kSmallest]);
+    std::copy(kept + moved, kept + count, kept);
+    other.SetCount(size, moved);
+    SetCount(size, count - moved);
+    return moved;
 }
 
 }  // namespace brenta

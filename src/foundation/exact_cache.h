@@ -2,8 +2,8 @@
 //
 // The exact lane promises that a request gets a freed block of its size, if there is one anywhere, before
 // anything is carved. So what a thread keeps to itself must be within the reach of the others. Visitors come
-// when they would otherwise have to carve, and only where they see a block; they take all blocks of the size,
-// so that they do not come again soon.
+// when they would otherwise have to carve, and only where they see a block; they take half of the blocks of
+// the size: enough not to come again soon, and not so many that the owner has to come for them in turn.
 //
 // Everything here happens inside the lock of the thread's store (thread_store.h), or under the heap's lock,
 // by the owner at once and by others as visitors.
@@ -56,7 +56,8 @@ class ExactCache {
     }
     /// Moves the older half of the blocks, or those that there are, to `blocks`, and returns how many.
     std::uint32_t RemoveOlder(std::size_t size, HeapBlock* blocks);
-    /// Moves all blocks of this size to another cache, which has none, and returns how many.
+    /// Moves the older half of the blocks of this size, or the only one, to another cache, which has none,
+    /// and returns how many.
     std::uint32_t MoveTo(ExactCache& other, std::size_t size);
 
     static void Increment(std::atomic<std::uint32_t>& counter) {

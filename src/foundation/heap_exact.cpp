@@ -1,5 +1,7 @@
 // The exact lane's ways beside the usual one (heap.cpp): when a thread's cache has no block or no room, or
 // there is no cache, and blocks of less than a granule.
+#include <algorithm>
+
 #include "foundation/exact_cache.h"
 #include "foundation/heap_core.h"
 #include "foundation/thread_store.h"
@@ -28,10 +30,13 @@ char* HeapCore::AllocateThrough(ThreadStore& store, std::size_t size) {
     return CarveExact(size, store.GetMark());
 }
 
-/// Moves blocks from the free store to a thread's empty cache.
+/// Moves blocks from the free store to a thread's empty cache, and leaves half of them to other threads,
+/// which would have to visit this one for them.
 void HeapCore::FillUp(ExactCache& cache, std::size_t size) {
     HeapBlock blocks[ExactCache::kDepth / 2];
-    const std::uint32_t count = Of(Lane::Exact).store.Find(size)->PopSome(blocks, ExactCache::kDepth / 2);
+    BlockStack& free = *Of(Lane::Exact).store.Find(size);
+    const std::uint32_t half = (free.GetCount() + 1) / 2;
+    const std::uint32_t count = free.PopSome(blocks, std::min(half, ExactCache::kDepth / 2));
     for (std::uint32_t i = 0; i < count; ++i)
         cache.Push(size, blocks[i]);
 }

@@ -117,8 +117,8 @@ class ThreadStore {
     /// The same in all stores.
     static std::uint32_t CollectAllAstray(HeapCore& core);
 
-    /// Fills an empty stack of a thread's cache with the blocks of this size that another thread keeps, if
-    /// there is one.
+    /// Fills an empty stack of a thread's cache with half of the blocks of this size that another thread
+    /// keeps, if there is one.
     static void TakeFromOthers(ThreadStore& taker, std::size_t size);
     /// The blocks of the exact lane that all threads have had from their caches, and those that were carved
     /// because there was none.
