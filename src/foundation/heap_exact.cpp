@@ -56,7 +56,7 @@ void HeapCore::FreeShort(ThreadStore* store, COnePage& page, char* p) {
     ExactNote& note = page.ExactNoteOf(p);
     const std::size_t size = note.ShortSize(ByteInGranule(p));
     if (size == 0) return;
-    if (store && m_hasExactCaches && store->FreeShort(size, p, note)) return;
+    if (store && m_hasExactCaches && store->FreeExact(size, p, note)) return;
     const os::LockGuard guard(m_lock);
     if (note.EndShort(ByteInGranule(p))) KeepExact(page, size, {p, &note});
 }

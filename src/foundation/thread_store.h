@@ -81,15 +81,8 @@ class ThreadStore {
     }
     bool FreeExact(std::size_t size, char* p, ExactNote& note) {
         if (!m_lock.Enter()) return false;
-        const bool ended = !m_exact.IsFull(size) && End(note.life);
-        if (ended) m_exact.Push(size, {p, &note});
-        m_lock.Leave();
-        return ended;
-    }
-    /// The same for blocks of less than a granule.
-    bool FreeShort(std::size_t size, char* p, ExactNote& note) {
-        if (!m_lock.Enter()) return false;
-        const bool ended = !m_exact.IsFull(size) && note.EndShort(ByteInGranule(p));
+        const bool ended =
+            !m_exact.IsFull(size) && (size >= kGranule ? End(note.life) : note.EndShort(ByteInGranule(p)));
         if (ended) m_exact.Push(size, {p, &note});
         m_lock.Leave();
         return ended;

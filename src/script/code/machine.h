@@ -48,12 +48,12 @@ class Machine final : public NameCells::Hidden {
 
     /// Shows the locals of all frames, those that are shown already excepted.
     void Show() override;
-    std::size_t ShowMark() const { return m_shownCount; }
+    std::size_t ShowMark() const { return m_shown.size(); }
     /// The scopes of functions that have been opened on behalf of others: a caller of others goes back to the
     /// depth it had, and what has been added to this meanwhile.
     std::int64_t AddedScopes() const { return m_addedScopes; }
     void HideTo(std::size_t mark) {
-        while (m_shownCount > mark)
+        while (m_shown.size() > mark)
             Hide();
     }
 
@@ -195,7 +195,6 @@ class Machine final : public NameCells::Hidden {
     Frame* m_frame = nullptr;       // of the function that runs
     Frame* m_shownFrame = nullptr;  // up to here all frames are shown
     std::vector<Shown> m_shown;
-    std::size_t m_shownCount = 0;  // as many; asked for with every request
     NameCells::Taken m_taken;
     std::int64_t m_addedScopes = 0;
     std::uint32_t m_conversions = 0;                       // counts calls of Convert

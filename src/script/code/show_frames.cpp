@@ -154,7 +154,6 @@ void Machine::Show() {
     MoveToCells(first, m_frame);
     if (first < kept) Convert(first, kept - 1);
     m_shown.push_back({m_shownFrame, kept, m_frame, m_cells.Depth(), m_cells.Mark(), m_epoch});
-    ++m_shownCount;
     m_shownFrame = m_frame;
 }
 
@@ -163,7 +162,6 @@ void Machine::Show() {
 void Machine::Hide() {
     const Shown shown = m_shown.back();
     m_shown.pop_back();
-    --m_shownCount;
     m_shownFrame = shown.below;
     m_cells.PopTo(shown.depth);
     const bool isAsShown = m_cells.Depth() == shown.depth && m_cells.Mark() == shown.mark;
