@@ -9,7 +9,8 @@
 //     // arguments: Main a b                   words behind the file name
 //
 // Scripts run in a folder of their own, where they may leave files. The exit status must be 1 if errors or
-// messages are expected, else 0. Code blocks of the documents marked as scripts are run in the same way.
+// messages are expected, else 0. Code blocks of the documents marked as scripts are run in the same way, with
+// a block of output behind them as further expectations.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -107,20 +108,28 @@ void RegisterScriptFolder() {
         RegisterScript("Scripts", fs::relative(file, folder).string(), file.string());
 }
 
-/// Writes each block between "```brenta" and "```" of a document to a file of its own.
+/// Writes each block between "```brenta" and "```" of a document to a file of its own, and what a "```output"
+/// directly behind it says as expectations at its end.
 void RegisterDocument(const fs::path& document) {
     std::istringstream lines(ReadText(document.string()));
     std::ofstream block;
+    const char* prefix = nullptr;  // within a block: what its lines begin with in the file
     int count = 0;
     for (std::string line; std::getline(lines, line);) {
-        if (!block.is_open() && line == "```brenta") {
+        if (prefix != nullptr) {
+            if (line == "```")
+                prefix = nullptr;
+            else
+                block << prefix << line << std::endl;
+        } else if (line == "```brenta") {
             const std::string name = document.stem().string() + "_" + std::to_string(++count) + ".scr";
-            block.open(ScratchFolder() / name);
+            block = std::ofstream(ScratchFolder() / name);
             RegisterScript("Documents", name, (ScratchFolder() / name).string());
-        } else if (block.is_open() && line == "```") {
+            prefix = "";
+        } else if (line == "```output") {
+            prefix = "// expect: ";
+        } else if (!line.empty()) {
             block.close();
-        } else if (block.is_open()) {
-            block << line << '\n';
         }
     }
 }
@@ -134,5 +143,6 @@ int main(int argc, char** argv) {
     for (const auto& entry : std::filesystem::directory_iterator(BRENTA_DOCS_FOLDER)) {
         if (entry.path().extension() == ".md") brenta::test::RegisterDocument(entry.path());
     }
+    brenta::test::RegisterDocument(BRENTA_DOCS_FOLDER "/../README.md");
     return RUN_ALL_TESTS();
 }
