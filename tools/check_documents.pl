@@ -3,7 +3,7 @@
 #
 #   check_documents.pl HOST FOLDER DOCUMENT...      (HOST and FOLDER as absolute paths; FOLDER is for scratch files)
 #
-#   ```cpp ```cmake   stand in a file under examples/, line for line, perhaps indented further there
+#   ```cpp ```cmake   stand in an example or another file that is compiled, line for line, perhaps indented further
 #   ```sh             commands that exist: './dev' and 'brenta' with their commands, and a few others; those of 'brenta'
 #                     are run if a block of output follows
 #   ```brenta         a script; the host's tests run it, here it must say what to expect, or output follows
@@ -19,7 +19,7 @@ use warnings;
 my $SHELL_WORDS = qr/^(?:cmake|c\+\+|cd|git|sudo|pkg-config)$/;
 
 my ($host, $folder, @documents) = @ARGV;
-my %example_files;    # path => text
+my %compiled_files;    # path => text
 my $failures = 0;
 
 sub read_file {
@@ -50,14 +50,14 @@ sub output_of {
     return scalar `BRENTA_APPDATA='$folder' PATH="\$(dirname '$host'):\$PATH" bash '$folder/command.sh' 2>&1 </dev/null`;
 }
 
-# The file under examples/ that holds the block's lines, all indented by the same blanks.
+# The file that holds the block's lines, all indented by the same blanks.
 sub file_with {
     my ($block) = @_;
     my @lines = map { /\S/ ? '\g{blanks}' . quotemeta : '[ ]*' } @{$block->{lines}};
     $lines[0] =~ s/^\\g\{blanks\}/(?<blanks>[ ]*)/;
     my $pattern = join '\n', @lines;
-    for my $path (sort keys %example_files) {
-        return $path if $example_files{$path} =~ /^$pattern$/m;
+    for my $path (sort keys %compiled_files) {
+        return $path if $compiled_files{$path} =~ /^$pattern$/m;
     }
     return;
 }
@@ -91,7 +91,7 @@ sub check_sh {
 
 sub check_example {
     my ($block) = @_;
-    $block->{example} = file_with($block) or fail($block, "stands in no file under examples/");
+    $block->{example} = file_with($block) or fail($block, "stands in no file that is compiled");
 }
 
 sub check_output {
@@ -181,9 +181,10 @@ sub check_document {
     }
 }
 
-open my $found, '-|', 'find', 'examples', '-name', '*.cpp', '-o', '-name', 'CMakeLists.txt' or die "find: $!\n";
+my @compiled = map { ('-o', '-name', $_) } '*.cpp', '*.h', 'CMakeLists.txt';
+open my $found, '-|', qw(find examples src tests fuzz -false), @compiled or die "find: $!\n";
 chomp(my @paths = <$found>);
-%example_files = map { $_ => read_file($_) } @paths;
+%compiled_files = map { $_ => read_file($_) } @paths;
 system('rm', '-rf', $folder);
 mkdir $folder or die "$folder: $!\n";
 symlink "$ENV{PWD}/examples", "$folder/examples" or die "examples: $!\n";
