@@ -12,7 +12,7 @@
 #   ```text           anything else
 #
 # and the rows of every table with the heading "| script | message | ...": the script, a module or a command text, fails with
-# this message first.
+# this message first. Links within the project lead to files, and to headings, that are there.
 use strict;
 use warnings;
 
@@ -68,15 +68,15 @@ sub matches {
     return $text =~ /^$pattern\z/;
 }
 
-my %known;    # command => whether it exists
+my $commands;    # what 'brenta --help' says, once asked
 
 sub exists_command {
     my ($line) = @_;
     my ($program, $word) = grep { !/^[A-Z_]+=/ } split ' ', $line;
     if ($program eq './dev') { return read_file('dev') =~ /^  \Q$word\E\b/m }
     if ($program eq 'brenta') {
-        return 1 if $word =~ /^-/;
-        return $known{$word} //= system("'$host' '$word' --help >/dev/null 2>&1") == 0;
+        $commands //= output_of('brenta --help');
+        return $word =~ /^-/ || $commands =~ /^  \Q$word\E\b/m;
     }
     return $program =~ $SHELL_WORDS;
 }
@@ -167,8 +167,38 @@ sub printer_of {
     return $programs[-1] // {kind => 'none'};
 }
 
+# The names by which links reach the headings of a document.
+sub anchors_of {
+    my ($path) = @_;
+    my %anchors;
+    for my $heading (read_file($path) =~ /^#+ (.*)$/mg) {
+        my $anchor = lc $heading;
+        $anchor =~ s/[^a-z0-9 _-]//g;
+        $anchor =~ tr/ /-/;
+        $anchors{$anchor} = 1;
+    }
+    return \%anchors;
+}
+
+sub check_links {
+    my ($path) = @_;
+    my ($start) = $path =~ m{^(.*/)};
+    my $number = 0;
+    for my $line (split /\n/, read_file($path)) {
+        ++$number;
+        while ($line =~ /\]\(([^):#]*)(?:#([^)]+))?\)/g) {
+            my ($file, $anchor) = ($1, $2);
+            my $target = length $file ? ($start // '') . $file : $path;
+            my $place = {file => $path, line => $number};
+            fail($place, "there is no $target") if !-e $target;
+            fail($place, "$target has no heading '$anchor'") if $anchor && -f $target && !anchors_of($target)->{$anchor};
+        }
+    }
+}
+
 sub check_document {
     my ($path) = @_;
+    check_links($path);
     my @parts = parts_of($path);
     for my $i (0 .. $#parts) {
         my $part = $parts[$i];
