@@ -8,7 +8,7 @@
 ///         bool ScriptAction(IOB& request) override {
 ///             if (request.name != StrId("lit")) return false;
 ///             if (request.action == kGet) *request.result = m_lit;
-///             if (request.action == kSet) m_lit = request.arguments->GetHead()->GetBool();
+///             if (request.action == kSet) m_lit = request.arguments->GetHead()->GetFloat() != 0;
 ///             return request.action == kGet || request.action == kSet;
 ///         }
 ///         ...                       // SizeOf, GetClassName, GetBaseClassName
@@ -24,6 +24,10 @@
 ///     obj.name += v            action kGet, then kSet with the combined value
 ///     obj.name(a, b)           action kCall, the name, the arguments in order; the result becomes the value
 ///     reflect(obj)             action kDescribe; the result, a value that describes the object, is printed
+///
+/// Arguments are what a script has written: any number of them, of any kind. Look at the kind first: GetInt
+/// and GetBool of null are a broken contract (brenta/var.h), which would end the host; GetFloat and GetString
+/// take null as 0 and "". A reference may hold an object of any class, so cast it with dynamic_cast.
 ///
 /// Lifetime. Values hold bare pointers: an object must live as long as any script can reach it. An object
 /// that a script creates belongs to nobody at first, and no engine ever deletes it; the library keeps a list
