@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-// Where scripts print, and where it says what goes wrong in them.
+// Where scripts print, and where their errors go.
 struct Console : brenta::CScriptMsgStream {
     void OutputPrintStream(const char* text) override { std::puts(text); }
     void OutputErrStream(const char* text) override { std::fprintf(stderr, "%s\n", text); }
