@@ -334,6 +334,14 @@ int HeapCore::GetBytesUsed() const {
     return static_cast<int>(std::min<std::uint64_t>(sum, INT_MAX));
 }
 
+LiveBlocks HeapCore::CountLive() {
+    const os::LockGuard guard(m_lock);
+    LiveBlocks live;
+    for (COnePage* page = m_pFirstPage.load(std::memory_order_acquire); page; page = page->Next())
+        page->CountLive(live);
+    return live;
+}
+
 bool HeapCore::IsValidHeapPtr(const void* p) const {
     const auto address = reinterpret_cast<std::uintptr_t>(p);
     for (COnePage* page = m_pFirstPage.load(std::memory_order_acquire); page; page = page->Next()) {

@@ -34,6 +34,8 @@ class HeapCore {
     const char* GetName() const { return m_name; }
     std::uint32_t GetAllocationCount() const;
     std::uint32_t GetReuseCount() const;
+    /// The blocks in use. Takes time in proportion to the pages, and nothing from those who allocate.
+    LiveBlocks CountLive();
 
     // For the threads' own stores (foundation/thread_store.h): blocks of the aligned lane whose size is a
     // multiple of kGranule.

@@ -110,6 +110,26 @@ HeapBlock COnePage::TakeRest(std::size_t& size) {
     return {m_pBytes + offset, NoteBlock(offset, size, 0)};
 }
 
+void COnePage::CountLive(LiveBlocks& live) const {
+    // A rest that was taken lies behind what counts as used.
+    const std::size_t noted = m_left == 0 ? m_size : Used();
+    const std::size_t granules = m_forOneBlock ? 1 : (noted + kGranule - 1) / kGranule;
+    if (m_lane == Lane::Exact) return CountLiveExact(granules, live);
+    for (std::size_t i = 0; i < granules; ++i) {
+        const std::uint32_t word = m_pAligned[i].Load();
+        if (BlockLife::IsInUse(word)) live.Add(AlignedSize(word));
+    }
+}
+
+void COnePage::CountLiveExact(std::size_t granules, LiveBlocks& live) const {
+    for (std::size_t i = 0; i < granules; ++i) {
+        const ExactNote& note = m_pExact[i];
+        for (unsigned byte = 0; note.IsAnyInUse() && byte < kGranule; ++byte)
+            if (note.IsInUse(byte)) live.Add(ExactSize(m_pBytes + i * kGranule + byte));
+        if (note.IsSizeElsewhere()) ++i;
+    }
+}
+
 // ---------------------------------------------------------------------------------------------------------
 // PageIndex
 

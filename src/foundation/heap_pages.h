@@ -79,6 +79,11 @@ class ExactNote {
         return BlockLife::SizeOf(life.Load());
     }
 
+    /// Whether the size of the block that starts last stands in the next note (KeepSize).
+    bool IsSizeElsewhere() const { return BlockLife::SizeOf(life.Load()) == kNotedElsewhere; }
+    bool IsAnyInUse() const {
+        return m_starts.load(std::memory_order_relaxed) >= kFirstLive || BlockLife::IsInUse(life.Load());
+    }
     bool IsInUse(unsigned byte) const {
         return IsLong(byte) ? BlockLife::IsInUse(life.Load()) : IsShortLive(byte);
     }
@@ -148,6 +153,18 @@ inline constexpr std::size_t kSmallSizes = 32;
 inline constexpr std::size_t kRegionSize = 0x10000;
 struct RegionSet;
 
+/// Blocks in use, and the bytes in them.
+struct LiveBlocks {
+    void Add(std::size_t size) {
+        ++count;
+        bytes += size;
+    }
+    friend bool operator==(const LiveBlocks&, const LiveBlocks&) = default;
+
+    std::size_t count = 0;
+    std::size_t bytes = 0;
+};
+
 /// A page of a heap. All changes happen under the heap's lock, except to the lives of blocks.
 class COnePage {
  public:
@@ -197,6 +214,9 @@ class COnePage {
     /// aligned lane.
     RegionSet* RegionSetOf(const char* p, std::size_t size);
 
+    /// Adds the page's blocks in use, by a walk over its notes.
+    void CountLive(LiveBlocks& live) const;
+
     COnePage* Next() const { return m_pNext.load(std::memory_order_acquire); }
     void SetNext(COnePage* next) { m_pNext.store(next, std::memory_order_release); }
 
@@ -207,6 +227,7 @@ class COnePage {
     std::size_t GranuleOf(const char* p) const { return static_cast<std::size_t>(p - m_pBytes) / kGranule; }
     void* NoteBlock(std::size_t offset, std::size_t size, std::uint32_t mark);
     void NoteExact(std::size_t offset, std::size_t size, std::uint32_t mark);
+    void CountLiveExact(std::size_t granules, LiveBlocks& live) const;
 
     char* m_pBytes = nullptr;
     std::size_t m_size = 0;

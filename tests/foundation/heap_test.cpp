@@ -268,20 +268,6 @@ TEST(Heap, ThreadsReuseWhatOthersKeep) {
     keeper.join();
 }
 
-TEST(Heap, EndedThreadsLeaveTheirBlocksToOthers) {
-    const auto work = [] {
-        TOrderedList<int> list;
-        for (int i = 0; i < 1000; ++i)
-            list.Add(i);
-    };
-    for (int i = 0; i < 3; ++i)
-        std::thread(work).join();
-    const int used = CoreHeapUsed();
-    for (int i = 0; i < 20; ++i)
-        std::thread(work).join();
-    EXPECT_EQ(CoreHeapUsed(), used);
-}
-
 /// Frees the same two blocks on two threads, which may be the one that allocated them and another.
 void FreeTwice(bool byOwner) {
     void *p = nullptr, *q = nullptr;

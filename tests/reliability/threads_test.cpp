@@ -9,6 +9,7 @@
 #include "brenta/heap.h"
 #include "brenta/names.h"
 #include "brenta/string.h"
+#include "foundation/heap_core.h"
 #include "foundation/library_statics.h"
 #include "platform/data_folder.h"
 #include "script/script_test_support.h"
@@ -18,12 +19,12 @@ namespace {
 
 constexpr unsigned kThreads = 8, kNames = 500;
 
-/// What one thread does over and over, and how many blocks it has asked for.
+/// What one thread does over and over, how many blocks it has asked for, and what it holds of them.
 class Worker {
  public:
     explicit Worker(unsigned seed) : m_random(seed) {
-        m_engine.engine.InjectScript("m",
-                                     "function F(n) { if (n < 2) return n; return F(n - 1) + F(n - 2); }");
+        m_engine.emplace().engine.InjectScript(
+            "m", "function F(n) { if (n < 2) return n; return F(n - 1) + F(n - 2); }");
     }
     ~Worker() {
         for (Block& block : m_blocks)
@@ -44,10 +45,18 @@ class Worker {
         const auto id = static_cast<std::uintptr_t>(StrId(copy));
         EXPECT_TRUE(names[number].compare_exchange_strong(seen, id) || seen == id);
         Var result;
-        EXPECT_TRUE(m_engine.engine.Execute("F(8) + 1", result, kUnitsNone));
+        EXPECT_TRUE(m_engine->engine.Execute("F(8) + 1", result, kUnitsNone));
         EXPECT_EQ(result.GetInt(), 22);
     }
     std::uint32_t Asked() const { return m_asked; }
+    /// Leaves only the blocks, and tells them.
+    LiveBlocks Keep() {
+        m_engine.reset();
+        LiveBlocks kept;
+        for (const Block& block : m_blocks)
+            if (block.bytes) kept.Add(static_cast<std::size_t>(block.size));
+        return kept;
+    }
 
  private:
     struct Block {
@@ -70,7 +79,7 @@ class Worker {
     }
 
     std::mt19937 m_random;
-    ParserFixture m_engine;
+    std::optional<ParserFixture> m_engine;
     Block m_blocks[64];
     std::uint32_t m_asked = 0;
 };
@@ -79,12 +88,18 @@ TEST(Threads, LoseNothingWhileTheLibraryComesAndGoes) {
     const char* const wanted = std::getenv("BRENTA_SOAK_SECONDS");
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(wanted ? std::atoi(wanted) : 2);
     std::vector<std::atomic<std::uintptr_t>> names(kNames);
-    const std::uint32_t allocations = GlobalHeap().GetAllocationCount();
-    const std::size_t known = GlobalStrings().GetNameCount();
-    std::atomic<std::uint32_t> asked{0};
+    const auto used = [&] {
+        return std::count_if(names.begin(), names.end(), [](auto& id) { return id != 0; });
+    };
+    Worker(kThreads).Work(names);  // what is built once
+    HeapCore& heap = *g_pGlobalCore;
+    const std::uint32_t allocations = heap.GetAllocationCount();
+    const std::size_t known = GlobalStrings().GetNameCount() - static_cast<std::size_t>(used());
+    LiveBlocks live = heap.CountLive();
+    const LiveBlocks before = live;
+    std::vector<std::optional<Worker>> workers(kThreads);
     OnThreads(kThreads + 1, [&](unsigned thread) {
-        std::optional<Worker> worker;
-        if (thread < kThreads) worker.emplace(thread);
+        Worker* const worker = thread < kThreads ? &workers[thread].emplace(thread) : nullptr;
         while (std::chrono::steady_clock::now() < end) {
             if (worker) {
                 worker->Work(names);
@@ -93,12 +108,22 @@ TEST(Threads, LoseNothingWhileTheLibraryComesAndGoes) {
                 EXPECT_TRUE(library && dlclose(library) == 0);
             }
         }
-        if (worker) asked += worker->Asked();
     });
-    EXPECT_EQ(GlobalHeap().GetAllocationCount() - allocations, asked);
-    const auto used = std::count_if(names.begin(), names.end(), [](const auto& name) { return name != 0; });
-    const std::size_t words = GlobalStrings().GetNameCount() - known - static_cast<std::size_t>(used);
-    EXPECT_LE(words, 20u) << "those of the script";
+    std::uint32_t asked = 0;
+    for (std::optional<Worker>& worker : workers) {
+        const LiveBlocks kept = worker->Keep();
+        live.count += kept.count;
+        live.bytes += kept.bytes;
+        asked += worker->Asked();
+    }
+    EXPECT_EQ(heap.GetAllocationCount() - allocations, asked);
+    EXPECT_EQ(GlobalStrings().GetNameCount(), known + static_cast<std::size_t>(used()));
+    EXPECT_EQ(heap.CountLive(), live);
+    workers.clear();
+    EXPECT_EQ(heap.CountLive(), before);
+    const int carved = heap.GetBytesUsed();
+    Worker(kThreads).Work(names);
+    EXPECT_EQ(heap.GetBytesUsed(), carved) << "what was freed is not found again";
     RecordProperty("rounds", static_cast<int>(asked / 100));
 }
 
