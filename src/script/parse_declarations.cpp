@@ -139,7 +139,11 @@ bool CCoreScriptEngine::ParseClass(TIter<ScriptToken*>& iter) {
     if (!AssertToken(CurrentToken(iter), TOK_LCURLY)) return false;
     iter.Next();
     auto cls = MakeSymbol<ClassSymbol>(name->GetValue(), base);
-    if (!ParseMembers(*this, iter, *cls)) return false;
+    {
+        SymbolsOfPart symbols(*m_pState);
+        if (!ParseMembers(*this, iter, *cls)) return false;
+        symbols.Keep();
+    }
     ClassSymbol& entered = *cls;
     m_pState->Own(cls.release());
     EnterGlobal(*this, entered);

@@ -234,8 +234,13 @@ void EnterGlobal(CCoreScriptEngine& engine, CCoreSymbol& symbol) {
 namespace {
 
 bool ParseGlobalFunction(CCoreScriptEngine& engine, TIter<ScriptToken*>& iter) {
-    FuncSymbol* const function = engine.ParseFunction(iter);
-    if (function == nullptr) return false;
+    FuncSymbol* function = nullptr;
+    {
+        SymbolsOfPart symbols(engine.State());
+        function = engine.ParseFunction(iter);
+        if (function == nullptr) return false;
+        symbols.Keep();
+    }
     engine.State().Own(function);
     EnterGlobal(engine, *function);
     return true;

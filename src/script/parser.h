@@ -150,6 +150,27 @@ class Override {
     T m_former;
 };
 
+/// The symbols of a function or a class while it is parsed. If that fails they go: nothing has run that could
+/// have kept one.
+class SymbolsOfPart {
+ public:
+    explicit SymbolsOfPart(EngineState& state) : m_state(state), m_owner(state.owner, &m_symbols) {}
+    ~SymbolsOfPart() { m_state.symbolsOfTexts -= m_symbols.size(); }
+    SymbolsOfPart(const SymbolsOfPart&) = delete;
+    SymbolsOfPart& operator=(const SymbolsOfPart&) = delete;
+
+    /// Gives them to the engine, which has room for them.
+    void Keep() {
+        for (std::unique_ptr<CCoreSymbol>& symbol : m_symbols)
+            m_state.symbols.push_back(std::move(symbol));
+    }
+
+ private:
+    EngineState& m_state;
+    SymbolList m_symbols;
+    const Override<SymbolList*> m_owner;
+};
+
 /// Counts one level of nesting while it lives.
 class NestingLevel {
  public:

@@ -7,15 +7,30 @@
 #include "brenta/dump.h"
 #include "foundation/lack_of_memory.h"
 #include "script/expression_nodes.h"
+#include "script/statement_count.h"
 
 namespace brenta {
 
 // ---------------------------------------------------------------------------------------------------------
 // Statement
 
-Statement::Statement(StatementType type) : m_type(type) {}
+namespace {
 
-Statement::~Statement() = default;
+constinit thread_local long t_count = 0;
+
+}  // namespace
+
+long CountStatements() {
+    return t_count;
+}
+
+Statement::Statement(StatementType type) : m_type(type) {
+    ++t_count;
+}
+
+Statement::~Statement() {
+    --t_count;
+}
 
 // ---------------------------------------------------------------------------------------------------------
 // ExpressionStatement

@@ -1,5 +1,6 @@
 #include "script/parser.h"
 
+#include "reliability/living.h"
 #include "script/script_test_support.h"
 
 namespace brenta::test {
@@ -15,6 +16,13 @@ std::string ErrorsOf(const std::string& text) {
     return fixture.messages.TakeErrors();
 }
 
+std::string ModuleErrorsOf(const std::string& text) {
+    ParserFixture fixture;
+    const std::string errors = fixture.ParseModule(text);
+    EXPECT_TRUE(fixture.engine.GetScopeDepth() == 1 && !fixture.engine.GetFirstToken().Get()) << text;
+    return errors;
+}
+
 // clang-format off
 /// Texts that all fail with the same messages.
 struct FailingTexts {
@@ -22,7 +30,7 @@ struct FailingTexts {
     std::vector<const char*> texts;
 };
 
-const FailingTexts kTextErrors[] = {
+const std::vector<FailingTexts> kTextErrors = {
     {"t(1): Syntax error: expecting ';', but found ')'\n",
      {"a)", "for (; a; b) c", "for (print(1); b; c) d"}},
     {"t(2): Syntax error: expecting ';', but found '}'\n", {"a;\n }"}},
@@ -48,7 +56,7 @@ const FailingTexts kTextErrors[] = {
     {"t(1): Illigal expression.\nt(1): Missing r-value.\n", {"var x = 3[1];"}},
 };
 
-const FailingTexts kModules[] = {
+const std::vector<FailingTexts> kModules = {
     {"",
      {"", "; function f(a, b) { return a } ; class C {} var x as C",
       "class A { var x = 1; 5 ; function m() {} var y } class B inherits A {}",
@@ -72,50 +80,16 @@ const FailingTexts kModules[] = {
 };
 // clang-format on
 
-TEST(Parser, SaysWhatIsWrongWithAText) {
-    for (const auto& [errors, texts] : kTextErrors)
-        for (const char* text : texts)
-            EXPECT_EQ(ErrorsOf(text), errors) << text;
-}
-
-TEST(Parser, Modules) {
-    for (const auto& [errors, texts] : kModules) {
-        for (const char* text : texts) {
-            ParserFixture fixture;
-            EXPECT_EQ(fixture.ParseModule(text), errors) << text;
-            EXPECT_EQ(fixture.engine.GetScopeDepth(), 1) << text;
-            EXPECT_EQ(fixture.engine.GetFirstToken().Get(), nullptr) << text;
-        }
-    }
-}
-
-// The library's heap carves more only when freed blocks do not do: what a failure leaves behind would show.
-TEST(Parser, NothingIsLeftBehind) {
-    const auto parseAll = [] {
-        for (const FailingTexts& row : kTextErrors)
-            for (const char* text : row.texts)
-                ErrorsOf(text);
-        for (const FailingTexts& row : kModules)
-            for (const char* text : row.texts)
-                ParserFixture().ParseModule(text);
-        return CoreHeapUsed();
-    };
-    parseAll();
-    const auto used = parseAll();
-    EXPECT_EQ(parseAll(), used);
-
-    ParserFixture fixture;
-    const auto runTexts = [&fixture] {
-        Var result;
-        for (int i = 0; i < 100; ++i) {
-            fixture.engine.Execute("{ var t = 1; foreach (x in {t}) { var y[2]; } }", result, kMils);
-            fixture.engine.Execute("{ var t = 1; execute(\"var u = 1; u[0]\"); }", result, kMils);
-            fixture.engine.Execute("foreach (x in {1}) { var u = 3[1]; }", result, kMils);
-        }
-        return CoreHeapUsed();
-    };
-    const auto usedByTexts = runTexts();
-    EXPECT_EQ(runTexts(), usedByTexts);
+TEST(Parser, SaysWhatIsWrongAndLeavesNothing) {
+    for (const auto* table : {&kTextErrors, &kModules})
+        for (const FailingTexts& row : *table)
+            for (const char* text : row.texts) {
+                const auto parse = [&] { return table == &kModules ? ModuleErrorsOf(text) : ErrorsOf(text); };
+                parse();  // and builds what is built once
+                const Living living = Living::Now();
+                EXPECT_EQ(parse(), row.errors) << text;
+                EXPECT_EQ(Living::Now(), living) << text;
+            }
 }
 
 TEST(Parser, ACheckRunsNothing) {

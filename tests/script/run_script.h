@@ -34,6 +34,7 @@ class Probe : public CCoreScriptable {
 class ScriptRun : private CScriptMsgStream {
  public:
     explicit ScriptRun(const std::string& module = "");
+    ~ScriptRun() { DeleteStdLib(engine); }
 
     std::string Execute(const std::string& text, CoreUnits units = kUnitsNone);
     std::string Load(const std::string& module);

@@ -30,17 +30,19 @@ std::string DumpOf(T& dumped) {
     return text();
 }
 
+/// Engines leave their standard library object to the library; in tests it goes with the engine.
+inline void DeleteStdLib(const CCoreScriptEngine& engine) {
+    const auto* const env = dynamic_cast<ScriptSymbol*>(engine.GetSymbol(StrId("Env"), false));
+    const Var* const object = env != nullptr ? env->GetValue().GetMember(StrId("StdLib")) : nullptr;
+    if (object != nullptr) delete static_cast<CCoreScriptable*>(object->GetRef());
+}
+
 /// A fresh engine that parses texts.
 struct ParserFixture {
     RecordingStream messages;
     CCoreScriptEngine engine{TOrderedList<Var>(), &messages};
 
-    /// Engines leave their standard library object to the library; here it goes with the engine.
-    ~ParserFixture() {
-        const auto* const env = dynamic_cast<ScriptSymbol*>(engine.GetSymbol(StrId("Env"), false));
-        const Var* const object = env != nullptr ? env->GetValue().GetMember(StrId("StdLib")) : nullptr;
-        if (object != nullptr) delete static_cast<CCoreScriptable*>(object->GetRef());
-    }
+    ~ParserFixture() { DeleteStdLib(engine); }
 
     /// Scans a text into an empty token list, as the source "t".
     TIter<ScriptToken*> Scan(const std::string& text) {
