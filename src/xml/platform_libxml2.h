@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "xml/platform_document.h"
+#include "xml/platform_memory_libxml2.h"
 
 namespace brenta {
 
@@ -26,10 +27,13 @@ inline const xmlChar* AsXmlChars(const char* text) {
 }
 
 /// While it lives, libxml2 writes nothing to standard error on this thread, which it does for what it cannot
-/// convert and when memory runs out. The thread's own handler is put back.
+/// convert and when memory runs out. The thread's own handler is put back. May throw std::bad_alloc.
 class QuietErrors {
  public:
-    QuietErrors() : m_previous(xmlStructuredError), m_pContext(xmlStructuredErrorContext) {
+    QuietErrors() {
+        ReadyXmlThread();
+        m_previous = xmlStructuredError;
+        m_pContext = xmlStructuredErrorContext;
         xmlSetStructuredErrorFunc(nullptr, [](void*, xmlError*) {});
     }
     ~QuietErrors() { xmlSetStructuredErrorFunc(m_pContext, m_previous); }

@@ -84,6 +84,7 @@ std::shared_ptr<XmlTree> DocumentParse::Run(const char* base, xmlDict* dictionar
         return nullptr;
     }
     const XmlMemoryWatch watch;
+    const QuietErrors quiet;
     m_pContext = xmlNewParserCtxt();
     if (m_pContext == nullptr) throw std::bad_alloc();
     if (dictionary != nullptr) {

@@ -194,9 +194,11 @@ Security ForbidAll() {
 }
 
 void Run(Job& job) {
+    ReadyXmlThread();
     const Handlers handlers;
+    const XmlMemoryReserve reserve;
     const Stylesheet sheet = Compile(job);
-    if (sheet == nullptr) return;
+    if (sheet == nullptr || reserve.IsTouched()) return;
     ParseFault fault;
     const std::shared_ptr<XmlTree> source = ParseXml(job.document, ParseUse::Transform, nullptr, fault);
     if (source == nullptr || !PrepareSource(*source->m_pDoc)) return;
@@ -204,6 +206,9 @@ void Run(Job& job) {
     const Context context(xsltNewTransformContext(sheet.get(), source->m_pDoc));
     if (context == nullptr || xsltSetCtxtSecurityPrefs(security.get(), context.get()) != 0) return;
     xsltSetTransformErrorFunc(context.get(), nullptr, &Ignore);
+    reserve.WhenTouched(
+        [](void* self) { static_cast<xsltTransformContext*>(self)->state = XSLT_STATE_STOPPED; },
+        context.get());
     const Document result(
         xsltApplyStylesheetUser(sheet.get(), source->m_pDoc, nullptr, nullptr, nullptr, context.get()));
     if (result == nullptr || context->state != XSLT_STATE_OK) return;
@@ -211,7 +216,7 @@ void Run(Job& job) {
     int size = 0;
     if (xsltSaveResultToString(&text, &size, result.get(), sheet.get()) == 0 && text != nullptr) {
         const std::unique_ptr<xmlChar, decltype(xmlFree)> owner(text, xmlFree);
-        job.result.assign(AsChars(text), static_cast<std::size_t>(size));
+        if (!reserve.IsTouched()) job.result.assign(AsChars(text), static_cast<std::size_t>(size));
     }
 }
 

@@ -290,6 +290,7 @@ bool SaxParse::ConsumedAll() const {
 bool SaxParse::Run() {
     static const xmlSAXHandler kCallbacks = MakeCallbacks();
     xmlSAXHandler callbacks = kCallbacks;
+    ReadyXmlThread();
     m_context.reset(xmlCreateIOParserCtxt(
         &callbacks, nullptr,
         [](void* self, char* bytes, int size) { return static_cast<SaxParse*>(self)->Read(bytes, size); },

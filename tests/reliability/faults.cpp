@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -26,17 +27,25 @@ struct Plan {
     int error = 0;
 };
 constinit thread_local Plan t_plan;
+constinit std::atomic<Plan*> g_pPlanOfAll{nullptr};
 constinit thread_local std::size_t t_freed = 0;  // the room of the block that the thread has freed last
 
+Plan& CurrentPlan() {
+    Plan* const ofAll = g_pPlanOfAll.load(std::memory_order_relaxed);
+    return ofAll ? *ofAll : t_plan;
+}
+
 bool Strikes(FaultOf kind) {
-    if (t_plan.kind != kind || t_plan.left-- > 0 || (t_plan.left < -1 && !t_plan.lasts)) return false;
-    t_plan.hasStruck = true;
+    Plan& plan = CurrentPlan();
+    if (plan.kind != kind || plan.left-- > 0 || (plan.left < -1 && !plan.lasts)) return false;
+    plan.hasStruck = true;
     return true;
 }
 
 bool FailsFile() {
-    if (t_plan.error == 0 || !Strikes(FaultOf::File)) return false;
-    errno = t_plan.error;
+    const int error = CurrentPlan().error;
+    if (error == 0 || !Strikes(FaultOf::File)) return false;
+    errno = error;
     return true;
 }
 
@@ -67,16 +76,18 @@ bool FailsStream(std::FILE* stream) {
 
 /// How much of a request to read or write is served.
 std::size_t Part(std::size_t size) {
-    return size > 1 && t_plan.error == 0 && Strikes(FaultOf::File) ? size / 2 : size;
+    return size > 1 && CurrentPlan().error == 0 && Strikes(FaultOf::File) ? size / 2 : size;
 }
 
 }  // namespace
 
-Fault::Fault(FaultOf kind, long succeeding, bool lasts, int error) {
+Fault::Fault(Of threads, FaultOf kind, long succeeding, bool lasts, int error) {
     t_plan = {kind, succeeding, lasts, false, error};
+    if (threads == AllThreads) g_pPlanOfAll = &t_plan;
 }
 
 Fault::~Fault() {
+    g_pPlanOfAll = nullptr;
     t_plan = {};
 }
 
@@ -120,7 +131,7 @@ void* realloc(void* block, std::size_t size) noexcept {
 }
 
 void free(void* block) noexcept {
-    if (t_plan.kind == FaultOf::Memory) t_freed = malloc_usable_size(block);
+    if (CurrentPlan().kind == FaultOf::Memory) t_freed = malloc_usable_size(block);
     REAL(free)(block);
 }
 

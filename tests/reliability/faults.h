@@ -10,13 +10,15 @@ namespace brenta::test {
 /// What fails. Of the kinds with an error number all calls about files count.
 enum class FaultOf { Nothing, Memory, Heap, File };
 
-/// While it lives, the calling thread's requests of a kind fail: after so many that succeed one, or all from
-/// then on.
+/// While it lives, requests of a kind fail: after so many that succeed one, or all from then on.
 class Fault {
  public:
+    /// Whose requests: the calling thread's, or those of all threads, which must not ask at the same time.
+    enum Of { OneThread, AllThreads };
+
     /// `error` is what a call about files fails with; 0 lets those that read or write do a part of their work
     /// only.
-    Fault(FaultOf kind, long succeeding, bool lasts, int error = 0);
+    Fault(Of threads, FaultOf kind, long succeeding, bool lasts, int error = 0);
     ~Fault();
     Fault(const Fault&) = delete;
     Fault& operator=(const Fault&) = delete;

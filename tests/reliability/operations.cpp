@@ -222,6 +222,7 @@ void Operations::AddScripts() {
         told = out();
         return good;
     });
+    reads.back().threads = Fault::AllThreads;
     AddRead("lengths", Operation::AllOrNothing, [](std::string& told) {
         int value = 0;
         if (!EvaluateUnit("3 * (2mm + 1in) - 4", kMils, value, nullptr)) return false;

@@ -9,6 +9,7 @@
 
 #include "platform/data_folder.h"
 #include "platform/loopback_server.h"
+#include "reliability/faults.h"
 #include "script/script_test_support.h"
 
 namespace brenta::test {
@@ -24,6 +25,7 @@ struct Operation {
     std::function<void()> reset;         ///< makes the old state
     std::function<bool()> run;           ///< leads from it to the new one
     std::function<std::string()> state;  ///< never the same for both
+    Fault::Of threads = Fault::OneThread;
 };
 
 class Operations {
