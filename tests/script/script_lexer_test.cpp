@@ -9,6 +9,7 @@
 #include "script/script_test_support.h"
 #include "script/stream_guard.h"
 #include "script/token_set.h"
+#include "script/value_limits.h"
 
 namespace brenta::test {
 namespace {
@@ -280,6 +281,11 @@ TEST_F(ScriptFiles, RefusesWhatIsNoText) {
         EXPECT_FALSE(lexer.LoadScriptModule(self.c_str()));
         EXPECT_NE(lexer.messages.errors.find("self.scr(2): Failed to open source file"), std::string::npos);
     }
+    const std::string huge = Write("huge.scr", "x");
+    std::filesystem::resize_file(huge, kMaxSourceSize + 1);
+    TestLexer unread;
+    EXPECT_FALSE(unread.LoadScriptModule(huge.c_str()));
+    EXPECT_NE(unread.messages.errors.find("Failed to read source file"), std::string::npos);
     const std::string last = Write("last.scr", "\ninclude \"empty.scr\"");
     Write("empty.scr", "x");
     TestLexer lexer;
