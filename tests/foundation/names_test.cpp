@@ -68,16 +68,6 @@ TEST(Names, AVeryLongTextHarmsNoOther) {
     EXPECT_TRUE(table.StrId(text.c_str()) == name && table.GetNameCount() == 101);
 }
 
-TEST(Names, ShortKeysEqualTheirOwnNodeOnly) {
-    for (std::size_t i = 1; i <= 16; ++i) {
-        for (std::size_t j = 1; j <= 40; ++j) {
-            const char* text = StrPtr(StrId(std::string(j, 'a').c_str()));
-            const auto& node = reinterpret_cast<const NameNode*>(text)[-1];
-            EXPECT_EQ(ShortNameKey(std::string(i, 'a').c_str(), i).Equals(node), i == j) << i << " " << j;
-        }
-    }
-}
-
 TEST(Names, PagesAreCarvedAndOpenedByTheRule) {
     // Page size, text lengths, pages in the end. A text of 7 bytes takes 24, one of 8 takes 32.
     const std::tuple<int, std::vector<unsigned int>, int> rows[] = {

@@ -39,22 +39,6 @@ struct Classes : ::testing::Test {
     RecordingStream messages;
 };
 
-TEST(SymbolTable, FindsTheInnermostSymbol) {
-    CCoreSymbolTable table;
-    ScriptSymbol global(kX, Var(1, kX), nullptr), local(kX, Var(2, kX), nullptr);
-    table.AddSymbol(kX, &global);
-    table.PushScope();
-    EXPECT_EQ(table.GetSymbol(kX, true), nullptr);
-    EXPECT_EQ(table.GetSymbol(kX, false), &global);
-    table.AddSymbol(kX, &local);
-    table.AddSymbol(kY, &global);
-    EXPECT_EQ(table.GetSymbol(kX, true), &local);
-    EXPECT_EQ(*table.GetFirstSymbol().Get(), &local);
-    table.PopScope();
-    EXPECT_EQ(table.GetSymbol(kX, false), &global);
-    EXPECT_EQ(table.GetSymbol(StrId("never seen"), false), nullptr);
-}
-
 TEST(SymbolTable, WithoutScopesItSaysSo) {
     CCoreSymbolTable table;
     ScriptSymbol symbol(kX, Var(1, kX), nullptr);
@@ -88,44 +72,12 @@ TEST(SymbolTable, CopiesItsGlobalsWithTheirValues) {
     EXPECT_EQ(copy.GetSymbol(kY, false), nullptr);
 }
 
-TEST(ScriptSymbol, HasTheValueOfItsInnermostBinding) {
-    CCoreSymbolTable table;
-    ScriptSymbol symbol(kX, Var(1, StrId("given")), nullptr);
-    EXPECT_EQ(symbol.GetValue().GetName(), StrId("given"));
-    table.AddSymbol(kX, &symbol);
-    symbol.SetValue(List({Int(5)}));
-    table.PushScope();
-    EXPECT_EQ(Show(symbol), "list {5}\n");
-    table.AddSymbol(kX, &symbol);
-    EXPECT_EQ(Show(symbol), "int 1");
-    symbol.SetValue(Text("inner"));
-    EXPECT_EQ(symbol.GetValue().GetName(), kX);
-    ScriptSymbol hiding(kX, Var(true, kX), nullptr);
-    table.AddSymbol(kX, &hiding);
-    EXPECT_EQ(Show(symbol), "string inner");
-    symbol.SetValue(Text("hidden"));
-    EXPECT_EQ(Show(hiding), "bool true");
-    EXPECT_EQ(Show(symbol), "string hidden");
-    table.PopScope();
-    EXPECT_EQ(Show(symbol), "list {5}\n");
-    table.PopScope();
-    EXPECT_EQ(Show(symbol), "int 1");
-    symbol.SetValue(Int(9));
-    EXPECT_EQ(Describe(symbol.GetInitialValue()), "int 9");
-    EXPECT_EQ(DumpOf(symbol), "Var symbol  = 9\n");
-}
-
 TEST(FuncSymbol, KeepsItsParameters) {
     RecordingStream messages;
     FuncSymbol function(StrId("f"));
-    ScriptToken at;
-    at.file = StrId("m.scr");
-    at.line = 7;
     EXPECT_EQ(DumpOf(function), "function symbol f()\n");
-    EXPECT_TRUE(function.AddParam(&at, &messages, StrId("a")));
+    EXPECT_TRUE(function.AddParam(nullptr, &messages, StrId("a")));
     EXPECT_TRUE(function.AddParam(nullptr, nullptr, StrId("b")));
-    EXPECT_FALSE(function.AddParam(&at, &messages, StrId("a")));
-    EXPECT_EQ(messages.TakeErrors(), "m.scr(7): Parameter 'a' already defined.\n");
     EXPECT_TRUE(function.AddParam(nullptr, &messages, kNoName));
     EXPECT_FALSE(function.AddParam(nullptr, &messages, kNoName));
     EXPECT_EQ(messages.TakeErrors(), "Parameter '' already defined.\n");
@@ -188,22 +140,6 @@ TEST_F(Classes, SeeLaterChanges) {
     AddMember(a, "y", Int(5));
     EXPECT_EQ(Show(a), "list {1, 5}\n");
     EXPECT_EQ(table.Cells().CellOf(StrId("A")).value.List()->length, 2u);
-}
-
-TEST_F(Classes, RefuseTheSameNameTwice) {
-    ClassSymbol a(StrId("A"), nullptr);
-    EXPECT_TRUE(AddMember(a, "x", Int(1)));
-    EXPECT_FALSE(AddMember(a, "x", Int(2)));
-    EXPECT_EQ(messages.TakeErrors(), "here: Member 'x' already defined in class 'A'\n");
-    auto function = std::make_unique<FuncSymbol>(kX);
-    ASSERT_TRUE(a.AddFunction("there: ", &messages, function.get()));
-    FuncSymbol* accepted = function.release();
-    FuncSymbol second(kX);
-    EXPECT_FALSE(a.AddFunction("there: ", &messages, &second));
-    EXPECT_EQ(messages.TakeErrors(), "there: Function 'x' already defined in class 'A'\n");
-    EXPECT_EQ(*a.GetFirstFunction().Get(), accepted);
-    EXPECT_FALSE(a.AddMember("", &messages, nullptr));
-    EXPECT_FALSE(a.AddFunction("", &messages, nullptr));
 }
 
 TEST_F(Classes, StayWithinTheLimits) {
