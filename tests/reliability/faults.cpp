@@ -51,11 +51,13 @@ bool FailsFile() {
 
 #if defined(BRENTA_ADDRESS_SANITIZER)
 #define REAL(function) __interceptor_##function
+constexpr bool kThreadsNeedMemory = true;  // the sanitizer's own start of a thread
 std::size_t RoomOf(std::size_t size) {
     return size;
 }
 #else
 #define REAL(function) __libc_##function
+constexpr bool kThreadsNeedMemory = false;
 std::size_t RoomOf(std::size_t size) {
     return std::max<std::size_t>(24, (size + 23) / 16 * 16 - 8);
 }
@@ -83,7 +85,7 @@ std::size_t Part(std::size_t size) {
 
 Fault::Fault(Of threads, FaultOf kind, long succeeding, bool lasts, int error) {
     t_plan = {kind, succeeding, lasts, false, error};
-    if (threads == AllThreads) g_pPlanOfAll = &t_plan;
+    if (threads == AllThreads && !kThreadsNeedMemory) g_pPlanOfAll = &t_plan;
 }
 
 Fault::~Fault() {
