@@ -1,9 +1,10 @@
 // brenta fetch: a file from a web server.
+#include <memory>
 #include <utility>
 
 #include "brenta/host.h"
 #include "brenta/http.h"
-#include "commands.h"
+#include "command.h"
 #include "console.h"
 #include "progress_bar.h"
 
@@ -60,9 +61,7 @@ class FetchHost {
     DownloadBar& m_bar;
 };
 
-}  // namespace
-
-int FetchCommand(const std::string& url, const std::string& file) {
+int Fetch(const std::string& url, const std::string& file) {
     if (url.empty() || file.empty()) {
         Complain("an address and a file are needed");
         return 1;
@@ -73,5 +72,22 @@ int FetchCommand(const std::string& url, const std::string& file) {
     bar.Clear();
     return isGood ? 0 : 1;
 }
+
+void Define(Command& command) {
+    struct Options {
+        std::string url, file;
+    };
+    const auto options = std::make_shared<Options>();
+    command.Word("URL", options->url, WordKind::kText, "The http or https address");
+    command.Word("FILE", options->file, WordKind::kFile,
+                 "Where to put it; an old file stays until the new one is whole");
+    command.Explain("The proxy is found as for 'brenta proxy'.");
+    command.Example("brenta fetch https://parts.example/small.lbr small.lbr");
+    command.Run([options] { return Fetch(options->url, options->file); });
+}
+
+const CommandEntry entry("fetch", CommandGroup::kData, "Download a file from a web server", &Define);
+
+}  // namespace
 
 }  // namespace brenta::host

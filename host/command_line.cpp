@@ -1,70 +1,148 @@
 #include "command_line.h"
 
 #include <algorithm>
-#include <array>
-#include <string_view>
+#include <cstdio>
+#include <numeric>
+
+#include "command_tree.h"
+#include "completion.h"
+#include "console.h"
+#include "free_words.h"
+#include "help.h"
+#include "terminal.h"
 
 namespace brenta::host {
 namespace {
 
-struct FreeTextCommand {
-    std::string_view name;
-    std::vector<std::string_view> flags;         // options without a value
-    std::vector<std::string_view> valueOptions;  // options followed by a value, or joined to it by "="
-    std::size_t names = 1;                       // words that name it: two for those like "config get"
-};
+constexpr int kWrongUse = 2;
 
-const FreeTextCommand* FindCommand(std::string_view name) {
-    static const std::array<FreeTextCommand, 5> commands = {{
-        {"config", {"-h", "--help"}, {}, 2},
-        {"eval", {"-h", "--help"}, {"-u", "--units"}},
-        {"exec", {"-h", "--help"}, {"-u", "--units"}},
-        {"registry", {"-h", "--help"}, {"-t", "--type"}, 2},
-        {"run", {"-h", "--help", "-r", "--result"}, {}},
-    }};
-    const auto* found = std::find_if(commands.begin(), commands.end(),
-                                     [name](const FreeTextCommand& command) { return command.name == name; });
-    return found == commands.end() ? nullptr : found;
+/// How many characters must be put in, left out or changed to make one word of the other.
+std::size_t Distance(const std::string& from, const std::string& to) {
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= from.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i);
+        for (std::size_t j = 1; j <= to.size(); ++j) {
+            const std::size_t changed = diagonal + (from[i - 1] == to[j - 1] ? 0 : 1);
+            diagonal = std::exchange(row[j], std::min({row[j] + 1, row[j - 1] + 1, changed}));
+        }
+    }
+    return row.back();
 }
 
-bool Contains(const std::vector<std::string_view>& options, std::string_view word) {
-    return std::find(options.begin(), options.end(), word) != options.end();
+/// The name that a mistyped word was probably meant to be; "" if none is near.
+std::string Nearest(const std::string& word, const std::vector<std::string>& names) {
+    std::string nearest;
+    std::size_t least = 1 + word.size() / 3;
+    for (const std::string& name : names) {
+        const std::size_t distance = name.starts_with(word) && word.size() > 1 ? 0 : Distance(word, name);
+        if (distance > least || (distance == least && !nearest.empty())) continue;
+        least = distance;
+        nearest = name;
+    }
+    return nearest;
 }
 
-bool IsJoinedValueOption(const FreeTextCommand& command, std::string_view word) {
-    const std::size_t equals = word.find('=');
-    return equals != std::string_view::npos && Contains(command.valueOptions, word.substr(0, equals));
+std::string Listed(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names)
+        list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
+/// Says what is wrong, and where the right way is written.
+int Refuse(const CLI::App& command, const std::string& problem) {
+    const std::string path = FullName(command).substr(std::string("brenta").size());
+    Complain(problem);
+    Complain("'brenta help" + path + "' tells how it goes");
+    return kWrongUse;
+}
+
+int RefuseName(const CLI::App& parent, const std::string& name) {
+    const bool isProgram = parent.get_parent() == nullptr;
+    const std::vector<std::string> names = CommandNames(parent);
+    std::string problem = isProgram
+                              ? "there is no command '" + name + "'"
+                              : "'" + FullName(parent) + "' has no '" + name + "', only " + Listed(names);
+    const std::string nearest = Nearest(name, names);
+    if (!nearest.empty()) problem += "; did you mean '" + nearest + "'?";
+    return Refuse(parent, problem);
+}
+
+/// The command that the first words name, as far as they do; `count` becomes their number.
+const CLI::App& NamedCommand(const CommandTree& tree, const std::vector<std::string>& words,
+                             std::size_t& count) {
+    const CLI::App* command = &tree.app;
+    for (count = 0; count < words.size(); ++count) {
+        const CLI::App* const next = FindCommand(*command, words[count]);
+        if (next == nullptr) break;
+        command = next;
+    }
+    return *command;
+}
+
+/// brenta help [COMMAND [ACTION]]
+int HelpCommand(const CommandTree& tree, const std::vector<std::string>& words) {
+    std::size_t count = 0;
+    const CLI::App& command = NamedCommand(tree, words, count);
+    if (count < words.size()) return RefuseName(command, words[count]);
+    PrintLine(HelpText(tree, command));
+    return 0;
+}
+
+/// Finishes a parse that ended early: the user asked for help or the version, or made a mistake.
+int Answer(const CommandTree& tree, const CLI::App& command, const CLI::ParseError& error) {
+    if (dynamic_cast<const CLI::CallForVersion*>(&error) != nullptr) {
+        PrintLine(error.what());
+        return 0;
+    }
+    if (dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr) {
+        PrintLine(HelpText(tree, command));
+        return 0;
+    }
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+        const std::vector<std::string> extras = command.remaining(true);
+        const bool isOption = !extras.empty() && extras.front().starts_with('-');
+        const std::string word = extras.empty() ? "" : " '" + extras.front() + "'";
+        return Refuse(command, isOption ? "there is no option" + word : "the word" + word + " is too much");
+    }
+    return Refuse(command, error.what());
+}
+
+int ParseAndRun(CommandTree& tree, const std::vector<std::string>& words) {
+    std::size_t count = 0;
+    const CLI::App& command = NamedCommand(tree, words, count);
+    const auto info = tree.info.find(&command);
+    const bool canRun = info != tree.info.end() && info->second.run;
+    const bool hasWord = count < words.size();
+    if (!canRun && hasWord && !words[count].starts_with('-')) return RefuseName(command, words[count]);
+
+    std::vector<std::string> arguments = SeparateOptions(tree, words);
+    std::reverse(arguments.begin(), arguments.end());  // the parser takes words from the back
+    try {
+        tree.app.parse(arguments);
+    } catch (const CLI::ParseError& error) {
+        return Answer(tree, command, error);
+    }
+    if (canRun) return info->second.run();
+    return Refuse(command, "'" + FullName(command) + "' needs one of " + Listed(CommandNames(command)));
 }
 
 }  // namespace
 
-std::vector<std::string> SeparateOptions(const std::vector<std::string>& arguments) {
-    const FreeTextCommand* command = arguments.empty() ? nullptr : FindCommand(arguments.front());
-    if (command == nullptr) return arguments;
-
-    const std::size_t names = std::min(command->names, arguments.size());
-    std::vector<std::string> options(arguments.begin(),
-                                     arguments.begin() + static_cast<std::ptrdiff_t>(names));
-    std::vector<std::string> words;
-    for (std::size_t i = names; i < arguments.size(); ++i) {
-        const std::string& word = arguments[i];
-        if (word == "--") {
-            words.insert(words.end(), arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1,
-                         arguments.end());
-            break;
+int RunCommandLine(std::vector<std::string> words) {
+    CommandTree tree;
+    if (words.empty()) {
+        if (!InputComesFromTerminal()) {
+            std::fputs((HelpText(tree, tree.app) + "\n").c_str(), stderr);
+            return kWrongUse;
         }
-        if (Contains(command->valueOptions, word)) {
-            options.push_back(word);
-            if (i + 1 < arguments.size()) options.push_back(arguments[++i]);
-        } else if (Contains(command->flags, word) || IsJoinedValueOption(*command, word)) {
-            options.push_back(word);
-        } else {
-            words.push_back(word);
-        }
+        words = {"repl"};
     }
-    options.emplace_back("--");
-    options.insert(options.end(), words.begin(), words.end());
-    return options;
+    const std::vector<std::string> rest(words.begin() + 1, words.end());
+    if (words.front() == "help") return HelpCommand(tree, rest);
+    if (words.front() == kCompletionCommand) return CompletionCommand(tree, rest);
+    return ParseAndRun(tree, words);
 }
 
 }  // namespace brenta::host

@@ -1,4 +1,4 @@
-// Preparing the command line for commands whose words may begin with a dash.
+// The command line: finds the command that is meant and runs it, or helps.
 #pragma once
 
 #include <string>
@@ -6,10 +6,8 @@
 
 namespace brenta::host {
 
-/// Brings a command line into the form "options, --, words", so that a word such as "-25mil" is never taken
-/// for an option. `arguments` holds the words behind the program's name. Only the options that the command
-/// knows are moved to the front; what follows a "--" stays as it is. Command lines of commands that take no
-/// such words are returned as they are.
-std::vector<std::string> SeparateOptions(const std::vector<std::string>& arguments);
+/// Runs the command that the words behind the program's name ask for. Gives the process's exit status: 0, 1
+/// when the command failed, 2 when the words make no command.
+int RunCommandLine(std::vector<std::string> words);
 
 }  // namespace brenta::host

@@ -2,12 +2,13 @@
 #include <algorithm>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <string_view>
 
 #include "brenta/error_log.h"
 #include "brenta/files.h"
-#include "commands.h"
+#include "command.h"
 #include "console.h"
 
 namespace brenta::host {
@@ -77,9 +78,7 @@ std::string Count(int count, const char* what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-}  // namespace
-
-int LogCommand(const std::string& title, const std::string& report) {
+int Log(const std::string& title, const std::string& report) {
     CErrorLog log;
     int warnings = 0, errors = 0;
     for (std::string line; std::getline(std::cin, line);) {
@@ -102,5 +101,27 @@ int LogCommand(const std::string& title, const std::string& report) {
     PrintLine(report + ": " + Count(warnings, "warning") + ", " + Count(errors, "error"));
     return 0;
 }
+
+void Define(Command& command) {
+    struct Options {
+        std::string title = "Warnings and errors";
+        std::string report = "brenta-log.html";
+    };
+    const auto options = std::make_shared<Options>();
+    command.Option("-t,--title", "TEXT", options->title, WordKind::kText, "The page's title");
+    command.Option("-r,--report", "FILE", options->report, WordKind::kHtml,
+                   "The file to write; default brenta-log.html");
+    command.Explain(
+        "Takes lines such as 'panel.scr(12): warning: text', and prints all others. The page is opened in "
+        "the "
+        "browser.");
+    command.Example("brenta check *.scr 2>&1 | brenta log");
+    command.Run([options] { return Log(options->title, options->report); });
+}
+
+const CommandEntry entry("log", CommandGroup::kData,
+                         "Show the warnings and errors of standard input as a web page", &Define);
+
+}  // namespace
 
 }  // namespace brenta::host

@@ -1,8 +1,9 @@
 // brenta proxy: which proxy serves an address, and why.
 #include <algorithm>
+#include <memory>
 
 #include "brenta/network.h"
-#include "commands.h"
+#include "command.h"
 #include "console.h"
 
 namespace brenta::host {
@@ -66,9 +67,7 @@ bool IsAddress(const std::string& url) {
     return isPlain && isKnown;
 }
 
-}  // namespace
-
-int ProxyCommand(const std::string& url) {
+int Proxy(const std::string& url) {
     if (!IsAddress(url)) {
         Complain("'" + url + "' is no http, https or ftp address");
         return 1;
@@ -84,5 +83,18 @@ int ProxyCommand(const std::string& url) {
     PrintResult(network);
     return 0;
 }
+
+void Define(Command& command) {
+    const auto url = std::make_shared<std::string>();
+    command.Word("URL", *url, WordKind::kText, "The http, https or ftp address");
+    command.Explain("Prints where the settings come from, what they say, and the result for the address.");
+    command.Example("brenta proxy https://parts.example/list");
+    command.Run([url] { return Proxy(*url); });
+}
+
+const CommandEntry entry("proxy", CommandGroup::kData, "Tell which proxy serves an address, and why",
+                         &Define);
+
+}  // namespace
 
 }  // namespace brenta::host

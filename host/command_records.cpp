@@ -1,8 +1,9 @@
 // brenta records: the records of an XML file of any size, read as a stream.
 #include <algorithm>
+#include <memory>
 
 #include "brenta/xml_stream.h"
-#include "commands.h"
+#include "command.h"
 #include "console.h"
 #include "progress_bar.h"
 
@@ -46,9 +47,7 @@ class RecordList : public CCmdTarget {
     int m_count = 0;
 };
 
-}  // namespace
-
-int RecordsCommand(const std::string& file) {
+int Records(const std::string& file) {
     if (!CheckFile(file)) return 1;
     RecordsBar progress;
     RecordList records(progress);
@@ -63,5 +62,19 @@ int RecordsCommand(const std::string& file) {
                              : std::string(static_cast<const char*>(error)));
     return 1;
 }
+
+void Define(Command& command) {
+    const auto file = std::make_shared<std::string>();
+    command.Word("FILE", *file, WordKind::kXml, "The file; the children of its root are the records");
+    command.Explain(
+        "Needs memory for one record at a time, so that a file may be larger than the machine's memory.");
+    command.Example("brenta records board.xml");
+    command.Run([file] { return Records(*file); });
+}
+
+const CommandEntry entry("records", CommandGroup::kDocuments,
+                         "List and count the records of an XML file of any size", &Define);
+
+}  // namespace
 
 }  // namespace brenta::host

@@ -1,40 +1,15 @@
 // brenta repl: an interactive prompt over one engine.
-#include <csignal>
+#include <algorithm>
 #include <cstdio>
 #include <string_view>
 
-#include "brenta/script.h"
-#include "commands.h"
+#include "command.h"
 #include "console.h"
 #include "line_editor.h"
+#include "prompt_session.h"
 
 namespace brenta::host {
 namespace {
-
-CCoreScriptEngine* runningEngine = nullptr;  // what Ctrl-C stops
-
-extern "C" void StopRunningScript(int) {
-    if (runningEngine != nullptr) runningEngine->RequestStop();
-}
-
-/// While it lives, Ctrl-C stops the script instead of the program.
-class InterruptScope {
- public:
-    explicit InterruptScope(CCoreScriptEngine& engine) {
-        engine.ClearStop();
-        runningEngine = &engine;
-        m_previous = std::signal(SIGINT, &StopRunningScript);
-    }
-    ~InterruptScope() {
-        std::signal(SIGINT, m_previous);
-        runningEngine = nullptr;
-    }
-    InterruptScope(const InterruptScope&) = delete;
-    InterruptScope& operator=(const InterruptScope&) = delete;
-
- private:
-    void (*m_previous)(int);
-};
 
 /// Open brackets left by `text`; texts in quotes and line comments do not count.
 int OpenBrackets(std::string_view text) {
@@ -59,17 +34,12 @@ bool BeginsWithWord(std::string_view text, std::string_view word) {
     const std::size_t start = text.find_first_not_of(" \t\n");
     if (start == std::string_view::npos || !text.substr(start).starts_with(word)) return false;
     const std::string_view rest = text.substr(start + word.size());
-    return rest.empty() || rest.find_first_of(" \t\n\"") == 0;
-}
-
-/// Definitions belong to a module; everything else is a command.
-bool IsDefinition(std::string_view entry) {
-    return BeginsWithWord(entry, "function") || BeginsWithWord(entry, "class") ||
-           BeginsWithWord(entry, "include");
+    return rest.empty() || rest.find_first_of(" \t\n") == 0;
 }
 
 /// Whether more lines belong to the entry: brackets are open, or a definition has not come to its body.
 bool IsIncomplete(std::string_view entry) {
+    if (entry.starts_with(':')) return false;
     if (OpenBrackets(entry) > 0) return true;
     const bool wantsBody = BeginsWithWord(entry, "function") || BeginsWithWord(entry, "class");
     return wantsBody && entry.find('{') == std::string_view::npos;
@@ -80,39 +50,41 @@ bool ReadEntry(LineEditor& editor, std::string& entry) {
     if (!editor.ReadLine("> ", entry)) return false;
     std::string line;
     while (IsIncomplete(entry) && editor.ReadLine("... ", line)) {
+        if (editor.WasGivenUp()) {
+            entry.clear();
+            break;
+        }
         entry += '\n';
         entry += line;
     }
     return true;
 }
 
-void RunEntry(CCoreScriptEngine& engine, const std::string& entry) {
-    const InterruptScope interrupt(engine);
-    if (IsDefinition(entry)) {
-        engine.InjectScript("prompt", entry.c_str());
-        return;
-    }
-    Var result;
-    if (engine.Execute(entry.c_str(), result, kUnitsNone) && result.GetKind() != VarKind::Null)
-        PrintLine(TextOf(result));
-}
-
-}  // namespace
-
-int ReplCommand() {
-    ConsoleStream messages;
-    CCoreScriptEngine engine(TOrderedList<Var>(), &messages);
-    LineEditor editor;
+int Repl() {
+    PromptSession session;
+    LineEditor editor([&session](std::string_view line) { return session.Complete(line); });
     if (editor.IsInteractive())
-        PrintLine("Brenta script prompt. Type an expression, a statement or a definition; Ctrl-D ends.");
-    for (std::string entry; ReadEntry(editor, entry);) {
-        if (entry.find_first_not_of(" \t\n") == std::string::npos) continue;
+        PrintLine("Brenta " BRENTA_VERSION " script prompt. :help tells what can be typed, Ctrl-D ends.");
+    bool goesOn = true;
+    for (std::string entry; goesOn && ReadEntry(editor, entry);) {
         editor.Remember(entry);
-        RunEntry(engine, entry);
+        goesOn = session.Run(entry);
         std::fflush(stdout);
     }
-    if (editor.IsInteractive()) PrintLine("");
+    if (editor.IsInteractive() && goesOn) PrintLine("");
     return 0;
 }
 
+void Define(Command& command) {
+    command.Explain(
+        "Reads piped input, too. The history of a prompt at a terminal is kept in the user's state folder, "
+        "~/.local/state/brenta. Type :help at the prompt for more.");
+    command.Example("brenta repl", "or just brenta");
+    command.Example("echo '6 * 7' | brenta repl");
+    command.Run(&Repl);
+}
+
+const CommandEntry entry("repl", CommandGroup::kScripts, "Open the script prompt", &Define);
+
+}  // namespace
 }  // namespace brenta::host

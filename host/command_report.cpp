@@ -1,9 +1,11 @@
 // brenta report: the packages of a part library, listed by the script that is shipped with the host.
+#include <memory>
+
 #include "brenta/files.h"
 #include "brenta/script.h"
 #include "brenta/settings.h"
 #include "brenta/xml.h"
-#include "commands.h"
+#include "command.h"
 #include "console.h"
 
 namespace brenta::host {
@@ -33,9 +35,7 @@ void ComplainOfLibrary(const std::string& file) {
     }
 }
 
-}  // namespace
-
-int ReportCommand(const std::string& file) {
+int Report(const std::string& file) {
     if (!CheckFile(file)) return 1;
     const std::string script = FindScript();
     if (script.empty()) {
@@ -53,5 +53,20 @@ int ReportCommand(const std::string& file) {
     ComplainOfLibrary(file);
     return 1;
 }
+
+void Define(Command& command) {
+    const auto file = std::make_shared<std::string>();
+    command.Word("LIBRARY", *file, WordKind::kLibrary, "The library");
+    command.Explain(
+        "Prints for each package its pads and pins, its smallest pitch and its size. A script does the "
+        "work: "
+        "part_report.scr in share/brenta.");
+    command.Example("brenta report small_parts.lbr");
+    command.Run([file] { return Report(*file); });
+}
+
+const CommandEntry entry("report", CommandGroup::kDocuments, "List the packages of a part library", &Define);
+
+}  // namespace
 
 }  // namespace brenta::host

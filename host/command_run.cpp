@@ -1,14 +1,24 @@
 // brenta run: a script module and one of its functions.
+#include <fstream>
+#include <memory>
+
 #include "brenta/files.h"
 #include "brenta/script.h"
 #include "brenta/settings.h"
-#include "commands.h"
+#include "command.h"
 #include "console.h"
 
 namespace brenta::host {
 namespace {
 
 constexpr const char* kDefaultFunction = "Main";
+
+struct RunOptions {
+    std::string file;
+    std::string function;  ///< empty: Main, if the module defines it
+    std::vector<std::string> arguments;
+    bool printResult = false;
+};
 
 /// The engine looks in the "Scripts" folder too; saying so in one line is kinder than its bare message.
 bool CheckPath(const std::string& file) {
@@ -24,9 +34,7 @@ bool DefinesFunction(const CCoreScriptEngine& engine, const char* name) {
     return dynamic_cast<FuncSymbol*>(engine.GetSymbol(StrId(name), false)) != nullptr;
 }
 
-}  // namespace
-
-int RunCommand(const RunOptions& options) {
+int Run(const RunOptions& options) {
     if (!CheckPath(options.file)) return 1;
     ConsoleStream messages;
     CCoreScriptEngine engine(TOrderedList<Var>(), &messages);
@@ -45,5 +53,40 @@ int RunCommand(const RunOptions& options) {
     if (options.printResult) PrintLine(TextOf(result));
     return 0;
 }
+
+/// The functions that the text of a script defines; the script itself is not run for that.
+std::vector<std::string> SuggestFunctions(const std::vector<std::string>& before) {
+    std::vector<std::string> names;
+    std::ifstream text(before[0]);
+    for (std::string word; text >> word;) {
+        if (word != "function" || !(text >> word)) continue;
+        names.push_back(word.substr(0, word.find('(')));
+    }
+    return names;
+}
+
+void Define(Command& command) {
+    const auto options = std::make_shared<RunOptions>();
+    command.TakeDashesAsWords();
+    command.Word("FILE", options->file, WordKind::kScript,
+                 "The script, or the name of one in the Scripts folder");
+    command.OptionalWord("FUNCTION", options->function, WordKind::kText,
+                         "The function to call; default Main, if the script defines it");
+    command.Suggest(&SuggestFunctions);
+    command.OptionalWords("ARG", options->arguments, WordKind::kFile, "Its arguments, passed as texts");
+    command.Flag("-r,--result", options->printResult, "Print the returned value");
+    command.Explain(
+        "Runs the script's global declarations, then the function. The function needs exactly as many ARGs "
+        "as "
+        "it has parameters. What stands behind -- is no option.");
+    command.Example("brenta run panel.scr", "calls Main()");
+    command.Example("brenta run --result panel.scr CountBoards 3 4", "calls CountBoards(\"3\", \"4\")");
+    command.Run([options] { return Run(*options); });
+}
+
+const CommandEntry entry("run", CommandGroup::kScripts, "Load a script and call one of its functions",
+                         &Define);
+
+}  // namespace
 
 }  // namespace brenta::host

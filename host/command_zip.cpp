@@ -9,13 +9,22 @@
 
 #include "brenta/files.h"
 #include "brenta/zip.h"
-#include "commands.h"
+#include "command.h"
 #include "console.h"
+#include "style.h"
 
 namespace brenta::host {
 namespace {
 
 namespace fs = std::filesystem;
+
+struct ZipOptions {
+    std::string archive;
+    std::vector<std::string> names;  ///< files to add, entries to extract
+    std::string folder = ".";        ///< to extract to
+    bool namesOnly = false;
+    bool overwrite = false;
+};
 
 std::string Quoted(const std::string& text) {
     return "'" + text + "'";
@@ -67,15 +76,17 @@ bool ReadEntry(const std::string& archive, const Entry& entry, std::string& cont
     return good;
 }
 
-int List(const std::string& archive) {
+int List(const ZipOptions& options) {
     std::vector<Entry> entries;
-    if (!ReadDirectory(archive, entries)) return 1;
+    if (!ReadDirectory(options.archive, entries)) return 1;
+    Table table({{"bytes", 11, true}, {"name", 0}});
     for (const Entry& entry : entries)
-        PrintLine(std::to_string(entry.size) + '\t' + entry.name);
+        table.Row({std::to_string(entry.size), entry.name});
     return 0;
 }
 
-int Test(const std::string& archive) {
+int Test(const ZipOptions& options) {
+    const std::string& archive = options.archive;
     std::vector<Entry> entries;
     if (!ReadDirectory(archive, entries)) return 1;
     std::string content;
@@ -178,12 +189,54 @@ int Extract(const ZipOptions& options) {
     return good ? 0 : 1;
 }
 
-}  // namespace
+// ---------------------------------------------------------------------------------------------------------
+// The command line
 
-int ZipCommand(const ZipOptions& options) {
-    if (options.action == "list") return List(options.archive);
-    if (options.action == "test") return Test(options.archive);
-    return options.action == "add" ? Add(options) : Extract(options);
+std::vector<std::string> SuggestEntries(const std::vector<std::string>& before) {
+    TOrderedList<ZipFileInfo> directory;
+    GetZipDirectory(before[0].c_str(), directory);
+    std::vector<std::string> names;
+    for (const ZipFileInfo& info : directory)
+        names.emplace_back(info.name());
+    return names;
 }
+
+Command DefineAction(Command& command, const std::shared_ptr<ZipOptions>& options, const char* name,
+                     const char* summary, int (*run)(const ZipOptions&)) {
+    Command action = command.Action(name, summary);
+    action.Word("ARCHIVE", options->archive, WordKind::kArchive, "The archive");
+    action.Run([options, run] { return run(*options); });
+    return action;
+}
+
+void Define(Command& command) {
+    const auto options = std::make_shared<ZipOptions>();
+    command.Example("brenta zip list project.zip");
+    command.Example("brenta zip add --names-only project.zip boards/main.brd");
+    command.Example("brenta zip extract -d unpacked project.zip");
+
+    DefineAction(command, options, "list", "Print the size and name of each entry", &List);
+    DefineAction(command, options, "test", "Unpack each entry in memory and compare its checksum", &Test);
+
+    Command add =
+        DefineAction(command, options, "add", "Add files; an archive that is missing is created", &Add);
+    add.OptionalWords("FILE", options->names, WordKind::kFile,
+                      "The files; of two with one name only the first can be unpacked");
+    add.Flag("-j,--names-only", options->namesOnly, "Leave the folders of the files out of their names");
+    add.Example("brenta zip add --names-only project.zip boards/main.brd", "the entry is called main.brd");
+
+    Command extract = DefineAction(command, options, "extract",
+                                   "Unpack entries; names that lead out of the folder are refused", &Extract);
+    extract.OptionalWords("NAME", options->names, WordKind::kText, "The entries; all without it");
+    extract.Suggest(&SuggestEntries);
+    extract.Option("-d,--directory", "FOLDER", options->folder, WordKind::kFolder,
+                   "Where to; default the current folder");
+    extract.Flag("-o,--overwrite", options->overwrite, "Replace files that exist");
+    extract.Example("brenta zip extract -d unpacked project.zip boards/main.brd");
+}
+
+const CommandEntry entry("zip", CommandGroup::kData, "List, test, fill and unpack zip archives", &Define);
+
+}  // namespace
 
 }  // namespace brenta::host

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "brenta/files.h"
+#include "style.h"
 
 namespace brenta::host {
 namespace {
@@ -72,12 +73,12 @@ void ConsoleStream::OutputPrintStream(const char* text) {
 
 void ConsoleStream::OutputErrStream(const char* text) {
     std::fflush(stdout);  // so that messages stand behind the output that came before them
-    WriteLine(stderr, text);
+    WriteLine(stderr, StyledError(Style::kError, text));
 }
 
 void Complain(const std::string& text) {
     std::fflush(stdout);
-    WriteLine(stderr, "brenta: " + text);
+    WriteLine(stderr, StyledError(Style::kError, "brenta:") + " " + text);
 }
 
 void ComplainOfFault(const std::string& file, const CCoreXmlDom& document) {

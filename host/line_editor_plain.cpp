@@ -6,7 +6,9 @@
 
 namespace brenta::host {
 
-LineEditor::LineEditor() : m_interactive(false) {}
+struct LineEditor::Parts {};
+
+LineEditor::LineEditor(Completer) : m_interactive(false) {}
 
 LineEditor::~LineEditor() = default;
 

@@ -6,6 +6,14 @@
 
 namespace brenta::host {
 
+bool InputComesFromTerminal() {
+    return _isatty(_fileno(stdin)) != 0;
+}
+
+bool OutputGoesToTerminal() {
+    return _isatty(_fileno(stdout)) != 0;
+}
+
 bool ErrorsGoToTerminal() {
     return _isatty(_fileno(stderr)) != 0;
 }
