@@ -17,6 +17,22 @@ if(TARGET brenta_host)
     install(FILES ${PROJECT_SOURCE_DIR}/examples/part_report.scr DESTINATION ${CMAKE_INSTALL_DATADIR}/brenta
             COMPONENT Runtime)
 endif()
+if(TARGET brenta_host AND NOT WIN32)
+    # Where shells and Vim look by themselves. Debian keeps what packages bring for zsh apart.
+    set(BRENTA_ZSH_DIR zsh/site-functions)
+    if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS /etc/debian_version)
+        set(BRENTA_ZSH_DIR zsh/vendor-completions)
+    endif()
+    install(FILES ${PROJECT_SOURCE_DIR}/host/completion/brenta.bash
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME brenta COMPONENT Runtime)
+    install(FILES ${PROJECT_SOURCE_DIR}/host/completion/_brenta
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/${BRENTA_ZSH_DIR} COMPONENT Runtime)
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/editors/vim/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vim/vimfiles
+            COMPONENT Runtime)
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/editors/textmate DESTINATION ${CMAKE_INSTALL_DATADIR}/brenta
+            COMPONENT Runtime)
+endif()
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/brenta COMPONENT Development)
 
 install(EXPORT BrentaCoreTargets NAMESPACE Brenta:: DESTINATION ${BRENTA_PACKAGE_DIR} COMPONENT Development)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/BrentaCoreConfig.cmake.in

@@ -23,6 +23,17 @@ run_build() {
     step "build $preset${*:+ ($*)}" "$preset-build" cmake --build "build/$preset" -j "$JOBS" ${1:+--target "$@"} || exit 1
 }
 
+# One package to run programs with, one to build them with; both for the Debian release that they are made on.
+command_package() {
+    [ $# -eq 0 ] || usage_error "'package' takes no '$1'."
+    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_PACKAGE[@]}"
+    configure_build package
+    run_build package
+    rm -rf build/package/packages
+    step "packages" package-cpack cpack --config build/package/CPackConfig.cmake || exit 1
+    ls build/package/packages/*.deb
+}
+
 command_build() {
     case ${1:-} in
         '') ;;

@@ -7,6 +7,7 @@ PACKAGES_CLANG=(clang)
 PACKAGES_CHECK=(clang-format clang-tidy shellcheck)
 PACKAGES_FUZZ=(libclang-rt-dev llvm)
 PACKAGES_BENCH=(libabsl-dev libbenchmark-dev libexpat1-dev libgumbo-dev liblua5.4-dev libmimalloc-dev libmuparser-dev libpugixml-dev libtinyxml2-dev pkg-config)
+PACKAGES_PACKAGE=(dpkg-dev file)
 PACKAGES_DOCS=(doxygen)
 
 # need_packages PACKAGE...

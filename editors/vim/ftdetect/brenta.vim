@@ -1,0 +1,2 @@
+" Scripts of Brenta.
+autocmd BufNewFile,BufRead *.scr setfiletype brenta
