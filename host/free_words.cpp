@@ -42,8 +42,10 @@ std::vector<std::string> SeparateOptions(const CommandTree& tree, const std::vec
         const CLI::Option* const option = FindOption(*command, *word);
         (option != nullptr ? options : words).push_back(*word);
         const bool isJoined = word->starts_with("--") && word->find('=') != std::string::npos;
-        if (option != nullptr && TakesValue(*option) && !isJoined && word + 1 != arguments.end())
-            options.push_back(*++word);
+        if (option == nullptr || !TakesValue(*option) || isJoined) continue;
+        if (word + 1 == arguments.end())
+            return options;  // so that the parser misses the value, and nothing else
+        options.push_back(*++word);
     }
     options.emplace_back("--");
     options.insert(options.end(), words.begin(), words.end());

@@ -19,7 +19,12 @@ function(step_files)
 
     file(GLOB_RECURSE headers RELATIVE ${SOURCE}/src/include ${SOURCE}/src/include/brenta/*.h)
     list(TRANSFORM headers PREPEND include/)
-    set(files ${headers} bin/brenta ${LIBDIR}/pkgconfig/brenta-core.pc)
+    set(files ${headers} bin/brenta ${LIBDIR}/pkgconfig/brenta-core.pc share/brenta/part_report.scr
+              share/brenta/examples/embed/main.cpp)
+    if(NOT WIN32)
+        list(APPEND files share/bash-completion/completions/brenta share/brenta/textmate/package.json
+                          share/vim/vimfiles/syntax/brenta.vim)
+    endif()
     foreach(file libbrenta_core.so libbrenta_core.so.4 libbrenta_core.so.${VERSION}
                  cmake/BrentaCore/BrentaCoreConfig.cmake cmake/BrentaCore/BrentaCoreConfigVersion.cmake
                  cmake/BrentaCore/BrentaCoreTargets.cmake)
@@ -33,13 +38,20 @@ function(step_files)
     run(${PREFIX}/bin/brenta --version)
 endfunction()
 
+# Builds a folder of the examples as it was installed, as a project of its own.
+function(build_example name)
+    file(REMOVE_RECURSE ${WORK}/${name})
+    run(${CMAKE_COMMAND} -S ${PREFIX}/share/brenta/examples/${name} -B ${WORK}/${name} -G ${GENERATOR}
+        -DCMAKE_BUILD_TYPE=${CONFIG} -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=${FLAGS}
+        -DCMAKE_PREFIX_PATH=${PREFIX})
+    run(${CMAKE_COMMAND} --build ${WORK}/${name})
+endfunction()
+
 function(step_find_package)
-    set(build ${WORK}/embed)
-    file(REMOVE_RECURSE ${build})
-    run(${CMAKE_COMMAND} -S ${SOURCE}/examples/embed -B ${build} -G ${GENERATOR} -DCMAKE_BUILD_TYPE=${CONFIG}
-        -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=${FLAGS} -DCMAKE_PREFIX_PATH=${PREFIX})
-    run(${CMAKE_COMMAND} --build ${build})
-    expect_output(${build}/embed)
+    build_example(embed)
+    expect_output(${WORK}/embed/embed)
+    build_example(programs)
+    run(${CMAKE_CTEST_COMMAND} --test-dir ${WORK}/programs --output-on-failure)
 endfunction()
 
 function(step_pkg_config)

@@ -1,0 +1,120 @@
+// Completion of command lines: what the program offers, and what bash makes of it.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "host_process.h"
+
+namespace brenta::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Lines = std::vector<std::string>;
+
+void PrepareFolder() {
+    setenv("BRENTA_APPDATA", (ScratchFolder() / "completion").c_str(), 1);
+    fs::create_directories(ScratchFolder() / "complete/boards");
+    fs::current_path(ScratchFolder() / "complete");
+    std::ofstream("panel.scr") << "function Main()\n{\n}\nfunction Fit (a)\n{\n}\n";
+    std::ofstream("panel with blanks.SCR").flush();
+    std::ofstream("parts.lbr").flush();
+    RunHost({"config", "set", "Grid", "Step", "25"});
+    RunHost({"zip", "add", "-j", "complete/a.zip", "complete/panel.scr"});
+}
+
+TEST(Completion, OffersWhatMayStandThere) {
+    PrepareFolder();
+    const std::pair<Lines, Lines> rows[] = {{{"zi"}, {"zip"}},
+                                            {{"help", "e"}, {"eval", "exec"}},
+                                            {{"help", "config", "l"}, {"list"}},
+                                            {{"eval", "--"}, {"--help", "--units"}},
+                                            {{"eval", "-u", "m"}, {"mil", "mm"}},
+                                            {{"eval", "--units", "mm", "-"}, {"--help", "--units"}},
+                                            {{"eval", "--", "-"}, {}},
+                                            {{"run", ""}, {":files scr"}},
+                                            {{"run", "complete/panel.scr", ""}, {"Main", "Fit"}},
+                                            {{"run", "-r", "complete/panel.scr", "F"}, {"Fit"}},
+                                            {{"run", "panel.scr", "Fit", "a", ""}, {":files"}},
+                                            {{"config", "get", ""}, {"Grid"}},
+                                            {{"config", "get", "Grid", ""}, {"Step"}},
+                                            {{"registry", "set", "--type", "d"}, {"dword"}},
+                                            {{"registry", "list", "HKC"}, {"HKCU\\", "HKCR\\"}},
+                                            {{"zip", "extract", "-d", ""}, {":folders"}},
+                                            {{"zip", "extract", "complete/a.zip", ""}, {"panel.scr"}},
+                                            {{"nothing", "x"}, {}},
+                                            {{"xml", "a", ""}, {}}};
+    for (const auto& [words, offered] : rows) {
+        Lines all = {"__complete"};
+        all.insert(all.end(), words.begin(), words.end());
+        Lines lines = RunHost(all).output;
+        for (std::string& line : lines)
+            line = line.substr(0, line.find('\t'));
+        EXPECT_EQ(lines, offered) << words.front() << " ... " << words.back();
+    }
+}
+
+/// What bash would put into the line, with the completion file read.
+Lines CompleteInBash(const std::string& words) {
+    std::ofstream("complete.sh")
+        << ". '" << BRENTA_COMPLETION_FILE << "'\ncompopt() { :; }\nCOMP_WORDS=(" << words
+        << ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_brenta '" << BRENTA_HOST_PROGRAM
+        << "'\n[ ${#COMPREPLY[@]} -eq 0 ] || printf '%s\\n' \"${COMPREPLY[@]}\" >offered\n";
+    std::ofstream("offered").flush();
+    EXPECT_EQ(std::system("bash complete.sh"), 0);
+    return SplitLines(ReadText("offered"));
+}
+
+TEST(Completion, WorksInBash) {
+    PrepareFolder();
+    const std::pair<const char*, std::set<std::string>> rows[] = {
+        {"brenta zi", {"zip"}},
+        {"brenta eval -u ''", {"in", "mil", "cm", "mm"}},
+        {"brenta run p", {"panel.scr", "panel with blanks.SCR"}},
+        {"brenta run ''", {"panel.scr", "panel with blanks.SCR", "boards"}},
+        {"brenta zip extract -d ''", {"boards"}},
+        {"brenta report par", {"parts.lbr"}},
+        {"brenta registry get HKL", {"HKLM\\\\"}},
+        {"brenta xml a b ''", {}}};
+    for (const auto& [words, offered] : rows) {
+        const Lines lines = CompleteInBash(words);
+        EXPECT_EQ(std::set<std::string>(lines.begin(), lines.end()), offered) << words;
+    }
+}
+
+/// The words of the language that a file for an editor colours: those of its `keyword` groups.
+std::set<std::string> KeywordsOf(const std::string& file) {
+    std::set<std::string> words;
+    std::istringstream lines(ReadText(file));
+    for (std::string line, word; std::getline(lines, line);) {
+        std::istringstream rest(line);
+        if (!line.starts_with("syntax keyword") || line.find("Todo") != std::string::npos ||
+            line.find("brentaHost") != std::string::npos)
+            continue;
+        rest >> word >> word >> word;
+        while (rest >> word)
+            words.insert(word);
+    }
+    return words;
+}
+
+TEST(EditorFiles, ColourTheWordsOfTheLanguage) {
+    const std::set<std::string> words = KeywordsOf(BRENTA_EDITOR_FOLDER "/vim/syntax/brenta.vim");
+    const std::string grammar = ReadText(BRENTA_EDITOR_FOLDER "/textmate/syntaxes/brenta.tmLanguage.json");
+    EXPECT_EQ(words.size(), 24u);
+    for (const std::string& word : words) {
+        EXPECT_EQ(RunHost({"exec", "var " + word + " = 1;"}).status, 1) << word << " can be a variable";
+        const bool isInGrammar = grammar.find("|" + word + "|") != std::string::npos ||
+                                 grammar.find("(" + word + "|") != std::string::npos ||
+                                 grammar.find("|" + word + ")") != std::string::npos ||
+                                 grammar.find("(" + word + ")") != std::string::npos;
+        EXPECT_TRUE(isInGrammar) << word;
+    }
+}
+
+}  // namespace
+}  // namespace brenta::test

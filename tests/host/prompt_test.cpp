@@ -1,0 +1,90 @@
+// The script prompt, with piped input and at a terminal; and what other commands print at one.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "host_process.h"
+
+namespace brenta::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Lines = std::vector<std::string>;
+
+TEST(Prompt, TakesCommands) {
+    std::ofstream(ScratchFolder() / "twice.scr")
+        << "var Count = 2;\nfunction Twice(a)\n{\n    return a * Count;\n}\n";
+    const std::tuple<const char*, Lines, Lines> rows[] = {
+        {":load twice.scr\nTwice(4)\n", {"8"}, {}},
+        {":load none\n:load\n:foo\n:units feet\n",
+         {},
+         {"brenta: 'none' does not exist", "brenta: :load needs a file",
+          "brenta: there is no ':foo'; :help tells what there is",
+          "brenta: :units needs in, mil, cm, mm or off"}},
+        {":units mm\n1in\n\"a\"\n:units off\n1in\n", {"10000000  (25.4mm)", "a", "10000000"}, {}},
+        {"var x = 5;\n:load twice.scr\nTwice(x)\n:reload\nTwice(4)\nx\n",
+         {"10", "8"},
+         {"cmd:(1): Symbol 'x' not defined."}},
+        {":load twice.scr\n:load twice.scr\n",
+         {},
+         {"brenta: 'twice.scr' is loaded already; :reload loads everything anew"}},
+        {"1\n:quit\n2\n", {"1"}, {}},
+        {"var s = {1, \"two\"};\nvar d as CCoreXmlDom;\n:load twice.scr\n:env\n",
+         {"reflect(value)            function", "Env.StdLib                an object of CStdScriptLib",
+          "s                         {1, two}", "d                         an object of CCoreXmlDom",
+          "Count                     2", "Twice(a)                  function"},
+         {}}};
+    for (const auto& [input, output, errors] : rows) {
+        const HostResult result = RunHost({"repl"}, input);
+        EXPECT_EQ(result.status, 0) << input;
+        EXPECT_EQ(result.output, output) << input;
+        EXPECT_EQ(result.errors, errors) << input;
+    }
+}
+
+/// What a person sees who types `input` at a terminal of the program's own.
+std::string AtTerminal(const std::string& command, const std::string& input, const std::string& settings) {
+    const std::string folder = ScratchFolder().string();
+    std::ofstream(folder + "/typed", std::ios::binary) << input;
+    const std::string line = "cd '" + folder + "' && env -u NO_COLOR TERM=xterm " + settings +
+                             " script -qec '" + BRENTA_HOST_PROGRAM + " " + command +
+                             "' /dev/null <typed >seen";
+    EXPECT_EQ(std::system(line.c_str()), 0) << command;
+    return ReadText(folder + "/seen");
+}
+
+TEST(Terminal, CompletesAndRemembersAtThePrompt) {
+    const fs::path state = ScratchFolder() / "state";
+    const std::string settings = "XDG_STATE_HOME='" + state.string() + "'";
+    AtTerminal("",
+               "var number = 20mil;\nnumb\t.Ro\t(1mil)\nvar d as CCoreXmlDom;\nd.LoadS\t(\"<a/>\")\n"
+               "d.El\t\nEnv.St\t.PromptY\t\n{1,\n2}\n\"\xC3\xA9\\n\"\n:quit\n",
+               settings);
+    const fs::path history = state / "brenta" / "history";
+    EXPECT_EQ(
+        SplitLines(ReadText(history.string())),
+        (Lines{"var number = 20mil;", "number.Round(1mil)", "var d as CCoreXmlDom;", "d.LoadString(\"<a/>\")",
+               "d.ElementList", "Env.StdLib.PromptYesNo", "{1,\\n2}", "\"\xC3\xA9\\\\n\"", ":quit"}));
+    EXPECT_EQ(fs::status(history).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(fs::status(state / "brenta").permissions(), fs::perms::owner_all);
+    // The entries are there again: "up" twice is the text.
+    AtTerminal("repl", "\033[A\033[A\n:quit\n", settings);
+    EXPECT_EQ(SplitLines(ReadText(history.string())).size(), 11u);
+    EXPECT_EQ(SplitLines(ReadText(history.string()))[9], "\"\xC3\xA9\\\\n\"");
+}
+
+TEST(Terminal, ShowsTablesAndColoursToPersonsOnly) {
+    const std::string plain = AtTerminal("eval 1mil", "", "NO_COLOR=1");
+    EXPECT_NE(plain.find("millimetres"), std::string::npos) << plain;
+    EXPECT_EQ(plain.find('\t'), std::string::npos) << plain;
+    EXPECT_EQ(plain.find('\033'), std::string::npos) << plain;
+    EXPECT_NE(AtTerminal("help", "", "").find("\033[1mUsage:"), std::string::npos);
+    EXPECT_EQ(AtTerminal("help", "", "TERM=dumb").find('\033'), std::string::npos);
+}
+
+}  // namespace
+}  // namespace brenta::test
