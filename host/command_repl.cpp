@@ -1,6 +1,7 @@
 // brenta repl: an interactive prompt over one engine.
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <string_view>
 
 #include "command.h"
@@ -11,21 +12,26 @@
 namespace brenta::host {
 namespace {
 
-/// Open brackets left by `text`; texts in quotes and line comments do not count.
+/// Where a text in quotes, a character in quotes or a line comment that begins at `i` ends: the place of its
+/// last character, or the end of `text` if that comes first. `i` itself if nothing of these begins there.
+std::size_t SkipQuoted(std::string_view text, std::size_t i) {
+    const std::string_view rest = text.substr(i);
+    if (rest.front() == '"') return std::min(text.find('"', i + 1), text.size());
+    if (rest.starts_with("//")) return std::min(text.find('\n', i), text.size());
+    if (rest.front() != '\'') return i;
+    const std::size_t behind = i + (rest.starts_with("'\\") ? 3 : 2);
+    return behind < text.size() && text[behind] == '\'' ? behind : i;
+}
+
+/// Open brackets left by `text`; a text in quotes that goes on counts as one.
 int OpenBrackets(std::string_view text) {
     int open = 0;
-    bool quoted = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
-        if (c == '"') quoted = !quoted;
-        if (quoted) continue;
-        if (c == '/' && i + 1 < text.size() && text[i + 1] == '/') {
-            i = std::min(text.find('\n', i), text.size());
-        } else if (c == '{' || c == '(' || c == '[') {
-            ++open;
-        } else if (c == '}' || c == ')' || c == ']') {
-            --open;
-        }
+        if (c == '{' || c == '(' || c == '[') ++open;
+        if (c == '}' || c == ')' || c == ']') --open;
+        i = SkipQuoted(text, i);
+        if (i == text.size() && c == '"') return 1;
     }
     return open;
 }
@@ -60,8 +66,10 @@ bool ReadEntry(LineEditor& editor, std::string& entry) {
     return true;
 }
 
-int Repl() {
+int Repl(const std::vector<std::string>& files) {
     PromptSession session;
+    for (const std::string& file : files)
+        session.Run(":load " + file);
     LineEditor editor([&session](std::string_view line) { return session.Complete(line); });
     if (editor.IsInteractive())
         PrintLine("Brenta " BRENTA_VERSION " script prompt. :help tells what can be typed, Ctrl-D ends.");
@@ -76,12 +84,15 @@ int Repl() {
 }
 
 void Define(Command& command) {
+    const auto files = std::make_shared<std::vector<std::string>>();
+    command.OptionalWords("FILE", *files, WordKind::kScript, "Scripts to load before");
     command.Explain(
         "Reads piped input, too. The history of a prompt at a terminal is kept in the user's state folder, "
         "~/.local/state/brenta. Type :help at the prompt for more.");
     command.Example("brenta repl", "or just brenta");
+    command.Example("brenta repl panel.scr", "to call its functions");
     command.Example("echo '6 * 7' | brenta repl");
-    command.Run(&Repl);
+    command.Run([files] { return Repl(*files); });
 }
 
 const CommandEntry entry("repl", CommandGroup::kScripts, "Open the script prompt", &Define);

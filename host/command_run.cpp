@@ -57,6 +57,7 @@ int Run(const RunOptions& options) {
 /// The functions that the text of a script defines; the script itself is not run for that.
 std::vector<std::string> SuggestFunctions(const std::vector<std::string>& before) {
     std::vector<std::string> names;
+    if (!FileExists(before[0].c_str())) return names;  // a device may have no end
     std::ifstream text(before[0]);
     for (std::string word; text >> word;) {
         if (word != "function" || !(text >> word)) continue;

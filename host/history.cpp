@@ -33,9 +33,8 @@ std::string Decode(const std::string& line) {
 
 /// An empty file that others cannot read, before anything is in it.
 void CreatePrivate(const std::string& file) {
-    if (fs::exists(file)) return;
-    std::ofstream(file, std::ios::app).close();
     std::error_code ignored;
+    if (!fs::exists(file, ignored)) std::ofstream(file, std::ios::app).close();
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write, ignored);
 }
 
