@@ -25,6 +25,9 @@ if(TARGET brenta_host AND NOT WIN32)
     endif()
     install(FILES ${PROJECT_SOURCE_DIR}/host/completion/brenta.bash
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME brenta COMPONENT Runtime)
+    if(TARGET brenta_manual)
+        install(FILES ${PROJECT_BINARY_DIR}/host/brenta.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Runtime)
+    endif()
     install(FILES ${PROJECT_SOURCE_DIR}/host/completion/_brenta
             DESTINATION ${CMAKE_INSTALL_DATADIR}/${BRENTA_ZSH_DIR} COMPONENT Runtime)
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/editors/vim/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vim/vimfiles

@@ -9,6 +9,7 @@
 #include "console.h"
 #include "free_words.h"
 #include "help.h"
+#include "manual.h"
 #include "terminal.h"
 
 namespace brenta::host {
@@ -142,6 +143,7 @@ int RunCommandLine(std::vector<std::string> words) {
     const std::vector<std::string> rest(words.begin() + 1, words.end());
     if (words.front() == "help") return HelpCommand(tree, rest);
     if (words.front() == kCompletionCommand) return CompletionCommand(tree, rest);
+    if (words.front() == kManualCommand) return ManualCommand(tree);
     return ParseAndRun(tree, words);
 }
 

@@ -23,7 +23,7 @@ function(step_files)
               share/brenta/examples/embed/main.cpp)
     if(NOT WIN32)
         list(APPEND files share/bash-completion/completions/brenta share/brenta/textmate/package.json
-                          share/vim/vimfiles/syntax/brenta.vim)
+                          share/vim/vimfiles/syntax/brenta.vim share/man/man1/brenta.1)
     endif()
     foreach(file libbrenta_core.so libbrenta_core.so.4 libbrenta_core.so.${VERSION}
                  cmake/BrentaCore/BrentaCoreConfig.cmake cmake/BrentaCore/BrentaCoreConfigVersion.cmake
