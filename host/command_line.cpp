@@ -83,7 +83,8 @@ const CLI::App& NamedCommand(const CommandTree& tree, const std::vector<std::str
 }
 
 /// brenta help [COMMAND [ACTION]]
-int HelpCommand(const CommandTree& tree, const std::vector<std::string>& words) {
+int HelpCommand(const CommandTree& tree, std::vector<std::string> words) {
+    std::erase_if(words, [](const std::string& word) { return word.starts_with('-') || word == "help"; });
     std::size_t count = 0;
     const CLI::App& command = NamedCommand(tree, words, count);
     if (count < words.size()) return RefuseName(command, words[count]);

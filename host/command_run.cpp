@@ -34,6 +34,17 @@ bool DefinesFunction(const CCoreScriptEngine& engine, const char* name) {
     return dynamic_cast<FuncSymbol*>(engine.GetSymbol(StrId(name), false)) != nullptr;
 }
 
+/// The names of the functions that scripts have defined so far, for a message.
+std::string DefinedFunctions(CCoreScriptEngine& engine) {
+    std::string names;
+    for (TIter<CCoreSymbol*> symbol = engine.GetFirstSymbol(); symbol.Get() != nullptr; symbol.Next()) {
+        const std::string name = StrPtr((*symbol.Get())->GetName());
+        if ((*symbol.Get())->GetKind() != SymbolKind::Function || name == "reflect") continue;
+        names += (names.empty() ? "" : ", ") + name;
+    }
+    return names.empty() ? "defines none" : "defines " + names;
+}
+
 int Run(const RunOptions& options) {
     if (!CheckPath(options.file)) return 1;
     ConsoleStream messages;
@@ -49,6 +60,11 @@ int Run(const RunOptions& options) {
     for (const std::string& argument : options.arguments)
         arguments.Add(Var(argument.c_str(), kNoName));
     Var result;
+    if (engine.GetSymbol(StrId(function.c_str()), false) == nullptr) {
+        Complain("there is no function '" + function + "': '" + options.file + "' " +
+                 DefinedFunctions(engine));
+        return 1;
+    }
     if (!engine.RunScript(function.c_str(), result, arguments, false)) return 1;
     if (options.printResult) PrintLine(TextOf(result));
     return 0;

@@ -1,6 +1,8 @@
 // The host's command line, run as a user would.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "host_process.h"
 
 namespace brenta::test {
@@ -66,6 +68,12 @@ TEST(RunCommand, ReportsAWrongPathInOneLine) {
     EXPECT_EQ(result.status, 1);
     ASSERT_EQ(result.errors.size(), 1u);
     EXPECT_NE(result.errors[0].find("'no_such_script.scr' does not exist"), std::string::npos);
+}
+
+TEST(RunCommand, NamesTheFunctionsThatThereAre) {
+    std::ofstream(ScratchFolder() / "two.scr") << "function One()\n{\n}\nfunction Two()\n{\n}\n";
+    EXPECT_EQ(RunHost({"run", "two.scr", "Three"}).errors,
+              Lines{"brenta: there is no function 'Three': 'two.scr' defines One, Two"});
 }
 
 TEST(ReplCommand, WorksWithPipedInputAndSurvivesErrors) {
