@@ -24,7 +24,7 @@
 
 #include "brenta/units.h"
 
-namespace CLI {
+namespace CLI {  // NOLINT(readability-identifier-naming)
 class App;
 class Option;
 }  // namespace CLI

@@ -2,6 +2,7 @@
 #include <editline/readline.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
@@ -37,13 +38,21 @@ char* NextWord(const char* text, int state) {
     return nullptr;
 }
 
-char** Complete(const char* text, int start, int end) {
+/// The text up to a cursor that libedit counts in characters.
+std::string_view LineUpTo(int cursor) {
+    std::size_t end = 0;
+    for (; rl_line_buffer[end] != 0; ++end)
+        if ((rl_line_buffer[end] & 0xC0) != 0x80 && cursor-- == 0) break;
+    return {rl_line_buffer, end};
+}
+
+char** Complete(const char* text, int, int end) {
     rl_attempted_completion_over = 1;  // nothing else is offered
-    const std::string_view line(rl_line_buffer, static_cast<std::size_t>(end));
+    const std::string_view line = LineUpTo(end);
     current = (*completer)(line);
     if (current.areFiles) return rl_completion_matches(text, &rl_filename_completion_function);
     // The words may begin elsewhere than libedit thinks.
-    const auto typed = static_cast<std::size_t>(start);
+    const std::size_t typed = line.size() - std::min(line.size(), std::strlen(text));
     if (current.start < typed)
         for (std::string& word : current.words)
             word.erase(0, typed - current.start);
@@ -77,7 +86,8 @@ int ReadCharacter(FILE*) {
     int character = behind == 0 ? byte : byte & (0x3F >> behind);
     for (int i = 0; i < behind && read(STDIN_FILENO, &byte, 1) == 1; ++i)
         character = character << 6 | (byte & 0x3F);
-    return character;
+    const bool isCharacter = character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
+    return isCharacter ? character : '?';
 }
 
 /// While it lives, Ctrl-C interrupts the reading of a line and nothing else.

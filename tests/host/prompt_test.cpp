@@ -63,13 +63,13 @@ TEST(Terminal, CompletesAndRemembersAtThePrompt) {
     const std::string settings = "XDG_STATE_HOME='" + state.string() + "'";
     AtTerminal("",
                "var number = 20mil;\nnumb\t.Ro\t(1mil)\nvar d as CCoreXmlDom;\nd.LoadS\t(\"<a/>\")\n"
-               "d.El\t\nEnv.St\t.PromptY\t\n{1,\n2}\n\"\xC3\xA9\\n\"\n:quit\n",
+               "\"\xC3\xA9\xC3\xA9\" + d.El\t\nEnv.St\t.PromptY\t\n{1,\n2}\n\"\xC3\xA9\\n\"\n:quit\n",
                settings);
     const fs::path history = state / "brenta" / "history";
-    EXPECT_EQ(
-        SplitLines(ReadText(history.string())),
-        (Lines{"var number = 20mil;", "number.Round(1mil)", "var d as CCoreXmlDom;", "d.LoadString(\"<a/>\")",
-               "d.ElementList", "Env.StdLib.PromptYesNo", "{1,\\n2}", "\"\xC3\xA9\\\\n\"", ":quit"}));
+    EXPECT_EQ(SplitLines(ReadText(history.string())),
+              (Lines{"var number = 20mil;", "number.Round(1mil)", "var d as CCoreXmlDom;",
+                     "d.LoadString(\"<a/>\")", "\"\xC3\xA9\xC3\xA9\" + d.ElementList",
+                     "Env.StdLib.PromptYesNo", "{1,\\n2}", "\"\xC3\xA9\\\\n\"", ":quit"}));
     EXPECT_EQ(fs::status(history).permissions(), fs::perms::owner_read | fs::perms::owner_write);
     EXPECT_EQ(fs::status(state / "brenta").permissions(), fs::perms::owner_all);
     // The entries are there again: "up" twice is the text.
