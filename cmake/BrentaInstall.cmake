@@ -36,6 +36,8 @@ if(TARGET brenta_host AND NOT WIN32)
             COMPONENT Runtime)
 endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/brenta COMPONENT Development)
+install(FILES ${PROJECT_SOURCE_DIR}/cmake/compare_output.cmake DESTINATION ${CMAKE_INSTALL_DATADIR}/brenta/examples
+        COMPONENT Development)
 
 install(EXPORT BrentaCoreTargets NAMESPACE Brenta:: DESTINATION ${BRENTA_PACKAGE_DIR} COMPONENT Development)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/BrentaCoreConfig.cmake.in

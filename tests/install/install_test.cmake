@@ -7,7 +7,7 @@ endfunction()
 
 # Runs the embedding program and compares what it prints.
 function(expect_output program)
-    run(${CMAKE_COMMAND} -DEXPECTED=${SOURCE}/examples/embed/main.expected -P ${SOURCE}/examples/compare_output.cmake --
+    run(${CMAKE_COMMAND} -DEXPECTED=${SOURCE}/examples/embed/main.expected -P ${SOURCE}/cmake/compare_output.cmake --
         ${program})
 endfunction()
 
