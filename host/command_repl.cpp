@@ -7,7 +7,7 @@
 #include "command.h"
 #include "console.h"
 #include "line_editor.h"
-#include "prompt_session.h"
+#include "prompt.h"
 
 namespace brenta::host {
 namespace {
@@ -67,16 +67,16 @@ bool ReadEntry(LineEditor& editor, std::string& entry) {
 }
 
 int Repl(const std::vector<std::string>& files) {
-    PromptSession session;
+    Prompt prompt;
     for (const std::string& file : files)
-        session.Run(":load " + file);
-    LineEditor editor([&session](std::string_view line) { return session.Complete(line); });
+        prompt.Run(":load " + file);
+    LineEditor editor([&prompt](std::string_view line) { return prompt.Complete(line); });
     if (editor.IsInteractive())
         PrintLine("Brenta " BRENTA_VERSION " script prompt. :help tells what can be typed, Ctrl-D ends.");
     bool goesOn = true;
     for (std::string entry; goesOn && ReadEntry(editor, entry);) {
         editor.Remember(entry);
-        goesOn = session.Run(entry);
+        goesOn = prompt.Run(entry);
         std::fflush(stdout);
     }
     if (editor.IsInteractive() && goesOn) PrintLine("");

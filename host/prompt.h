@@ -11,9 +11,9 @@
 
 namespace brenta::host {
 
-class PromptSession {
+class Prompt {
  public:
-    PromptSession();
+    Prompt();
 
     /// Runs an entry: a command of the prompt (":help"), definitions, or statements. False after ":quit".
     bool Run(const std::string& entry);

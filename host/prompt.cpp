@@ -1,4 +1,4 @@
-#include "prompt_session.h"
+#include "prompt.h"
 
 #include <algorithm>
 #include <cmath>
@@ -70,11 +70,11 @@ bool IsDefinition(std::string_view entry) {
 
 }  // namespace
 
-PromptSession::PromptSession() {
+Prompt::Prompt() {
     Reload();
 }
 
-bool PromptSession::Run(const std::string& entry) {
+bool Prompt::Run(const std::string& entry) {
     const std::string text = Trimmed(entry);
     if (text.empty()) return true;
     if (text.front() == ':') return RunCommand(text);
@@ -82,7 +82,7 @@ bool PromptSession::Run(const std::string& entry) {
     return true;
 }
 
-void PromptSession::RunScript(const std::string& entry) {
+void Prompt::RunScript(const std::string& entry) {
     const InterruptScope interrupt(*m_engine);
     if (IsDefinition(entry)) {
         m_engine->InjectScript("prompt", entry.c_str());
@@ -93,7 +93,7 @@ void PromptSession::RunScript(const std::string& entry) {
         PrintValue(result);
 }
 
-bool PromptSession::RunCommand(const std::string& entry) {
+bool Prompt::RunCommand(const std::string& entry) {
     const std::size_t end = std::min(entry.find_first_of(" \t"), entry.size());
     const std::string command = entry.substr(0, end), rest = Trimmed(std::string_view(entry).substr(end));
     if (command == ":quit" || command == ":q") return false;
@@ -113,7 +113,7 @@ bool PromptSession::RunCommand(const std::string& entry) {
     return true;
 }
 
-void PromptSession::Load(const std::string& file) {
+void Prompt::Load(const std::string& file) {
     if (file.empty()) {
         Complain(":load needs a file");
     } else if (std::find(m_files.begin(), m_files.end(), file) != m_files.end()) {
@@ -125,13 +125,13 @@ void PromptSession::Load(const std::string& file) {
     }
 }
 
-void PromptSession::Reload() {
+void Prompt::Reload() {
     m_engine = std::make_unique<CCoreScriptEngine>(TOrderedList<Var>(), &m_messages);
     for (const std::string& file : std::exchange(m_files, {}))
         Load(file);
 }
 
-void PromptSession::ChooseUnits(const std::string& name) {
+void Prompt::ChooseUnits(const std::string& name) {
     constexpr std::pair<std::string_view, CoreUnits> kKnown[] = {
         {"in", kInches}, {"mil", kMils}, {"cm", kCentimeters}, {"mm", kMillimeters}, {"off", kUnitsNone}};
     for (const auto& [known, unit] : kKnown) {
@@ -142,7 +142,7 @@ void PromptSession::ChooseUnits(const std::string& name) {
     Complain(":units needs in, mil, cm, mm or off");
 }
 
-void PromptSession::PrintNames() const {
+void Prompt::PrintNames() const {
     for (const std::string& line : DescribeNames(*m_engine)) {
         const std::size_t tab = line.find('\t');
         std::string name = line.substr(0, tab);
@@ -151,7 +151,7 @@ void PromptSession::PrintNames() const {
     }
 }
 
-void PromptSession::PrintValue(const Var& value) const {
+void Prompt::PrintValue(const Var& value) const {
     std::string text = TextOf(value);
     const double number = value.GetFloat();
     if (m_units != kUnitsNone && value.IsNumeric() && std::abs(number) <= INT32_MAX)
@@ -161,7 +161,7 @@ void PromptSession::PrintValue(const Var& value) const {
     PrintLine(text);
 }
 
-Completion PromptSession::Complete(std::string_view line) const {
+Completion Prompt::Complete(std::string_view line) const {
     Completion completion;
     if (!line.starts_with(':')) {
         completion.words = NamesFor(*m_engine, line, completion.start);
