@@ -217,6 +217,7 @@ chomp(my @paths = <$found>);
 %compiled_files = map { $_ => read_file($_) } @paths;
 system('rm', '-rf', $folder);
 mkdir $folder or die "$folder: $!\n";
-symlink "$ENV{PWD}/examples", "$folder/examples" or die "examples: $!\n";
+chomp(my $root = `pwd`);    # PWD is the one of whoever started the tests
+symlink "$root/examples", "$folder/examples" or die "examples: $!\n";
 check_document($_) for @documents;
 exit($failures ? 1 : 0);
