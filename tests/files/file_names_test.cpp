@@ -102,6 +102,11 @@ TEST(FileNames, FormsAndExistence) {
     }
     EXPECT_FALSE(FileExists(nullptr) || DirectoryExists(nullptr));
     EXPECT_TRUE(DirectoryExists(AppendPaths(folder, "")));
+    const std::string longest = test::Repeat("a/", 50000);
+    EXPECT_FALSE(FileExists(longest.c_str()) || DirectoryExists(longest.c_str()));
+    EXPECT_EQ(StripFileName((longest + "b").c_str()).GetLength(), 99999);
+    EXPECT_EQ(NormalizeFilename(longest.c_str(), true).GetLength(), 100000);
+    EXPECT_EQ(MakeRelativePath((longest + "b").c_str(), longest.c_str()), "b");
 }
 
 }  // namespace

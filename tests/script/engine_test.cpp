@@ -147,5 +147,13 @@ TEST(Engine, StaysUsableAfterEveryFailure) {
     }
 }
 
+TEST(Engine, CommandsLeaveNothingBehind) {
+    ScriptRun run;
+    run.Execute("var q = 4; var text = \"var t = 1; foreach (e in {1}) { var u = t; }\";");
+    const std::size_t symbols = run.engine.State().symbols.size();
+    EXPECT_EQ(run.Execute("for (var i = 0; i < 100; i += 1) { execute(text); { var t = q; } } q"), "=4");
+    EXPECT_EQ(run.engine.State().symbols.size(), symbols + 1);  // i
+}
+
 }  // namespace
 }  // namespace brenta::test
