@@ -1,5 +1,4 @@
 // Showing a page in the person's browser.
-#include <cerrno>
 #include <exception>
 #include <string>
 #include <system_error>
@@ -7,6 +6,7 @@
 
 #include "brenta/http.h"
 #include "brenta/registry.h"
+#include "os/programs.h"
 #include "platform/command_words.h"
 #include "platform/host_services.h"
 #include "platform/http_url.h"
@@ -78,9 +78,9 @@ std::string SafeAddress(const char* url) {
 
 bool Launch(const char* address) {
     const std::string url = SafeAddress(address);
-    if (url.empty()) return Fail(EINVAL);
+    if (url.empty()) return Fail(os::kErrorBadArgument);
     std::vector<std::string> words = CommandWords(BrowserCommand());
-    if (words.empty()) return HostShellOpen(url.c_str()) || Fail(ENOENT);
+    if (words.empty()) return HostShellOpen(url.c_str()) || Fail(os::kErrorNoSuchFile);
     PlaceAddress(words, url);
     int error = 0;
     return HostStartProcess(words, error) || Fail(error);
@@ -89,7 +89,7 @@ bool Launch(const char* address) {
 }  // namespace
 
 bool CWinHTTP::LaunchWebBrowser(CString& url) try { return Launch(url); } catch (const std::exception&) {
-    return Fail(ENOMEM);
+    return Fail(os::kErrorNoMemory);
 }
 
 }  // namespace brenta
