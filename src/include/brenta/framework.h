@@ -230,8 +230,6 @@ class BRENTA_API CDynLinkLibrary : public CObject {
     const CExtensionModule& GetModule() const { return *m_pModule; }
 
  private:
-    friend BRENTA_API void AfxTermExtensionModule(CExtensionModule& module);
-
     CExtensionModule* m_pModule;
     CDynLinkLibrary* m_pNext;
 };
