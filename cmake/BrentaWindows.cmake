@@ -4,6 +4,9 @@
 # No DLL of the compiler's is needed beside ours.
 add_link_options(-static)
 
+# Programs find the library beside themselves.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+
 # minizip, unmodified. './dev build --windows' puts its source here; its headers are included as <minizip/...>.
 set(BRENTA_MINIZIP_SOURCE ${PROJECT_SOURCE_DIR}/build/minizip CACHE PATH "Source folder of minizip")
 if(NOT EXISTS ${BRENTA_MINIZIP_SOURCE}/zip.c)

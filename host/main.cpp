@@ -4,6 +4,7 @@
 
 #include "command_line.h"
 #include "commands.h"
+#include "terminal.h"
 
 namespace {
 
@@ -266,5 +267,6 @@ class CommandLine {
 }  // namespace
 
 int main(int argc, char** argv) {
+    brenta::host::PrepareStreams();
     return CommandLine().Run(std::vector<std::string>(argv + 1, argv + argc));
 }

@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "host_process.h"
+#include "test_support.h"
 
 namespace brenta::test {
 namespace {
@@ -69,7 +70,7 @@ TEST(ArchiveCommands, UnpackNothingOutsideTheFolder) {
 }
 
 TEST(ArchiveCommands, ReportOfMessages) {
-    setenv("BROWSER", "true", 1);  // nothing is to be seen
+    SetVariable("BROWSER", "true");  // nothing is to be seen
     const HostResult result =
         RunHost({"log", "--report", "r.html", "--title", "A<B"},
                 "a(b).scr(12): warning: <i>\nhello\nx.scr(3): Unknown (4)\nerror: top\nx (3) y:\n");

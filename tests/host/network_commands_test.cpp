@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "host_process.h"
+#include "test_support.h"
 #include "platform/loopback_server.h"
 
 namespace brenta::test {
@@ -15,15 +16,15 @@ namespace fs = std::filesystem;
 /// From now on the environment names this proxy ("" for none), and the desktop's settings this script.
 void SetNetwork(const std::string& proxy, const std::string& script) {
     for (const char* name : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY"})
-        unsetenv(name);
-    setenv("http_proxy", proxy.c_str(), 1);
-    setenv("BRENTA_APPDATA", (ScratchFolder() / "network").c_str(), 1);
+        SetVariable(name, nullptr);
+    SetVariable("http_proxy", proxy.c_str());
+    SetVariable("BRENTA_APPDATA", (ScratchFolder() / "network").string().c_str());
     const fs::path programs = ScratchFolder() / "programs", settings = programs / "gsettings";
     fs::create_directories(programs);
     std::ofstream(settings) << "#!/bin/sh\necho \"org.gnome.system.proxy mode 'auto'\"\n"
                             << "echo \"org.gnome.system.proxy autoconfig-url '" << script << "'\"\n";
     fs::permissions(settings, fs::perms::owner_all);
-    setenv("PATH", (programs.string() + ":/usr/bin:/bin").c_str(), 1);
+    SetVariable("PATH", (programs.string() + ":/usr/bin:/bin").c_str());
 }
 
 const char* const kScript =
@@ -67,7 +68,7 @@ TEST(ProxyCommand, TellsTheProxyAndWhy) {
         SetNetwork(proxy, address + path);
         const HostResult result = RunHost({"proxy", url});
         EXPECT_EQ(result.status, output.empty() ? 1 : 0) << url;
-        EXPECT_EQ(ReadText(ScratchFolder() / "out"), output) << url;
+        EXPECT_EQ(ReadText((ScratchFolder() / "out").string()), output) << url;
         EXPECT_EQ(result.errors.size(), output.empty() ? 1u : 0u) << url;
     }
 }

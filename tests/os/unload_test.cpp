@@ -1,9 +1,8 @@
 // The shared library comes and goes in a living process and leaves nothing behind; sanitizer builds prove the
 // latter.
-#include <dlfcn.h>
-
 #include <atomic>
 #include <cstdlib>
+#include <type_traits>
 
 #include "brenta/failure.h"
 #include "brenta/heap.h"
@@ -14,27 +13,17 @@
 namespace brenta::test {
 namespace {
 
-void* Load() {
-    void* const library = dlopen(BRENTA_CORE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    EXPECT_NE(library, nullptr) << dlerror();
-    return library;
-}
-
-/// The loaded library's function of the same type as one that this program has linked.
-template <class Function>
-Function* Find(void* library, const char* name, Function*) {
-    const auto found = reinterpret_cast<Function*>(dlsym(library, name));
-    EXPECT_NE(found, nullptr) << dlerror();
-    return found;
-}
+/// The name of HeapNew, which tells the type behind std::size_t.
+const char* const kHeapNew =
+    std::is_same_v<std::size_t, unsigned long> ? "_ZN6brenta7HeapNewEm" : "_ZN6brenta7HeapNewEy";
 
 /// Makes the library use what it builds on demand, on this thread and on one that has ended.
-void Use(void* library) {
-    const auto init = Find(library, "_ZN6brenta15InitCoreLibraryEv", InitCoreLibrary);
-    const auto allocate = Find(library, "_ZN6brenta12CoreAllocateEi", CoreAllocate);
-    const auto create = Find(library, "_ZN6brenta7HeapNewEm", HeapNew);
-    const auto release = Find(library, "_ZN6brenta10HeapDeleteEPv", HeapDelete);
-    const auto intern = Find<STRID(const char*)>(library, "_ZN6brenta5StrIdEPKc", StrId);
+void Use(const LoadedLibrary& library) {
+    const auto init = library.Find("_ZN6brenta15InitCoreLibraryEv", InitCoreLibrary);
+    const auto allocate = library.Find("_ZN6brenta12CoreAllocateEi", CoreAllocate);
+    const auto create = library.Find(kHeapNew, HeapNew);
+    const auto release = library.Find("_ZN6brenta10HeapDeleteEPv", HeapDelete);
+    const auto intern = library.Find<STRID(const char*)>("_ZN6brenta5StrIdEPKc", StrId);
     EXPECT_TRUE(init());
     const auto work = [&] {
         release(allocate(2000000));
@@ -66,19 +55,17 @@ class AroundMain {
 
 TEST(Unload, TenTimes) {
     for (int i = 0; i < 10; ++i) {
-        void* const library = Load();
-        Use(library);
-        EXPECT_EQ(dlclose(library), 0);
-        EXPECT_EQ(dlopen(BRENTA_CORE_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
+        Use(LoadedLibrary(BRENTA_CORE_LIBRARY));
+        EXPECT_FALSE(LoadedLibrary::IsPresent(BRENTA_CORE_LIBRARY)) << "still loaded";
     }
 }
 
 TEST(Unload, NotBeforeTheProcessEnds) {
-    void* const library = Load();
+    const LoadedLibrary library(BRENTA_CORE_LIBRARY);
     Use(library);
     // A thread that goes on while the process ends.
-    const auto create = Find(library, "_ZN6brenta7HeapNewEm", HeapNew);
-    const auto release = Find(library, "_ZN6brenta10HeapDeleteEPv", HeapDelete);
+    const auto create = library.Find(kHeapNew, HeapNew);
+    const auto release = library.Find("_ZN6brenta10HeapDeleteEPv", HeapDelete);
     EXPECT_EXIT(
         {
             std::thread([=] {
@@ -88,7 +75,6 @@ TEST(Unload, NotBeforeTheProcessEnds) {
             std::exit(0);
         },
         testing::ExitedWithCode(0), "");
-    dlclose(library);
 }
 
 TEST(Unload, NotWhileAThreadUsesStrings) {
