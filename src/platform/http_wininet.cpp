@@ -55,6 +55,7 @@ void PrepareHttp() {}
 std::string Exchange(const HttpExchange& exchange, HttpReceiver& receiver) {
     WinInetRequest request(exchange);
     if (!request.Send()) return request.Failure();
+    if (request.Status() == 0) return "The server did not answer";
     if (request.Header(HTTP_QUERY_RAW_HEADERS_CRLF).size() > exchange.request.limits.headerBytes)
         return "The server's header is too long";
     if (!TakeHead(exchange, request, receiver)) return "";

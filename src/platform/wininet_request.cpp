@@ -157,7 +157,7 @@ WinInetRequest::~WinInetRequest() {
 /// Closes what is open. The system's threads end with the request; where one of them hangs for longer, our
 /// code must stay in memory for it.
 void WinInetRequest::Close() {
-    constexpr DWORD kPatience = 5000;  // milliseconds
+    constexpr DWORD kPatience = 500;  // milliseconds
     if (m_request) {
         InternetCloseHandle(m_request);
         if (!m_pReport->WaitUntilClosed(kPatience)) {
