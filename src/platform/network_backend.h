@@ -35,6 +35,9 @@ int PlatformRunProxyScript(const std::string& script, const std::string& url, co
 /// Asks the network for the proxies of an address, likewise.
 int PlatformDetectProxies(const std::string& url, int seconds, std::string& answer);
 
+/// The system's number for a network that cannot be reached.
+extern const int kErrorNetworkUnreachable;
+
 /// The system's text for one of its own error numbers, those of its discovery of proxies too; "" for any
 /// other.
 std::string PlatformErrorText(int code);

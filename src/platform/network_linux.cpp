@@ -113,6 +113,8 @@ bool PlatformCanConnect(const std::string& host, int port, int seconds) {
     return false;
 }
 
+const int kErrorNetworkUnreachable = ENETUNREACH;
+
 std::string PlatformErrorText(int code) {
     const std::error_category& system = std::system_category();
     const bool isKnown = system.default_error_condition(code).category() == std::generic_category();

@@ -65,6 +65,8 @@ bool PlatformCanConnect(const std::string& host, int port, int) {
     return InternetCheckConnectionA(url.c_str(), FLAG_ICC_FORCE_CONNECTION, 0) != 0;
 }
 
+const int kErrorNetworkUnreachable = ERROR_NETWORK_UNREACHABLE;
+
 std::string PlatformErrorText(int code) {
     return SystemMessage(static_cast<unsigned long>(code), L"winhttp.dll");
 }

@@ -7,8 +7,10 @@ namespace brenta::test {
 
 namespace {
 
-const std::pair<const char*, HKEY> kRoots[] = {
-    {"user", HKEY_CURRENT_USER}, {"machine", HKEY_LOCAL_MACHINE}, {"users", HKEY_USERS}};
+const std::pair<const char*, HKEY> kRoots[] = {{"user", HKEY_CURRENT_USER},
+                                               {"machine", HKEY_LOCAL_MACHINE},
+                                               {"machine\\Software\\Classes", HKEY_CLASSES_ROOT},
+                                               {"users", HKEY_USERS}};
 
 void LeadTo(HKEY root, HKEY key) {
     EXPECT_EQ(RegOverridePredefKey(root, key), ERROR_SUCCESS);

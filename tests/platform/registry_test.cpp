@@ -113,8 +113,9 @@ TEST(Registry, Paths) {
     EXPECT_TRUE(key.SetKey("", false) && key.WriteInt("direct", 4));
     EXPECT_EQ(key.ReadInt("direct", 0), 4);
     EXPECT_TRUE(key.KeyExists(nullptr));
-    EXPECT_TRUE(key.DeleteKey(levels(1).c_str()));
-    EXPECT_EQ(SubKeys(key), (Texts{"a", "a/b", std::string(255, 'n')}));
+    EXPECT_TRUE(key.DeleteKey(levels(2).c_str()));
+    EXPECT_FALSE(key.KeyExists(levels(2).c_str()));
+    EXPECT_EQ(SubKeys(key), (Texts{"a", "a/b", "k", std::string(255, 'n')}));
 }
 
 TEST(Registry, KeysAndRoots) {

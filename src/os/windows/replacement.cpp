@@ -39,7 +39,8 @@ OldFile LookAtOld(const std::string& path) {
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return old;
     const FileHandle file(CreateFileA(path.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
                                       FILE_ATTRIBUTE_NORMAL, nullptr));
-    old.isWritable = file.IsOpen() || GetLastError() == ERROR_SHARING_VIOLATION;
+    const bool isReadOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    old.isWritable = !isReadOnly && (file.IsOpen() || GetLastError() == ERROR_SHARING_VIOLATION);
     old.isRegular = !file.IsOpen() || GetFileType(file.Get()) == FILE_TYPE_DISK;
     return old;
 }
