@@ -28,6 +28,7 @@ class CommandLine {
  public:
     CommandLine() : m_app("Brenta Core console host: dimensions, scripts and documents.", "brenta") {
         m_app.require_subcommand(1);
+        m_app.allow_windows_style_options(false);  // what begins with "/" is a path everywhere
         m_app.set_version_flag("--version", "brenta " BRENTA_VERSION);
         m_app.footer(
             "Examples:\n  brenta eval 20mil+5mil\n  brenta run examples/board_panel.scr\n"

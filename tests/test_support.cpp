@@ -66,6 +66,12 @@ std::string ReadFile(const std::string& path) {
     return content;
 }
 
+std::string ReadTextFile(const std::string& path) {
+    std::string content = ReadFile(path);
+    if (kIsWindows) std::erase(content, '\r');
+    return content;
+}
+
 std::string Repeat(std::string_view text, int count) {
     std::string all;
     for (int i = 0; i < count; ++i)

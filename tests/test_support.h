@@ -19,6 +19,9 @@ namespace brenta::test {
 
 using Texts = std::vector<std::string>;
 
+/// For what the platforms themselves do otherwise.
+extern const bool kIsWindows;
+
 /// Records every forced crash while it lives and resumes after each, so that a test can check both the record
 /// and the state that the failing operation leaves behind.
 class CrashRecorder {
@@ -82,6 +85,9 @@ std::string RandomText(std::mt19937& random, const std::string& alphabet, std::s
 
 /// The content of a file; "absent" for one that cannot be read.
 std::string ReadFile(const std::string& path);
+
+/// The same with line feeds for the platform's line ends.
+std::string ReadTextFile(const std::string& path);
 
 /// `count` times a text.
 std::string Repeat(std::string_view text, int count);

@@ -6,6 +6,8 @@
 
 namespace brenta::test {
 
+const bool kIsWindows = false;
+
 void SetVariable(const char* name, const char* value) {
     value ? setenv(name, value, 1) : unsetenv(name);
 }

@@ -7,6 +7,8 @@
 
 namespace brenta::test {
 
+const bool kIsWindows = true;
+
 void SetVariable(const char* name, const char* value) {
     _putenv_s(name, value ? value : "");
     SetEnvironmentVariableA(name, value);  // the one above knows no empty values

@@ -7,8 +7,12 @@ endfunction()
 
 # Runs the embedding program and compares what it prints.
 function(expect_output program)
+    if(WINDOWS)
+        file(COPY ${PREFIX}/bin/brenta_core.dll DESTINATION ${WORK}/embed)
+        string(APPEND program .exe)
+    endif()
     run(${CMAKE_COMMAND} -DEXPECTED=${SOURCE}/examples/embed/main.expected -P ${SOURCE}/cmake/compare_output.cmake --
-        ${program})
+        ${EMULATOR} ${program})
 endfunction()
 
 # Installs under one name and moves the whole: nothing installed may remember where it was put.
@@ -19,8 +23,15 @@ function(step_files)
 
     file(GLOB_RECURSE headers RELATIVE ${SOURCE}/src/include ${SOURCE}/src/include/brenta/*.h)
     list(TRANSFORM headers PREPEND include/)
-    set(files ${headers} bin/brenta ${LIBDIR}/pkgconfig/brenta-core.pc)
-    foreach(file libbrenta_core.so libbrenta_core.so.4 libbrenta_core.so.${VERSION}
+    if(WINDOWS)
+        set(files bin/brenta.exe bin/brenta_core.dll)
+        set(links libbrenta_core.dll.a)
+    else()
+        set(files bin/brenta)
+        set(links libbrenta_core.so libbrenta_core.so.4 libbrenta_core.so.${VERSION})
+    endif()
+    list(APPEND files ${headers} ${LIBDIR}/pkgconfig/brenta-core.pc)
+    foreach(file ${links}
                  cmake/BrentaCore/BrentaCoreConfig.cmake cmake/BrentaCore/BrentaCoreConfigVersion.cmake
                  cmake/BrentaCore/BrentaCoreTargets.cmake)
         list(APPEND files ${LIBDIR}/${file})
@@ -30,14 +41,22 @@ function(step_files)
             message(SEND_ERROR "not installed: ${file}")
         endif()
     endforeach()
-    run(${PREFIX}/bin/brenta --version)
+    list(GET files 0 program)
+    run(${EMULATOR} ${PREFIX}/${program} --version)
 endfunction()
 
 function(step_find_package)
     set(build ${WORK}/embed)
     file(REMOVE_RECURSE ${build})
+    if(TOOLCHAIN)
+        # Others are looked for in the roots of the other platform only.
+        set(compiler -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN} -DCMAKE_EXE_LINKER_FLAGS=-static
+                     -DBrentaCore_DIR=${PREFIX}/${LIBDIR}/cmake/BrentaCore)
+    else()
+        set(compiler -DCMAKE_CXX_COMPILER=${CXX})
+    endif()
     run(${CMAKE_COMMAND} -S ${SOURCE}/examples/embed -B ${build} -G ${GENERATOR} -DCMAKE_BUILD_TYPE=${CONFIG}
-        -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=${FLAGS} -DCMAKE_PREFIX_PATH=${PREFIX})
+        ${compiler} -DCMAKE_CXX_FLAGS=${FLAGS} -DCMAKE_PREFIX_PATH=${PREFIX})
     run(${CMAKE_COMMAND} --build ${build})
     expect_output(${build}/embed)
 endfunction()
@@ -48,9 +67,13 @@ function(step_pkg_config)
                     OUTPUT_VARIABLE options OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     separate_arguments(options)
     separate_arguments(FLAGS)
-    run(${CXX} -std=c++20 ${FLAGS} ${SOURCE}/examples/embed/main.cpp -o ${WORK}/embed_pkg_config ${options})
+    if(WINDOWS)
+        list(APPEND options -static-libgcc -static-libstdc++ -Wl,-Bstatic) # for the compiler's own libraries
+    endif()
+    file(MAKE_DIRECTORY ${WORK}/embed)
+    run(${CXX} -std=c++20 ${FLAGS} ${SOURCE}/examples/embed/main.cpp -o ${WORK}/embed/embed_pkg_config ${options})
     set(ENV{LD_LIBRARY_PATH} ${PREFIX}/${LIBDIR})
-    expect_output(${WORK}/embed_pkg_config)
+    expect_output(${WORK}/embed/embed_pkg_config)
 endfunction()
 
 # Only names of the library's own namespace leave it; what templates of the standard library leave behind is weak.

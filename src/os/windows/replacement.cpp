@@ -45,6 +45,16 @@ OldFile LookAtOld(const std::string& path) {
     return old;
 }
 
+constexpr DWORD kLongestPath = 32768;
+
+/// The path from the drive on: the current folder may change before the file is in place.
+std::string FullPath(const char* path) {
+    std::string full(kLongestPath, '\0');
+    const DWORD length = GetFullPathNameA(path ? path : "", kLongestPath, full.data(), nullptr);
+    full.resize(length < kLongestPath ? length : 0);
+    return full;
+}
+
 /// Where a symbolic link leads that a path ends with, if something is there; else the path itself.
 std::string FollowLinks(const std::string& path) {
     const DWORD attributes = GetFileAttributesA(path.c_str());
@@ -52,12 +62,11 @@ std::string FollowLinks(const std::string& path) {
         return path;
     const FileHandle file(
         CreateFileA(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    constexpr DWORD kLongest = 32768;
-    std::string target(kLongest, '\0');
-    const DWORD length =
-        file.IsOpen() ? GetFinalPathNameByHandleA(file.Get(), target.data(), kLongest, FILE_NAME_NORMALIZED)
-                      : 0;
-    if (length == 0 || length >= kLongest) return path;
+    std::string target(kLongestPath, '\0');
+    const DWORD length = file.IsOpen() ? GetFinalPathNameByHandleA(file.Get(), target.data(), kLongestPath,
+                                                                   FILE_NAME_NORMALIZED)
+                                       : 0;
+    if (length == 0 || length >= kLongestPath) return path;
     target.resize(length);
     return target;
 }
@@ -124,7 +133,7 @@ bool Overwrite(const std::string& path, std::string_view content) {
 }  // namespace
 
 bool ReplaceWholeFile(const char* path, std::string_view content) try {
-    const std::string target = FollowLinks(NativePath(path));
+    const std::string target = FollowLinks(FullPath(path));
     const OldFile old = LookAtOld(target);
     if (!old.isKnown) return false;
     if (old.exists && !old.isRegular) return old.isWritable && WriteWholeFile(target.c_str(), content);
@@ -148,7 +157,7 @@ Replacement::~Replacement() {
 }
 
 bool Replacement::Create(const char* path) try {
-    std::string target = FollowLinks(NativePath(path)), name;
+    std::string target = FollowLinks(FullPath(path)), name;
     const OldFile old = LookAtOld(target);
     if (!old.isKnown || (old.exists && !(old.isRegular && old.isWritable))) return false;
     const FileHandle file = CreateBeside(target, name);
