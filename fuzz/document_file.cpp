@@ -2,13 +2,12 @@
 // what loads can be saved to a file and loaded again, and the quick reader reads a file like a text.
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <string>
 
 #include "brenta/host.h"
 #include "brenta/xml.h"
 #include "brenta/xml_readers.h"
-#include "memory_file.h"
+#include "scratch_file.h"
 
 namespace {
 
@@ -18,21 +17,8 @@ void Check(bool holds) {
     if (!holds) std::abort();
 }
 
-/// A file to save to, removed at the end.
-class ScratchFile {
- public:
-    ScratchFile()
-        : m_path(std::filesystem::temp_directory_path() /
-                 ("brenta_document_file_" + std::to_string(getpid()))) {}
-    ~ScratchFile() { std::filesystem::remove(m_path); }
-    const char* Path() const { return m_path.c_str(); }
-
- private:
-    const std::filesystem::path m_path;
-};
-
 void LoadWithPlatform(const char* path) {
-    static const ScratchFile saved;
+    static const brenta::fuzz::ScratchFile saved("saved");
     brenta::CCoreXmlDom document;
     if (!document.LoadDocument(path, false)) {
         int offset = 0;
@@ -70,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     brenta::HostServices services;
     services.showMessage = [](void*, const char*, unsigned int) { return brenta::IDOK; };
     brenta::SetHostServices(services);
-    static brenta::fuzz::MemoryFile file;
+    static const brenta::fuzz::ScratchFile file("document");
     const brenta::CString path = file.Hold(data, size);
     LoadWithPlatform(path);
     LoadQuickly(path, std::string(reinterpret_cast<const char*>(data), size));

@@ -5,7 +5,7 @@
 
 #include "brenta/heap.h"
 #include "brenta/xml_stream.h"
-#include "memory_file.h"
+#include "scratch_file.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ class Host : public brenta::CMessageWindow, public brenta::CCmdTarget {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static brenta::fuzz::MemoryFile file;
+    static const brenta::fuzz::ScratchFile file("sax");
     brenta::CString path = file.Hold(data, size), error;
     Host building, again, counting;
     const bool built = brenta::CXMLReader(&building, &building).ParseDocument(path, error);

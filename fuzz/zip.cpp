@@ -1,7 +1,5 @@
 // Any bytes as an archive: every entry is listed and read, and after adding one the archive holds one more,
 // or the same bytes as before.
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -9,6 +7,7 @@
 
 #include "brenta/zip.h"
 #include "os/os.h"
+#include "scratch_file.h"
 
 namespace {
 
@@ -20,22 +19,13 @@ void Require(bool holds) {
     if (!holds) std::abort();
 }
 
-/// In memory where there is such a file system.
-const std::string& ArchivePath() {
-    static const std::string path = [] {
-        std::string folder = access("/dev/shm", W_OK) == 0 ? "/dev/shm/" : "/tmp/";
-        return folder + "brenta_zip_fuzz_" + std::to_string(getpid());
-    }();
-    return path;
-}
-
-void ReadAll(const TOrderedList<ZipFileInfo>& entries) {
+void ReadAll(const char* path, const TOrderedList<ZipFileInfo>& entries) {
     std::uint64_t unpacked = 0;
     for (const ZipFileInfo& entry : entries) {
         if ((unpacked += entry.size) > kMostUnpacked) break;
         ZipFileInfo info;
         info.name = entry.name;
-        const bool good = UnzipFile(ArchivePath().c_str(), info);
+        const bool good = UnzipFile(path, info);
         const std::unique_ptr<unsigned char[]> data(info.data);
         Require(!good || data);
     }
@@ -44,13 +34,14 @@ void ReadAll(const TOrderedList<ZipFileInfo>& entries) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const char* const path = ArchivePath().c_str();
+    static const fuzz::ScratchFile file("zip");
+    const char* const path = file.Path();
     const std::string before(reinterpret_cast<const char*>(data), size);
     Require(os::WriteWholeFile(path, before));
     TOrderedList<ZipFileInfo> entries, more;
     const bool listed = GetZipDirectory(path, entries);
     Require(!listed || IsZipFile(path));
-    ReadAll(entries);
+    ReadAll(path, entries);
 
     unsigned char content[] = {'n', 'e', 'w'};
     ZipFileInfo added{"\x01new entry", 0, sizeof content, content};
@@ -60,6 +51,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
         Require(os::ReadWholeFile(path, after) == os::FileStatus::Ok && after == before);
     }
-    unlink(path);
+    file.Remove();
     return 0;
 }

@@ -1,4 +1,4 @@
-// Whether a person is there.
+// Whether a person is there, and how texts reach them.
 #pragma once
 
 namespace brenta::host {
@@ -11,5 +11,8 @@ bool OutputGoesToTerminal();
 
 /// Whether what is written to standard error appears on a terminal.
 bool ErrorsGoToTerminal();
+
+/// To be called first: what is written has the same bytes on every platform.
+void PrepareStreams();
 
 }  // namespace brenta::host

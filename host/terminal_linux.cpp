@@ -16,4 +16,8 @@ bool ErrorsGoToTerminal() {
     return isatty(STDERR_FILENO) != 0;
 }
 
+void PrepareStreams() {
+    // They are as they should be.
+}
+
 }  // namespace brenta::host

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <io.h>
 
 #include <cstdio>
@@ -16,6 +17,12 @@ bool OutputGoesToTerminal() {
 
 bool ErrorsGoToTerminal() {
     return _isatty(_fileno(stderr)) != 0;
+}
+
+void PrepareStreams() {
+    // Line feeds stay what they are; input still may have either form of line ends.
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
 }
 
 }  // namespace brenta::host

@@ -105,7 +105,7 @@ struct HeldForFork {
     os::LockGuard stringTable{g_stringTableLock};
     os::LockGuard names{NameStore::Of(GlobalStrings())->GetLock()};
 };
-constinit std::mutex g_forking;
+constinit std::recursive_mutex g_forking;  // the standard one that needs no construction everywhere
 constinit std::optional<HeldForFork> g_heldForFork;
 
 void BeforeFork() {

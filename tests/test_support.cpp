@@ -1,8 +1,5 @@
 #include "test_support.h"
 
-#include <pthread.h>
-
-#include <cstdlib>
 #include <filesystem>
 
 #include "brenta/host.h"
@@ -45,12 +42,15 @@ RecordingHost::~RecordingHost() {
 }
 
 Scratch::Scratch() {
-    std::string name = testing::TempDir() + "brenta_XXXXXX";
-    m_path = mkdtemp(name.data());
+    std::random_device random;
+    do
+        m_path = testing::TempDir() + "brenta_" + std::to_string(random());
+    while (!std::filesystem::create_directory(m_path));
 }
 
 Scratch::~Scratch() {
-    std::filesystem::remove_all(m_path);
+    std::error_code ignored;
+    if (m_isMine) std::filesystem::remove_all(m_path, ignored);
 }
 
 std::string RandomText(std::mt19937& random, const std::string& alphabet, std::size_t longest) {
@@ -63,6 +63,12 @@ std::string RandomText(std::mt19937& random, const std::string& alphabet, std::s
 std::string ReadFile(const std::string& path) {
     std::string content = "absent";
     os::ReadWholeFile(path.c_str(), content);
+    return content;
+}
+
+std::string ReadTextFile(const std::string& path) {
+    std::string content = ReadFile(path);
+    if (kIsWindows) std::erase(content, '\r');
     return content;
 }
 
@@ -81,18 +87,9 @@ std::string Numbered(std::string_view before, std::string_view behind, int count
 }
 
 void OnStackOf(std::size_t megabytes, const std::function<void()>& work) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, megabytes << 20);
-    const auto run = [](void* argument) -> void* {
-        (*static_cast<const std::function<void()>*>(argument))();
-        return nullptr;
-    };
+    const auto run = [](void* argument) { (*static_cast<const std::function<void()>*>(argument))(); };
     std::function<void()> argument = work;
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &argument), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
+    ASSERT_TRUE(os::RunOnStack(megabytes << 20, run, &argument));
 }
 
 }  // namespace brenta::test

@@ -19,6 +19,9 @@ namespace brenta::test {
 
 using Texts = std::vector<std::string>;
 
+/// For what the platforms themselves do otherwise.
+extern const bool kIsWindows;
+
 /// Records every forced crash while it lives and resumes after each, so that a test can check both the record
 /// and the state that the failing operation leaves behind.
 class CrashRecorder {
@@ -57,16 +60,24 @@ class RecordingHost {
 /// A new folder that goes, with all that is in it, when the object does.
 class Scratch {
  public:
+    /// The path of another process's folder, which belongs to that.
+    struct Known {
+        std::string path;
+    };
+
     Scratch();
+    explicit Scratch(const Known& known) : m_path(known.path), m_isMine(false) {}
     ~Scratch();
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
     /// The path of an entry in the folder.
     std::string operator/(const char* name) const { return m_path + "/" + name; }
+    const std::string& Path() const { return m_path; }
 
  private:
     std::string m_path;
+    bool m_isMine = true;
 };
 
 /// A text of at most `longest` characters, each any of the alphabet's.
@@ -75,11 +86,40 @@ std::string RandomText(std::mt19937& random, const std::string& alphabet, std::s
 /// The content of a file; "absent" for one that cannot be read.
 std::string ReadFile(const std::string& path);
 
+/// The same with line feeds for the platform's line ends.
+std::string ReadTextFile(const std::string& path);
+
 /// `count` times a text.
 std::string Repeat(std::string_view text, int count);
 
 /// The numbers from 0 to count - 1, each between two texts.
 std::string Numbered(std::string_view before, std::string_view behind, int count);
+
+/// Sets a variable of the environment, or removes it where the value is null.
+void SetVariable(const char* name, const char* value);
+
+/// A shared library that is loaded as long as the object lives.
+class LoadedLibrary {
+ public:
+    explicit LoadedLibrary(const char* path);
+    ~LoadedLibrary();
+    LoadedLibrary(const LoadedLibrary&) = delete;
+    LoadedLibrary& operator=(const LoadedLibrary&) = delete;
+
+    bool IsLoaded() const { return m_handle != nullptr; }
+    /// A function of it that has the type of the given one; null if it exports no such function.
+    template <class Function>
+    Function* Find(const char* name, Function*) const {
+        return reinterpret_cast<Function*>(Address(name));
+    }
+    /// Whether anything in this process has the library loaded.
+    static bool IsPresent(const char* path);
+
+ private:
+    void* Address(const char* name) const;
+
+    void* m_handle;
+};
 
 /// Runs work on a thread with a stack of that many megabytes and waits for it.
 void OnStackOf(std::size_t megabytes, const std::function<void()>& work);

@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 FLOORS=(os foundation files platform script xml)
-PLATFORM_HEADERS='<(unistd|pthread|dlfcn|fcntl|signal|poll|dirent|pwd|termios|execinfo|netdb|sched|link|elf|windows|winsock2|ws2tcpip|shlobj|shellapi|wininet|winhttp)\.h>|<(sys|linux|arpa|netinet|net)/'
+PLATFORM_HEADERS='<(unistd|pthread|dlfcn|fcntl|signal|poll|dirent|pwd|termios|execinfo|netdb|sched|link|elf|windows|winsock2|ws2tcpip|shlobj|shellapi|wininet|winhttp|msxml2|objbase|oleauto|shlwapi)\.h>|<(sys|linux|arpa|netinet|net)/'
 PLATFORM_MACROS='^ *# *(if|ifdef|ifndef|elif).*(_WIN32|_WIN64|__linux__|__unix__|__MINGW32__|_MSC_VER)'
 
 result=0
@@ -41,7 +41,7 @@ mapfile -t files < <(files_of host examples bench)
 forbid "a user of the library includes an internal header" "#include \"($internal)/" "${files[@]}"
 
 # The platform seam.
-mapfile -t files < <(files_of src host examples | grep -vE '^src/os/[a-z]+/|_(linux|windows|libedit)\.cpp$|/export\.h$')
+mapfile -t files < <(files_of src host examples | grep -vE '^src/os/[a-z]+/|_(linux|windows|libedit|msxml)\.cpp$|_msxml\.h$|/export\.h$')
 forbid "a platform's own header outside src/os" "#include $PLATFORM_HEADERS" "${files[@]}"
 forbid "a platform's own branch outside src/os" "$PLATFORM_MACROS" "${files[@]}"
 

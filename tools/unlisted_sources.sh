@@ -13,7 +13,7 @@ is_listed() {
         relative=${source#"$folder"/}
         # The platform's folder may be named through a variable.
         if [ -f "$list" ] && sed 's/#.*//' "$list" | tr -s ' ()' '\n' |
-            grep -qxF -e "$relative" -e "\${BRENTA_PLATFORM}/${relative#*/}"; then
+            grep -qxF -e "$relative" -e "\${BRENTA_PLATFORM}/${relative#*/}" -e "$(sed -E "s/_(linux|windows)(_test)?\.cpp$/_\${platform}\2.cpp/" <<<"$relative")"; then
             return 0
         fi
         [ "$folder" != . ] || return 1

@@ -188,9 +188,9 @@ bool AfxInitExtensionModule(CExtensionModule& module) {
 
 void AfxTermExtensionModule(CExtensionModule& module) {
     const os::LockGuard guard(g_chainLock);
-    for (CDynLinkLibrary* link = g_pChain; link;) {
-        CDynLinkLibrary* const next = link->m_pNext;
-        if (link->m_pModule == &module) delete link;
+    for (const CDynLinkLibrary* link = g_pChain; link;) {
+        const CDynLinkLibrary* const next = link->GetNext();
+        if (&link->GetModule() == &module) delete link;
         link = next;
     }
     module.initialised = false;

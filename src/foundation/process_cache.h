@@ -1,8 +1,9 @@
 // What the process remembers of the thing that was asked for last.
 #pragma once
 
-#include <mutex>
 #include <utility>
+
+#include "os/lock.h"
 
 namespace brenta {
 
@@ -15,7 +16,7 @@ class ProcessCache {
     /// What `work` returns for the T, under the cache's lock.
     template <class Work>
     static auto With(Work work) {
-        const std::lock_guard guard(m_mutex);
+        const os::LockGuard guard(m_lock);
         if (m_pValue == nullptr) m_pValue = new T;
         static_cast<void>(&m_keeper);  // which is made only if somebody names it
         return work(*m_pValue);
@@ -24,12 +25,12 @@ class ProcessCache {
  private:
     struct Keeper {
         ~Keeper() {
-            const std::lock_guard guard(m_mutex);
+            const os::LockGuard guard(m_lock);
             delete std::exchange(m_pValue, nullptr);
         }
     };
 
-    static inline constinit std::mutex m_mutex;
+    static inline constinit os::Lock m_lock;
     static inline constinit T* m_pValue = nullptr;
     static inline const Keeper m_keeper;
 };

@@ -1,5 +1,4 @@
 // Showing a page in the person's browser.
-#include <cerrno>
 #include <exception>
 #include <string>
 #include <system_error>
@@ -7,9 +6,12 @@
 
 #include "brenta/http.h"
 #include "brenta/registry.h"
+#include "os/programs.h"
 #include "platform/command_words.h"
 #include "platform/host_services.h"
 #include "platform/http_url.h"
+#include "platform/registry_path.h"
+#include "platform/registry_store.h"
 
 namespace brenta {
 
@@ -27,10 +29,18 @@ bool Fail(int error) {
     return false;
 }
 
-/// The unnamed value of a key of the machine; "" if there is none.
+/// The unnamed value of a key of the machine; "" if there is none. Asked of the store: CCoreRegistry opens
+/// keys with all rights, and those of the machine are for most people to read only.
 std::string MachineValue(const std::string& key) {
-    CCoreRegistry registry(HKEY_LOCAL_MACHINE);
-    return registry.SetKey(key.c_str(), false) ? registry.ReadString("", "")() : "";
+    constexpr std::uint64_t kLongest = 32768;
+    const RegistryPath path(key.c_str());
+    registry_store::Value value;
+    if (path.Error() != RegistryError::None ||
+        registry_store::ReadValue({registry_store::Root::LocalMachine, path}, "", kLongest, value) !=
+            RegistryError::None)
+        return "";
+    const bool isText = value.type == REG_SZ || value.type == REG_EXPAND_SZ;
+    return isText ? value.data.c_str() : "";
 }
 
 /// The command by which a kind of file or address is opened; "" if there is none.
@@ -78,9 +88,9 @@ std::string SafeAddress(const char* url) {
 
 bool Launch(const char* address) {
     const std::string url = SafeAddress(address);
-    if (url.empty()) return Fail(EINVAL);
+    if (url.empty()) return Fail(os::kErrorBadArgument);
     std::vector<std::string> words = CommandWords(BrowserCommand());
-    if (words.empty()) return HostShellOpen(url.c_str()) || Fail(ENOENT);
+    if (words.empty()) return HostShellOpen(url.c_str()) || Fail(os::kErrorNoSuchFile);
     PlaceAddress(words, url);
     int error = 0;
     return HostStartProcess(words, error) || Fail(error);
@@ -89,7 +99,7 @@ bool Launch(const char* address) {
 }  // namespace
 
 bool CWinHTTP::LaunchWebBrowser(CString& url) try { return Launch(url); } catch (const std::exception&) {
-    return Fail(ENOMEM);
+    return Fail(os::kErrorNoMemory);
 }
 
 }  // namespace brenta

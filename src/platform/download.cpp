@@ -10,7 +10,9 @@
 #include "brenta/http.h"
 #include "foundation/lack_of_memory.h"
 #include "os/os.h"
+#include "os/programs.h"
 #include "platform/host_services.h"
+#include "platform/network_backend.h"
 #include "platform/proxy_discovery.h"
 #include "platform/proxy_login.h"
 
@@ -26,10 +28,6 @@ bool Fail(const std::string& text, const std::string& reason) {
     message.Format("%1s\n\n%1s", text.c_str(), reason.c_str());
     AfxMessageBox(message, MB_OK | MB_ICONWARNING);
     return false;
-}
-
-std::string TextOf(std::errc error) {
-    return std::make_error_code(error).message();
 }
 
 struct CloseFile {
@@ -98,7 +96,7 @@ bool DownloadWithin(const HttpLimits& limits, const char* url, const char* file,
     FileSink sink(progress);
     if (!sink.Create(file)) return Fail(kFailure, sink.Reason());
     if (!HostIsOnline())
-        return Fail(std::string(kFailure) + kOffline, TextOf(std::errc::network_unreachable));
+        return Fail(std::string(kFailure) + kOffline, PlatformErrorText(kErrorNetworkUnreachable));
     FindProxy(url, manager, true);
     // A named proxy is tried without asking first: not all want to know a name.
     if (manager.m_accessType != kAccessNamedProxy) CWinHTTP::GetProxyAuthentication(manager);
@@ -121,7 +119,7 @@ int DownloadFile(const char* url, const char* file, CNetworkManager* manager, CP
     return DownloadWithin({}, url, file, own, progress);
 } catch (const std::exception&) {
     // There may not even be the memory to say so.
-    return OrWithoutMemory(false, [] { return Fail(kFailure, TextOf(std::errc::not_enough_memory)); });
+    return OrWithoutMemory(false, [] { return Fail(kFailure, PlatformErrorText(os::kErrorNoMemory)); });
 }
 
 }  // namespace brenta

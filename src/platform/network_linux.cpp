@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstring>
 #include <memory>
+#include <system_error>
 
 #include "platform/network_backend.h"
 #include "platform/routes.h"
@@ -110,6 +111,14 @@ bool PlatformCanConnect(const std::string& host, int port, int seconds) {
         if (CanConnectTo(*address, port, end)) return true;
     }
     return false;
+}
+
+const int kErrorNetworkUnreachable = ENETUNREACH;
+
+std::string PlatformErrorText(int code) {
+    const std::error_category& system = std::system_category();
+    const bool isKnown = system.default_error_condition(code).category() == std::generic_category();
+    return isKnown ? system.message(code) : std::string();
 }
 
 bool PlatformIsOnline() {

@@ -160,15 +160,15 @@ constexpr char kPasswordVeil[] = "Brenta proxy";
 // A veiled password can hold any byte, 0 too, and be of any length. It is stored as a text with its
 // terminator, but read by its size.
 
-bool WriteText(const registry_store::Place& place, const char* name, const CString& text) {
+std::string Terminated(const CString& text) {
     std::string data(View(text));
-    data += '\0';
-    return registry_store::WriteValue(place, name, REG_SZ, data) == RegistryError::None;
+    return data += '\0';
 }
 
-bool ReadText(const registry_store::Place& place, const char* name, CString& text) {
+bool ReadText(const registry_store::Place& place, const char* name, decltype(&registry_store::ReadValue) read,
+              CString& text) {
     registry_store::Value value;
-    const RegistryError error = registry_store::ReadValue(place, name, kLongestStored, value);
+    const RegistryError error = read(place, name, kLongestStored, value);
     if (error != RegistryError::None || value.type != REG_SZ || value.size > kLongestStored) return false;
     if (value.data.ends_with('\0')) value.data.pop_back();
     text = ToText(value.data);
@@ -187,7 +187,9 @@ bool CNetworkManager::SaveAuthentication() try {
     CString veil(kPasswordVeil), veiled;
     EncryptPassword(m_password, veil, veiled);
     return registry_store::CreateKey(place) == RegistryError::None &&
-           WriteText(place, kUserValue, m_userName) && WriteText(place, kPasswordValue, veiled);
+           registry_store::WriteValue(place, kUserValue, REG_SZ, Terminated(m_userName)) ==
+               RegistryError::None &&
+           registry_store::WriteVeiledText(place, kPasswordValue, Terminated(veiled)) == RegistryError::None;
 } catch (const std::bad_alloc&) {
     return false;
 }
@@ -198,8 +200,8 @@ bool CNetworkManager::LookupAuthentication() try {
     CString veil(kPasswordVeil), veiled;
     m_userName.Empty();
     m_password.Empty();
-    const bool hasUser = ReadText(place, kUserValue, m_userName);
-    const bool hasPassword = ReadText(place, kPasswordValue, veiled);
+    const bool hasUser = ReadText(place, kUserValue, &registry_store::ReadValue, m_userName);
+    const bool hasPassword = ReadText(place, kPasswordValue, &registry_store::ReadVeiledText, veiled);
     if (hasPassword) DecryptPassword(m_password, veil, veiled);
     return hasUser && hasPassword;
 } catch (const std::bad_alloc&) {
@@ -240,20 +242,13 @@ const char* DiscoveryText(int code) {
     }
 }
 
-/// The system's text for one of its own error numbers; "" for any other number.
-std::string SystemText(int code) {
-    const std::error_category& system = std::system_category();
-    const bool isKnown = system.default_error_condition(code).category() == std::generic_category();
-    return isKnown ? system.message(code) : std::string();
-}
-
 }  // namespace
 
 bool CNetworkManager::GetWinHttpWPADErrorMessage(CString& message) {
     message.Empty();
     if (m_lastDiscoveryError == 0) return false;
     const char* const known = DiscoveryText(m_lastDiscoveryError);
-    const std::string system = SystemText(m_lastDiscoveryError);
+    const std::string system = PlatformErrorText(m_lastDiscoveryError);
     if (m_lastDiscoveryError == kProxyNotDetected) {
         message =
             "Could not discover auto-proxy configuration.\n\n"

@@ -16,7 +16,6 @@ namespace brenta {
 namespace {
 
 constexpr int kScriptSeconds = 10;
-constexpr std::size_t kLargestScript = 1 << 20;
 constexpr int kMostProxies = 32;  ///< of one script's answer
 
 CString ToText(std::string_view text) {
@@ -92,29 +91,6 @@ UrlTarget TargetOf(std::string_view url) {
 
 namespace {
 
-int FetchScript(const std::string& scriptUrl, std::string& script) {
-    constexpr std::string_view kFile = "file://";
-    std::string text;
-    if (scriptUrl.starts_with(kFile)) {
-        const std::size_t slash = scriptUrl.find('/', kFile.size());
-        if (slash == std::string::npos) return kProxyScriptNotFetched;
-        const std::string path = UnescapedAddress(scriptUrl.substr(slash));
-        if (os::ReadWholeFile(path.c_str(), text, kLargestScript) != os::FileStatus::Ok)
-            return kProxyScriptNotFetched;
-    } else {
-        HttpRequest request;
-        request.url = scriptUrl;
-        request.limits.bodyBytes = kLargestScript;
-        request.limits.connectSeconds = kScriptSeconds;
-        request.limits.totalSeconds = 3 * kScriptSeconds;
-        if (!HttpGetText(request, text).Ok()) return kProxyScriptNotFetched;
-    }
-    // The engine would not see what stands behind a 0.
-    if (text.find('\0') != std::string::npos) return kProxyBadScript;
-    script = text;
-    return 0;
-}
-
 /// One alternative of a script's answer in the form of a proxy list; "" if it cannot be used.
 std::string ProxyOfAlternative(const std::string& type, std::string_view server) {
     const bool isSocks = type.starts_with("socks");
@@ -128,7 +104,8 @@ std::string ProxyOfAlternative(const std::string& type, std::string_view server)
 
 }  // namespace
 
-const ProxyScripts kPlatformProxyScripts = {&FetchScript, &PlatformRunProxyScript, &PlatformDetectProxies};
+const ProxyScripts kPlatformProxyScripts = {&PlatformFetchProxyScript, &PlatformRunProxyScript,
+                                            &PlatformDetectProxies};
 
 bool ProxiesOfAnswer(std::string_view answer, std::string& list) {
     std::string found;

@@ -10,9 +10,8 @@ namespace brenta {
 
 /// What a look-up does with a script; tests put their own in place.
 struct ProxyScripts {
-    /// Fetches the script at an address; 0 or the error.
+    /// As PlatformFetchProxyScript, PlatformRunProxyScript and PlatformDetectProxies (network_backend.h).
     int (*fetch)(const std::string& scriptUrl, std::string& script);
-    /// As PlatformRunProxyScript and PlatformDetectProxies (network_backend.h).
     int (*run)(const std::string& script, const std::string& url, const std::string& host, int seconds,
                std::string& answer);
     int (*detect)(const std::string& url, int seconds, std::string& answer);

@@ -9,8 +9,11 @@
 #include <string_view>
 
 #include "brenta/network.h"
+#include "os/os.h"
 #include "platform/child.h"
+#include "platform/http_client.h"
 #include "platform/network_backend.h"
+#include "platform/proxy_settings.h"
 
 namespace brenta {
 
@@ -20,6 +23,9 @@ namespace {
 constexpr int kDone = 0;
 constexpr int kNoLibrary = 101;
 constexpr int kNoAnswer = 102;
+
+constexpr int kFetchSeconds = 10;
+constexpr std::size_t kLargestScript = 1 << 20;
 
 template <class Function>
 bool Find(void* library, const char* name, Function*& function) {
@@ -88,6 +94,29 @@ ChildLimits LimitsFor(int seconds) {
 }
 
 }  // namespace
+
+int PlatformFetchProxyScript(const std::string& scriptUrl, std::string& script) {
+    constexpr std::string_view kFile = "file://";
+    std::string text;
+    if (scriptUrl.starts_with(kFile)) {
+        const std::size_t slash = scriptUrl.find('/', kFile.size());
+        if (slash == std::string::npos) return kProxyScriptNotFetched;
+        const std::string path = UnescapedAddress(scriptUrl.substr(slash));
+        if (os::ReadWholeFile(path.c_str(), text, kLargestScript) != os::FileStatus::Ok)
+            return kProxyScriptNotFetched;
+    } else {
+        HttpRequest request;
+        request.url = scriptUrl;
+        request.limits.bodyBytes = kLargestScript;
+        request.limits.connectSeconds = kFetchSeconds;
+        request.limits.totalSeconds = 3 * kFetchSeconds;
+        if (!HttpGetText(request, text).Ok()) return kProxyScriptNotFetched;
+    }
+    // The engine would not see what stands behind a 0.
+    if (text.find('\0') != std::string::npos) return kProxyBadScript;
+    script = text;
+    return 0;
+}
 
 int PlatformRunProxyScript(const std::string& script, const std::string& url, const std::string& host,
                            int seconds, std::string& answer) {

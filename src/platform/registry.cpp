@@ -248,8 +248,7 @@ bool CCoreRegistry::GetSubKeyNames(TOrderedList<CoreString>& names) {
 }
 
 bool CCoreRegistry::ValueExists(const char* name) {
-    Value value;
-    return Read(m_root, m_path, name, 0, value) == RegistryError::None;
+    return AtValue(m_root, m_path, name, &registry_store::FindValue) == RegistryError::None;
 }
 
 DWORD CCoreRegistry::GetDataType(const char* name) {

@@ -1,6 +1,5 @@
 // The registry in a database: each function of the store is one transaction.
 #include <algorithm>
-#include <iterator>
 #include <limits>
 #include <unordered_set>
 #include <utility>
@@ -8,42 +7,21 @@
 #include "brenta/registry.h"
 #include "os/data_files.h"
 #include "platform/registry_database_sqlite.h"
+#include "platform/registry_roots.h"
 #include "platform/registry_store.h"
 
 namespace brenta::registry_store {
 
 namespace {
 
-using Names = std::vector<std::string_view>;
-
 struct Key {
     std::int64_t id = 0;
     bool isVolatile = false;
 };
 
-constexpr std::string_view kClasses[] = {"Software", "Classes"};
-
 std::int64_t IdOfRoot(Root root) {
     if (root == Root::CurrentUser) return 1;
     return root == Root::Users ? 3 : 2;
-}
-
-/// The names from the row of the root downward: that of the classes stands within the local machine's.
-Names NamesOf(const Place& place) {
-    Names names(place.path.Names());
-    if (place.root == Root::ClassesRoot)
-        names.insert(names.begin(), std::begin(kClasses), std::end(kClasses));
-    return names;
-}
-
-/// Whether the key is a root, or one that leads to the classes.
-bool IsProtected(const Place& place) {
-    const Names names = NamesOf(place);
-    if (place.root == Root::CurrentUser || place.root == Root::Users || names.empty()) return names.empty();
-    if (names.size() > std::size(kClasses)) return false;
-    for (std::size_t i = 0; i < names.size(); ++i)
-        if (FoldedName(names[i]) != FoldedName(kClasses[i])) return false;
-    return true;
 }
 
 RegistryError FindChild(Database& database, std::string_view name, Key& key) {
@@ -60,7 +38,7 @@ RegistryError FindChild(Database& database, std::string_view name, Key& key) {
 
 RegistryError Find(Database& database, const Place& place, Key& key) {
     key = {IdOfRoot(place.root)};
-    for (const std::string_view name : NamesOf(place)) {
+    for (const std::string_view name : NamesFromHive(place)) {
         const RegistryError error = FindChild(database, name, key);
         if (error != RegistryError::None) return error;
     }
@@ -85,7 +63,7 @@ RegistryError FindOrAdd(Database& database, std::string_view name, Key& key) {
 
 RegistryError Create(Database& database, const Place& place) {
     Key key{IdOfRoot(place.root)};
-    for (const std::string_view name : NamesOf(place)) {
+    for (const std::string_view name : NamesFromHive(place)) {
         RegistryError error = FindChild(database, name, key);
         if (error == RegistryError::NotFound) {
             if (key.isVolatile) return RegistryError::ParentIsVolatile;
@@ -269,6 +247,11 @@ RegistryError WriteValue(const Place& place, std::string_view name, std::uint32_
     });
 }
 
+RegistryError FindValue(const Place& place, std::string_view name) {
+    Value value;
+    return ReadValue(place, name, 0, value);
+}
+
 RegistryError DeleteValue(const Place& place, std::string_view name) {
     return At(Purpose::Change, place, [&](Database& database, const Key& key) {
         Value value;
@@ -278,6 +261,14 @@ RegistryError DeleteValue(const Place& place, std::string_view name) {
         Query query(database, Sql::DeleteValue);
         return query.With(1, key.id).With(2, folded).Finish();
     });
+}
+
+RegistryError ReadVeiledText(const Place& place, std::string_view name, std::uint64_t most, Value& value) {
+    return ReadValue(place, name, most, value);
+}
+
+RegistryError WriteVeiledText(const Place& place, std::string_view name, std::string_view data) {
+    return WriteValue(place, name, REG_SZ, data);
 }
 
 // ---------------------------------------------------------------------------------------------------------

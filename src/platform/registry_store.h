@@ -38,7 +38,8 @@ struct Counts {
 // ---------------------------------------------------------------------------------------------------------
 // Keys
 
-/// None if there is such a key. A root is always there.
+/// None if there is such a key and, where the system has rights for each key, the user has all to this one. A
+/// root is always there.
 RegistryError FindKey(const Place& place);
 /// Creates the key and all above it that are missing; a key that is there is left as it is.
 RegistryError CreateKey(const Place& place);
@@ -52,12 +53,18 @@ RegistryError ListValues(const Place& place, std::vector<std::string>& names);
 // ---------------------------------------------------------------------------------------------------------
 // Values
 
+/// None if FindKey finds the key, and there is such a value in it.
+RegistryError FindValue(const Place& place, std::string_view name);
 /// Reads a value and at most so many of its bytes.
 RegistryError ReadValue(const Place& place, std::string_view name, std::uint64_t most, Value& value);
 /// Creates or replaces a value; the key must be there.
 RegistryError WriteValue(const Place& place, std::string_view name, std::uint32_t type,
                          std::string_view data);
 RegistryError DeleteValue(const Place& place, std::string_view name);
+
+/// The same for a REG_SZ of any bytes, which all come back even where texts are stored in another form.
+RegistryError ReadVeiledText(const Place& place, std::string_view name, std::uint64_t most, Value& value);
+RegistryError WriteVeiledText(const Place& place, std::string_view name, std::string_view data);
 
 // ---------------------------------------------------------------------------------------------------------
 // Trees

@@ -1,7 +1,8 @@
 // The document of the platform's XML service: what the library's tree is read from and put out through.
 //
 // It knows nothing of the tree's ownership; it parses, keeps, serialises and transforms. Backed by libxml2
-// and libxslt (platform_document_libxml2.cpp) or by the Windows service, whichever CMake picks.
+// and libxslt (platform_document_libxml2.cpp) or by MSXML (platform_document_msxml.cpp), whichever CMake
+// picks.
 #pragma once
 
 #include <memory>
@@ -16,8 +17,9 @@ class IXMLDOMElement;
 
 /// Why a load failed.
 struct ParseFault {
-    CoreString reason;  ///< the parser's first message, without a line end
-    int offset = 0;     ///< in bytes; 0 if unknown
+    CoreString reason;     ///< the parser's first message; where it comes with a line end, that is there
+    int offset = 0;        ///< in bytes; 0 if unknown
+    bool refused = false;  ///< the parser did not get as far as reading
 };
 
 class PlatformDocument {

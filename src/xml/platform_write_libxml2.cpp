@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "brenta/xml.h"
-#include "foundation/characters.h"
 #include "xml/platform_libxml2.h"
+#include "xml/qualified_name.h"
 #include "xml/tree_access.h"
 
 namespace brenta {
@@ -115,48 +115,17 @@ bool AppendText(std::string& out, std::string_view text, bool escaped) {
     return whole;
 }
 
-// ---------------------------------------------------------------------------------------------------------
-// Names, as XML 1.0 has them since its fifth edition, like the parser. (What libxml2 has for checking a name
-// is older and knows fewer letters.)
-
-struct Range {
-    unsigned int first, last;
-};
-constexpr Range kNameStarts[] = {{0xC0, 0xD6},     {0xD8, 0xF6},     {0xF8, 0x2FF},    {0x370, 0x37D},
-                                 {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F}, {0x2C00, 0x2FEF},
-                                 {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF}};
-constexpr Range kNameParts[] = {{0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040}};
-
-template <std::size_t kCount>
-bool IsIn(const Range (&ranges)[kCount], unsigned int code) {
-    return std::any_of(ranges, ranges + kCount,
-                       [code](Range range) { return range.first <= code && code <= range.last; });
-}
-
-/// Name ::= Start (Start | Part)*, without a colon.
-bool IsPlainName(std::string_view name) {
-    const char* p = name.data();
-    const char* const end = p + name.size();
-    while (p != end) {
-        const bool first = p == name.data();
-        if (static_cast<unsigned char>(*p) < 0x80) {
-            if (!IsAlpha(*p) && *p != '_' && (first || (!IsDigit(*p) && *p != '-' && *p != '.')))
-                return false;
-            ++p;
-            continue;
-        }
-        const Character character = DecodeHigh(p, end);
-        if (!IsIn(kNameStarts, character.code) && (first || !IsIn(kNameParts, character.code))) return false;
-        p += character.size;
+/// The characters of a text; a byte that is not UTF-8 becomes one that no name has.
+std::u32string CodePoints(std::string_view text) {
+    std::u32string points;
+    const char* const end = text.data() + text.size();
+    for (const char* p = text.data(); p != end;) {
+        const bool ascii = static_cast<unsigned char>(*p) < 0x80;
+        const Character character = ascii ? Character{static_cast<unsigned char>(*p), 1} : DecodeHigh(p, end);
+        points += character.code;
+        p += character.size == 0 ? 1 : character.size;
     }
-    return !name.empty();
-}
-
-/// QName ::= (Name ":")? Name
-bool IsQualifiedName(std::string_view name) {
-    const std::size_t colon = name.find(':');
-    if (colon == name.npos) return IsPlainName(name);
-    return IsPlainName(name.substr(0, colon)) && IsPlainName(name.substr(colon + 1));
+    return points;
 }
 
 /// Puts a text back to its length if the work on it is not finished.
@@ -212,7 +181,7 @@ class ElementWriter {
         if (isNew) {
             std::string name;
             const bool whole = AppendText(name, StrPtr(id), false);
-            if (!whole || !IsQualifiedName(name)) name.clear();
+            if (!whole || !IsQualifiedName(CodePoints(name))) name.clear();
             found->second = &*m_written.insert(std::move(name)).first;
         }
         return *found->second;
@@ -297,7 +266,7 @@ bool WriteElement(std::string& out, const CCoreXmlDomElement& element) {
 
 bool WriteInstruction(std::string& out, std::string_view target, const char* data) {
     Rollback rollback(out);
-    if (!IsPlainName(target)) return false;
+    if (!IsPlainName(CodePoints(target))) return false;
     std::string text;
     AppendText(text, data, false);
     if (text.find("?>") != text.npos) return false;

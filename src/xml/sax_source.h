@@ -1,8 +1,8 @@
 // The platform's SAX parser as the library sees it: one side that parses, one side that is told what stands
-// in the file. Backed by libxml2 (sax_libxml2.cpp) or by the Windows service, whichever CMake picks.
+// in the file. Backed by libxml2 (sax_libxml2.cpp) or by MSXML (sax_msxml.cpp), whichever CMake picks.
 //
 // Events answer whether the parse may go on. They may throw: the parser then stops, cleans up and lets the
-// exception pass. Texts are UTF-8 and live as long as the call.
+// exception pass. Texts are in the library's encoding and live as long as the call.
 #pragma once
 
 #include <cstdint>
@@ -38,7 +38,8 @@ class ISAXContentHandler {
     /// Namespace declarations are not among the attributes; defaults that the document declares are.
     virtual bool StartElement(std::string_view localName, std::span<const SaxAttribute> attributes) = 0;
     virtual bool EndElement() = 0;
-    /// A run of text, white space too, from one tag, comment or instruction to the next.
+    /// A run of text, white space too, from one tag, comment or instruction to the next; MSXML tells some in
+    /// several pieces, each as one.
     virtual bool Characters() = 0;
 
  protected:

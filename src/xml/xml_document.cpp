@@ -45,9 +45,10 @@ bool CXMLDocument::LoadDocument(CString& path, CString& error) {
     try {
         ParseFault fault;
         if (m_pDocument->Load(path, fault)) return true;
-        CoreString message;
-        message.Format("Failed to load xml file.\n\n%s\nLoad failed at offset %1d in file.", fault.reason(),
-                       fault.offset);
+        CoreString message("Could not load xml file");
+        if (!fault.refused)
+            message.Format("Failed to load xml file.\n\n%s\nLoad failed at offset %1d in file.",
+                           fault.reason(), fault.offset);
         error = message();
     } catch (const std::bad_alloc&) {
         error = "Could not load xml file";

@@ -150,7 +150,7 @@ TEST(Zip, FilesByNameAndByPath) {
     EXPECT_EQ(List(archive), Texts{"-"});
     EXPECT_EQ(Get(archive, "a"), "-");
     EXPECT_TRUE(AddFiles(archive, {file}, true) && AddFiles(archive, {file}, false));
-    const std::string path = file + ":4", name = "a.txt:4";
+    const std::string path = StripDriveName(file.c_str())() + std::string(":4"), name = "a.txt:4";
     EXPECT_EQ(List(archive), (Texts{name, path}));
     // What comes before a file that cannot be read stays.
     EXPECT_FALSE(AddFiles(archive, {file, scratch / "none", file}, true));

@@ -1,7 +1,6 @@
 // Forced crashes, CoreException, the host's services and the modules.
 #include "brenta/failure.h"
 
-#include <csignal>
 #include <cstddef>
 
 #include "brenta/host.h"
@@ -21,16 +20,6 @@ TEST(ForcedCrash, CarriesItsFourValuesAndResumes) {
     EXPECT_TRUE(record.code == 0xE0BADBADu && record.flags == 0 && record.SiteCode() == 0x0501B001u);
     EXPECT_TRUE(record.File() == std::string("Heap") && record.Line() == 17);
     EXPECT_EQ(crashes.Messages(), Texts{"Forced crash! \"x\""});
-}
-
-TEST(ForcedCrashDeathTest, EndsTheProcessByDefault) {
-    const char* const kReport = "0x0501B001 in Heap, line 17: Forced crash! \"x\"";
-    const auto aborted = testing::KilledBySignal(SIGABRT);
-    EXPECT_EXIT(Crash(), aborted, kReport);
-    EXPECT_EXIT((std::signal(SIGABRT, SIG_IGN), Crash()), aborted, kReport);
-    // A crash inside the handler must not call the handler again.
-    const auto handler = [](const ForcedCrashRecord&, void*) { CoreFree(nullptr); };
-    EXPECT_EXIT((SetForcedCrashHandler(handler, nullptr), Crash()), aborted, "Attempting to free a NULL ptr");
 }
 
 TEST(CoreException, Messages) {

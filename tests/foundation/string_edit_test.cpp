@@ -85,7 +85,7 @@ TEST(CoreStringEdit, SavesToAFile) {
     const Scratch scratch;
     const std::string path = scratch / "file.txt", absent = scratch / "absent/%s.txt";
     EXPECT_TRUE(CoreString("line 1\nline 2 100%s").SaveToFile(path.c_str()));
-    EXPECT_EQ(ReadFile(path), "line 1\nline 2 100%s");
+    EXPECT_EQ(ReadTextFile(path), "line 1\nline 2 100%s");
     EXPECT_FALSE(CoreString("x").SaveToFile(absent.c_str()) || CoreString("x").SaveToFile(nullptr));
     EXPECT_EQ(host.shown, (Texts{"Failed to create file " + absent + ".|0", "Failed to create file .|0"}));
 }

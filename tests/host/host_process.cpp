@@ -1,24 +1,12 @@
 #include "host_process.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
 
 namespace brenta::test {
-namespace {
-
 namespace fs = std::filesystem;
-
-std::string Quoted(const std::string& word) {
-    std::string quoted = "'";
-    for (const char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
-}  // namespace
 
 const fs::path& ScratchFolder() {
     struct Scratch {
@@ -55,14 +43,8 @@ HostResult RunHost(const std::vector<std::string>& words, const std::string& inp
     const std::string err = (ScratchFolder() / "err").string();
     std::ofstream(in, std::ios::binary) << input;
 
-    std::string command = "cd " + Quoted(ScratchFolder().string()) + " && " + Quoted(BRENTA_HOST_PROGRAM);
-    for (const std::string& word : words)
-        command += " " + Quoted(word);
-    command += " <" + Quoted(in) + " >" + Quoted(out) + " 2>" + Quoted(err);
-    const int status = std::system(command.c_str());
-
     HostResult result;
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    result.status = RunProgram(BRENTA_HOST_PROGRAM, words, ScratchFolder().string(), {in, out, err});
     result.output = SplitLines(ReadText(out));
     result.errors = SplitLines(ReadText(err));
     return result;

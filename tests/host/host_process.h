@@ -13,6 +13,15 @@ struct HostResult {
     std::vector<std::string> errors;  // lines of standard error
 };
 
+/// The files that a program has for standard input, output and error.
+struct StandardFiles {
+    std::string input, output, errors;
+};
+
+/// Runs a program in a folder and returns its exit status; 128 and above for one that did not end by itself.
+int RunProgram(const std::string& program, const std::vector<std::string>& words, const std::string& folder,
+               const StandardFiles& files);
+
 /// A folder of this test program's own, removed at its end.
 const std::filesystem::path& ScratchFolder();
 

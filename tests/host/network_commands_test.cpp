@@ -1,75 +1,25 @@
-// brenta fetch and brenta proxy, run as a user would, against a server on the loopback.
+// brenta fetch, run as a user would, against a server on the loopback.
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <fstream>
 
 #include "host_process.h"
 #include "platform/loopback_server.h"
+#include "test_support.h"
 
 namespace brenta::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-/// From now on the environment names this proxy ("" for none), and the desktop's settings this script.
-void SetNetwork(const std::string& proxy, const std::string& script) {
-    for (const char* name : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY"})
-        unsetenv(name);
-    setenv("http_proxy", proxy.c_str(), 1);
-    setenv("BRENTA_APPDATA", (ScratchFolder() / "network").c_str(), 1);
-    const fs::path programs = ScratchFolder() / "programs", settings = programs / "gsettings";
-    fs::create_directories(programs);
-    std::ofstream(settings) << "#!/bin/sh\necho \"org.gnome.system.proxy mode 'auto'\"\n"
-                            << "echo \"org.gnome.system.proxy autoconfig-url '" << script << "'\"\n";
-    fs::permissions(settings, fs::perms::owner_all);
-    setenv("PATH", (programs.string() + ":/usr/bin:/bin").c_str(), 1);
-}
-
-const char* const kScript =
-    "function FindProxyForURL(url, host) { return host == 'far' ? 'PROXY 127.0.0.1:8080' : 'DIRECT'; }";
-
 TEST(FetchCommand, TakesAFileFromAServer) {
-    const LoopbackServer server(
-        {{"/proxy.pac", Page(kScript)}, {"/part", Page("content")}, {"http://far/part", Page("by proxy")}});
+    for (const char* name : {"http_proxy", "HTTP_PROXY", "all_proxy", "ALL_PROXY"})
+        SetVariable(name, nullptr);
+    SetVariable("BRENTA_APPDATA", (ScratchFolder() / "network").string().c_str());
+    const LoopbackServer server({{"/part", Page("content")}});
     const std::string address = server.Address(), file = (ScratchFolder() / "part").string();
-    // Proxy, address of the file; what the file then holds, the error.
-    const std::tuple<std::string, std::string, const char*, Texts> rows[] = {
-        {"", address + "/part", "content", {}},
-        {address, "http://far/part", "by proxy", {}},
-        {"", address + "/none", "by proxy", {"brenta: The server answered with status 404"}}};
-    for (const auto& [proxy, url, content, errors] : rows) {
-        SetNetwork(proxy, address + "/proxy.pac");
-        const HostResult result = RunHost({"fetch", url, file});
-        EXPECT_EQ(result.status, errors.empty() ? 0 : 1) << url;
-        EXPECT_EQ(result.errors, errors) << url;
-        EXPECT_EQ(ReadText(file), content) << url;
-    }
-}
-
-TEST(ProxyCommand, TellsTheProxyAndWhy) {
-    const LoopbackServer server({{"/proxy.pac", Page(kScript)}});
-    const std::string address = server.Address(), list = "http=" + address.substr(7);
-    const std::string desktop =
-        "settings  desktop\nways      direct, configuration script\nscript    " + address;
-    // Proxy, script, address; what is printed.
-    const std::tuple<std::string, const char*, const char*, std::string> rows[] = {
-        {"", "/proxy.pac", "http://far/x", desktop + "/proxy.pac\nresult    127.0.0.1:8080\n"},
-        {"", "/proxy.pac", "https://near/", desktop + "/proxy.pac\nresult    direct\n"},
-        {"", "/none", "http://far/",
-         desktop + "/none\nfailed    Unable to determine internet autoproxy details The proxy configuration "
-                   "script could not be downloaded.\nresult    direct\n"},
-        {address, "/proxy.pac", "http://far/",
-         "settings  environment\nways      direct, named proxy\nproxies   " + list + "\nresult    " + list +
-             "\n"},
-        {"", "/proxy.pac", "mailto:x", ""}};
-    for (const auto& [proxy, path, url, output] : rows) {
-        SetNetwork(proxy, address + path);
-        const HostResult result = RunHost({"proxy", url});
-        EXPECT_EQ(result.status, output.empty() ? 1 : 0) << url;
-        EXPECT_EQ(ReadText(ScratchFolder() / "out"), output) << url;
-        EXPECT_EQ(result.errors.size(), output.empty() ? 1u : 0u) << url;
-    }
+    EXPECT_EQ(RunHost({"fetch", address + "/part", file}).status, 0);
+    EXPECT_EQ(ReadText(file), "content");
+    const HostResult result = RunHost({"fetch", address + "/none", file});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, Texts{"brenta: The server answered with status 404"});
+    EXPECT_EQ(ReadText(file), "content");
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ void ReadLine(const std::string& file, std::size_t number, const std::string& li
         expected.fails = true;
     }
     if (std::string text = after("message"); text != "\n") {
-        const std::string folder = fs::path(file).parent_path().string();
+        const std::string folder = fs::path(file).parent_path().generic_string();
         for (std::size_t at; (at = text.find("{folder}")) != std::string::npos;)
             text.replace(at, 8, folder);
         expected.errors.push_back(text);
@@ -105,7 +105,7 @@ void RegisterScriptFolder() {
     }
     std::sort(files.begin(), files.end());
     for (const fs::path& file : files)
-        RegisterScript("Scripts", fs::relative(file, folder).string(), file.string());
+        RegisterScript("Scripts", fs::relative(file, folder).generic_string(), file.generic_string());
 }
 
 /// Writes each block between "```brenta" and "```" of a document to a file of its own, and what a "```output"
@@ -123,8 +123,8 @@ void RegisterDocument(const fs::path& document) {
                 block << prefix << line << std::endl;
         } else if (line == "```brenta") {
             const std::string name = document.stem().string() + "_" + std::to_string(++count) + ".scr";
-            block = std::ofstream(ScratchFolder() / name);
-            RegisterScript("Documents", name, (ScratchFolder() / name).string());
+            block = std::ofstream(ScratchFolder() / name, std::ios::binary);
+            RegisterScript("Documents", name, (ScratchFolder() / name).generic_string());
             prefix = "";
         } else if (line == "```output") {
             prefix = "// expect: ";

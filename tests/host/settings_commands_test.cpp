@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "host_process.h"
+#include "test_support.h"
 
 namespace brenta::test {
 namespace {
@@ -18,14 +19,14 @@ struct Row {
 
 /// Each command finds what those before it have left.
 void RunRows(const std::vector<Row>& rows) {
-    setenv("BRENTA_APPDATA", (ScratchFolder() / "settings").c_str(), 1);
+    SetVariable("BRENTA_APPDATA", (ScratchFolder() / "settings").string().c_str());
     for (const Row& row : rows) {
         const HostResult result = RunHost(row.words);
         EXPECT_EQ(result.status, row.status) << row.words[1] << " " << row.words.back();
         EXPECT_EQ(result.output, row.output) << row.words[1] << " " << row.words.back();
         EXPECT_EQ(result.errors.size(), row.status == 1 ? 1u : 0u) << row.words[1] << " " << row.words.back();
     }
-    unsetenv("BRENTA_APPDATA");
+    SetVariable("BRENTA_APPDATA", nullptr);
 }
 
 TEST(ConfigCommand, KeepsValues) {

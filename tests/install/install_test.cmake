@@ -7,8 +7,12 @@ endfunction()
 
 # Runs the embedding program and compares what it prints.
 function(expect_output program)
+    if(WINDOWS)
+        file(COPY ${PREFIX}/bin/brenta_core.dll DESTINATION ${WORK}/embed)
+        string(APPEND program .exe)
+    endif()
     run(${CMAKE_COMMAND} -DEXPECTED=${SOURCE}/examples/embed/main.expected -P ${SOURCE}/cmake/compare_output.cmake --
-        ${program})
+        ${EMULATOR} ${program})
 endfunction()
 
 # Installs under one name and moves the whole: nothing installed may remember where it was put.
@@ -19,13 +23,17 @@ function(step_files)
 
     file(GLOB_RECURSE headers RELATIVE ${SOURCE}/src/include ${SOURCE}/src/include/brenta/*.h)
     list(TRANSFORM headers PREPEND include/)
-    set(files ${headers} bin/brenta ${LIBDIR}/pkgconfig/brenta-core.pc share/brenta/part_report.scr
-              share/brenta/examples/embed/main.cpp)
-    if(NOT WIN32)
-        list(APPEND files share/bash-completion/completions/brenta share/brenta/textmate/package.json
-                          share/vim/vimfiles/syntax/brenta.vim share/man/man1/brenta.1)
+    if(WINDOWS)
+        set(files bin/brenta.exe bin/brenta_core.dll)
+        set(links libbrenta_core.dll.a)
+    else()
+        set(files bin/brenta share/bash-completion/completions/brenta share/brenta/textmate/package.json
+                  share/vim/vimfiles/syntax/brenta.vim share/man/man1/brenta.1)
+        set(links libbrenta_core.so libbrenta_core.so.4 libbrenta_core.so.${VERSION})
     endif()
-    foreach(file libbrenta_core.so libbrenta_core.so.4 libbrenta_core.so.${VERSION}
+    list(APPEND files ${headers} ${LIBDIR}/pkgconfig/brenta-core.pc share/brenta/part_report.scr
+                      share/brenta/examples/embed/main.cpp)
+    foreach(file ${links}
                  cmake/BrentaCore/BrentaCoreConfig.cmake cmake/BrentaCore/BrentaCoreConfigVersion.cmake
                  cmake/BrentaCore/BrentaCoreTargets.cmake)
         list(APPEND files ${LIBDIR}/${file})
@@ -35,7 +43,8 @@ function(step_files)
             message(SEND_ERROR "not installed: ${file}")
         endif()
     endforeach()
-    run(${PREFIX}/bin/brenta --version)
+    list(GET files 0 program)
+    run(${EMULATOR} ${PREFIX}/${program} --version)
 endfunction()
 
 # Builds a folder of the examples as it was installed, as a project of its own.
@@ -60,9 +69,13 @@ function(step_pkg_config)
                     OUTPUT_VARIABLE options OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     separate_arguments(options)
     separate_arguments(FLAGS)
-    run(${CXX} -std=c++20 ${FLAGS} ${SOURCE}/examples/embed/main.cpp -o ${WORK}/embed_pkg_config ${options})
+    if(WINDOWS)
+        list(APPEND options -static-libgcc -static-libstdc++ -Wl,-Bstatic) # for the compiler's own libraries
+    endif()
+    file(MAKE_DIRECTORY ${WORK}/embed)
+    run(${CXX} -std=c++20 ${FLAGS} ${SOURCE}/examples/embed/main.cpp -o ${WORK}/embed/embed_pkg_config ${options})
     set(ENV{LD_LIBRARY_PATH} ${PREFIX}/${LIBDIR})
-    expect_output(${WORK}/embed_pkg_config)
+    expect_output(${WORK}/embed/embed_pkg_config)
 endfunction()
 
 # Only names of the library's own namespace leave it; what templates of the standard library leave behind is weak.

@@ -1,13 +1,9 @@
 // The shared library comes and goes in a living process and leaves nothing behind; sanitizer builds prove the
 // latter.
-#include <dlfcn.h>
-#include <malloc.h>
-
-#include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <type_traits>
 
 #include "brenta/failure.h"
 #include "brenta/heap.h"
@@ -15,32 +11,23 @@
 #include "brenta/script.h"
 #include "brenta/string.h"
 #include "brenta/units.h"
+#include "os/footprint.h"
 #include "test_support.h"
 
 namespace brenta::test {
 namespace {
 
-void* Load() {
-    void* const library = dlopen(BRENTA_CORE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    EXPECT_NE(library, nullptr) << dlerror();
-    return library;
-}
-
-/// The loaded library's function of the same type as one that this program has linked.
-template <class Function>
-Function* Find(void* library, const char* name, Function*) {
-    const auto found = reinterpret_cast<Function*>(dlsym(library, name));
-    EXPECT_NE(found, nullptr) << dlerror();
-    return found;
-}
+/// The name of HeapNew, which tells the type behind std::size_t.
+const char* const kHeapNew =
+    std::is_same_v<std::size_t, unsigned long> ? "_ZN6brenta7HeapNewEm" : "_ZN6brenta7HeapNewEy";
 
 /// Makes the library use what it builds on demand, on this thread and on one that has ended.
-void Use(void* library) {
-    const auto init = Find(library, "_ZN6brenta15InitCoreLibraryEv", InitCoreLibrary);
-    const auto allocate = Find(library, "_ZN6brenta12CoreAllocateEi", CoreAllocate);
-    const auto create = Find(library, "_ZN6brenta7HeapNewEm", HeapNew);
-    const auto release = Find(library, "_ZN6brenta10HeapDeleteEPv", HeapDelete);
-    const auto intern = Find<STRID(const char*)>(library, "_ZN6brenta5StrIdEPKc", StrId);
+void Use(const LoadedLibrary& library) {
+    const auto init = library.Find("_ZN6brenta15InitCoreLibraryEv", InitCoreLibrary);
+    const auto allocate = library.Find("_ZN6brenta12CoreAllocateEi", CoreAllocate);
+    const auto create = library.Find(kHeapNew, HeapNew);
+    const auto release = library.Find("_ZN6brenta10HeapDeleteEPv", HeapDelete);
+    const auto intern = library.Find<STRID(const char*)>("_ZN6brenta5StrIdEPKc", StrId);
     EXPECT_TRUE(init());
     const auto work = [&] {
         release(allocate(2000000));
@@ -78,23 +65,12 @@ class AroundMain {
 // Here the library is a part of the program: this comes before the engine that evaluates lengths.
 [[gnu::init_priority(102)]] const AroundMain g_aroundMain;
 
-struct Footprint {
-    Footprint() {
-        std::ifstream maps("/proc/self/maps");
-        mappings = std::count(std::istreambuf_iterator<char>(maps), {}, '\n');
-    }
-    std::ptrdiff_t mappings;
-    std::size_t bytes = mallinfo2().uordblks;  // sanitizers answer 0
-};
-
 TEST(Unload, TenTimes) {
     std::vector<Footprint> footprints;
     for (int i = 0; i < 10; ++i) {
-        void* const library = Load();
-        Use(library);
-        EXPECT_EQ(dlclose(library), 0);
-        EXPECT_EQ(dlopen(BRENTA_CORE_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
-        footprints.emplace_back();
+        Use(LoadedLibrary(BRENTA_CORE_LIBRARY));
+        EXPECT_FALSE(LoadedLibrary::IsPresent(BRENTA_CORE_LIBRARY)) << "still loaded";
+        footprints.push_back(Footprint::Now());
     }
     // The loader and the C library have what they keep for themselves by the third time, but for a few bytes.
     EXPECT_TRUE(footprints[9].bytes == 0 || footprints[2].mappings == footprints[9].mappings);
@@ -119,12 +95,11 @@ void ExpectExitBeside(const Work& work) {
 }
 
 TEST(Unload, NotBeforeTheProcessEnds) {
-    void* const library = Load();
+    const LoadedLibrary library(BRENTA_CORE_LIBRARY);
     Use(library);
-    const auto create = Find(library, "_ZN6brenta7HeapNewEm", HeapNew);
-    const auto release = Find(library, "_ZN6brenta10HeapDeleteEPv", HeapDelete);
+    const auto create = library.Find(kHeapNew, HeapNew);
+    const auto release = library.Find("_ZN6brenta10HeapDeleteEPv", HeapDelete);
     ExpectExitBeside([&] { release(create(24)); });
-    dlclose(library);
     for (int i = 0; i < 20; ++i)
         ExpectExitBeside([] {
             const CoreString text("a text that is long enough to need a block");

@@ -1,6 +1,9 @@
+#include <system_error>
+
 #include "brenta/http.h"
 #include "brenta/registry.h"
 #include "made_up_network.h"
+#include "os/programs.h"
 
 namespace brenta {
 namespace {
@@ -43,9 +46,9 @@ TEST(Browser, CommandOfTheRegistry) {
 }
 
 TEST(Browser, Failures) {
-    const auto message = [](int error, const char* text) {
+    const auto message = [](int error) {
         return "Error launching web browser.  CreateProcess( ) failed with error " + std::to_string(error) +
-               ": " + text + "|0";
+               ": " + std::system_category().message(error) + "|0";
     };
     MadeUpNetwork host;
     for (const char* address :
@@ -53,7 +56,7 @@ TEST(Browser, Failures) {
         CString url(address);
         host.shown.clear();
         EXPECT_FALSE(CWinHTTP::LaunchWebBrowser(url));
-        EXPECT_EQ(host.shown, Texts{message(22, "Invalid argument")}) << address;
+        EXPECT_EQ(host.shown, Texts{message(os::kErrorBadArgument)}) << address;
     }
     EXPECT_EQ(host.started, Texts{});
     CString url("http://h/");
@@ -61,7 +64,7 @@ TEST(Browser, Failures) {
     host.startError = 13;
     host.shown.clear();
     EXPECT_FALSE(CWinHTTP::LaunchWebBrowser(url));
-    EXPECT_EQ(host.shown, Texts{message(13, "Permission denied")});
+    EXPECT_EQ(host.shown, Texts{message(13)});
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "brenta/error_log.h"
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "brenta/host.h"
 #include "test_support.h"
@@ -52,6 +54,12 @@ std::string Row(const char* background, const char* colour, const std::string& t
            "</FONT>\n            </TD>\n          </TR>\n";
 }
 
+/// A text file with the platform's line ends as line feeds.
+std::string ReadText(const std::string& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 TEST(ErrorLog, ThePageToTheByte) {
     const test::Scratch scratch;
     const std::string report = scratch / "report.html", large(1000000, '%');
@@ -80,7 +88,7 @@ TEST(ErrorLog, ThePageToTheByte) {
             for (const std::string& line : list.lines)
                 lines.Add(line.c_str());
             EmitLogFile(report.c_str(), "<i>T</i>", lines, text, url);
-            EXPECT_EQ(test::ReadFile(report) == Page("<i>T</i>", list.rows, link), true) << link;
+            EXPECT_EQ(ReadText(report) == Page("<i>T</i>", list.rows, link), true) << link;
             EXPECT_EQ(desktop.opened, test::Texts{report});
         }
     }
@@ -90,7 +98,7 @@ TEST(ErrorLog, ThePageToTheByte) {
         EmitLogFile(path, nullptr, none, nullptr, nullptr);
     EXPECT_TRUE(desktop.opened.empty());
     EmitLogFile(report.c_str(), nullptr, none, nullptr, nullptr);
-    EXPECT_EQ(test::ReadFile(report), Page("", "", ""));
+    EXPECT_EQ(ReadText(report), Page("", "", ""));
 }
 
 TEST(ErrorLog, PlacesAndCounts) {
@@ -125,13 +133,11 @@ TEST(ErrorLog, PlacesAndCounts) {
     EXPECT_FALSE(log.AnyWarningsOrErrors());
     copy.Error("last");
     copy.ShowLog(report.c_str(), "T");
-    EXPECT_EQ(test::ReadFile(report),
-              Page("T", expected + Row("#efefef", "#ff0000", "%d(-3) : error: last"), ""));
+    EXPECT_EQ(ReadText(report), Page("T", expected + Row("#efefef", "#ff0000", "%d(-3) : error: last"), ""));
     log.Error("alone");
     EXPECT_TRUE(log.AnyWarningsOrErrors());
     log.ShowLog(report.c_str(), "T");
-    EXPECT_EQ(test::ReadFile(report), Page("T", Row("#afafaf", "#000000", "alone"), ""))
-        << "no place is left";
+    EXPECT_EQ(ReadText(report), Page("T", Row("#afafaf", "#000000", "alone"), "")) << "no place is left";
 }
 
 }  // namespace

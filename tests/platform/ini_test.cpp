@@ -112,8 +112,7 @@ TEST(AppValues, ReadBackOrRefused) {
     EXPECT_EQ(test::Texts(names.begin(), names.end()), (test::Texts{"k", "min"}));
     EXPECT_TRUE(GetAppNames(nullptr, names));
     EXPECT_EQ(test::Texts(names.begin(), names.end()), test::Texts{"S"});
-    EXPECT_EQ(test::RightsOf(folder / "tool"), 0700u);
-    EXPECT_EQ(test::RightsOf(folder / "tool/tool.ini"), 0600u);
+    EXPECT_TRUE(test::IsForUserAlone(folder / "tool") && test::IsForUserAlone(folder / "tool/tool.ini"));
     // A folder in the file's place is not touched, and without a place there are no settings.
     std::filesystem::remove(folder / "tool/tool.ini");
     std::filesystem::create_directory(folder / "tool/tool.ini");
@@ -122,15 +121,19 @@ TEST(AppValues, ReadBackOrRefused) {
     EXPECT_FALSE(SetAppValue("S", "k", "v") || GetAppValue("S", "k", text));
 }
 
+const test::ChildWork kReadsOnly("AppValues.ReadsOnly", [](const test::Texts& words) {
+    const DataFolder folder(test::Scratch::Known{words[0]});
+    int number = 0;
+    return folder.MakeReadOnly("tool/tool.ini") && !SetAppValue("S", "k", 2) &&
+           GetAppValue("S", "k", number) && number == 1;
+});
+
 TEST(AppValues, AFileThatMayNotBeWritten) {
     const DataFolder folder;
     ASSERT_TRUE(SetAppValue("S", "k", 1));
-    EXPECT_TRUE(test::Succeeds(test::Fork([&] {
-        int number = 0;
-        return folder.MakeReadOnly("tool/tool.ini") && !SetAppValue("S", "k", 2) &&
-               GetAppValue("S", "k", number) && number == 1;
-    })));
-    EXPECT_EQ(test::ReadFile(folder / "tool/tool.ini"), "[S]\nk=1\n");
+    const std::string before = test::ReadFile(folder / "tool/tool.ini");
+    EXPECT_TRUE(kReadsOnly.Start({folder.ScratchPath()}).Succeeds());
+    EXPECT_EQ(test::ReadFile(folder / "tool/tool.ini"), before);
 }
 
 TEST(AppValues, FollowTheFile) {
@@ -144,15 +147,18 @@ TEST(AppValues, FollowTheFile) {
     }
 }
 
+constexpr int kWrites = 25;
+const test::ChildWork kWritesOften("AppValues.WritesOften", [](const test::Texts& words) {
+    const DataFolder folder(test::Scratch::Known{words[0]});
+    bool good = true;
+    for (int i = 0; i < kWrites; ++i)
+        good &= SetAppValue("S", (words[1] + "," + std::to_string(i)).c_str(), i);
+    return good;
+});
+
 TEST(AppValues, ProcessesWriteAtOnce) {
-    constexpr int kWrites = 25;
     const DataFolder folder;
-    EXPECT_TRUE(test::SucceedInFourProcesses([](int process) {
-        bool good = true;
-        for (int i = 0; i < kWrites; ++i)
-            good &= SetAppValue("S", std::to_string(process * kWrites + i).c_str(), i);
-        return good;
-    }));
+    EXPECT_TRUE(kWritesOften.SucceedsInFour({folder.ScratchPath()}));
     TOrderedList<CoreString> names;
     EXPECT_TRUE(GetAppNames("S", names));
     EXPECT_EQ(names.GetCount(), 4 * kWrites);

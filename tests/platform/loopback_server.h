@@ -7,6 +7,7 @@
 #include <string>
 #include <thread>
 
+#include "sockets.h"
 #include "test_support.h"
 
 namespace brenta::test {
@@ -35,10 +36,10 @@ class LoopbackServer {
 
  private:
     void Serve();
-    void Answer(int connection);
+    void Answer(sockets::Socket connection);
 
     const std::map<std::string, Reply> m_replies;
-    int m_listener = -1;
+    sockets::Socket m_listener = -1;
     int m_port = 0;
     std::atomic<bool> m_stop{false};
     mutable std::mutex m_mutex;

@@ -5,7 +5,7 @@
 
 #include "brenta/framework.h"
 #include "brenta/host.h"
-#include "test_support.h"
+#include "platform/data_folder.h"
 
 namespace brenta::test {
 
@@ -70,6 +70,7 @@ class MadeUpNetwork {
     MadeUpNetwork& operator=(const MadeUpNetwork&) = delete;
 
     const Scratch data;
+    const OwnRegistry registry{data.Path(), true};
     std::map<std::string, std::string> addresses = {{"proxy", "10.0.0.1"}, {"a", "10.0.0.2"}};
     InternetSettings settings;
     bool hasSettings = true;

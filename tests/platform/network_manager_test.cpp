@@ -3,6 +3,7 @@
 #include "brenta/registry.h"
 #include "loopback_server.h"
 #include "made_up_network.h"
+#include "os/programs.h"
 #include "platform/routes.h"
 
 namespace brenta {
@@ -143,24 +144,28 @@ TEST(NetworkManager, Credentials) {
 }
 
 TEST(NetworkManager, DiscoveryErrors) {
-    const std::pair<int, const char*> rows[] = {
+    // Error; the message's start, and what else is in it.
+    const std::tuple<int, const char*, const char*> rows[] = {
         {kProxyNotDetected,
          "Could not discover auto-proxy configuration.\n\nEnsure that your proxy settings are correct and "
-         "that your system is properly configured for auto-proxy discovery.\n\n"},
-        {kProxyBadScript, "Unable to determine internet autoproxy details\n\nThe proxy configuration script"},
-        {ENOMEM, "Unable to determine internet autoproxy details: Cannot allocate memory"},
-        {54321, "Unable to determine internet autoproxy details: error 54321"},
-        {-5, "Unable to determine internet autoproxy details: error -5"},
+         "that your system is properly configured for auto-proxy discovery.\n\n",
+         ""},
+        {kProxyBadScript, "Unable to determine internet autoproxy details\n\nThe proxy configuration script",
+         ""},
+        {os::kErrorNoMemory, "Unable to determine internet autoproxy details: ", "memory"},
+        {54321, "Unable to determine internet autoproxy details: error 54321", ""},
+        {-5, "Unable to determine internet autoproxy details: error -5", ""},
     };
     MadeUpNetwork network;
     CNetworkManager manager;
     CString message("old");
     EXPECT_FALSE(manager.GetWinHttpWPADErrorMessage(message));
     EXPECT_STREQ(message, "");
-    for (const auto& [error, text] : rows) {
+    for (const auto& [error, text, part] : rows) {
         manager.m_lastDiscoveryError = error;
         EXPECT_TRUE(manager.GetWinHttpWPADErrorMessage(message));
         EXPECT_EQ(std::string(message).substr(0, std::string(text).size()), text);
+        EXPECT_NE(std::string(message).find(part), std::string::npos) << message;
     }
 }
 

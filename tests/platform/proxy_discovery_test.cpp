@@ -1,8 +1,8 @@
 #include "platform/proxy_discovery.h"
 
+#include "loopback_server.h"
 #include "made_up_network.h"
-#include "os/os.h"
-#include "platform/network_backend.h"
+#include "proxy_script.h"
 
 namespace brenta {
 namespace {
@@ -140,62 +140,27 @@ TEST(ProxyDiscovery, Targets) {
         EXPECT_EQ(TargetOf(url).host, "") << url;
 }
 
-/// Whether this machine can run scripts.
-bool HasEngine() {
-    std::string answer;
-    return PlatformRunProxyScript("", "", "", 10, answer) != kProxyNoScriptEngine;
-}
-
 TEST(ProxyScript, PicksTheProxyOfEachHost) {
-    if (!HasEngine()) GTEST_SKIP() << "no script engine";
     MadeUpNetwork network;
-    const test::Scratch folder;
-    const std::string path = folder / "it's a.pac";
-    os::WriteWholeFile(path.c_str(),
-                       "function FindProxyForURL(url, host) {\n"
-                       "  if (isPlainHostName(host)) return 'DIRECT';\n"
-                       "  if (dnsDomainIs(host, '.vendor.example')) return 'PROXY proxy:8080; DIRECT';\n"
-                       "  if (shExpMatch(url, 'https:*/')) return 'PROXY tls:1';\n"
-                       "  return 'PROXY ' + url.length + ':2';\n"
-                       "}\n");
+    const test::LoopbackServer server({{"/a.pac", test::Page(test::kProxyScript)}});
     network.settings.flags = kDirectConnection | kConfigurationScript;
-    network.settings.scriptUrl = ("file://" + folder / "it's%20a.pac").c_str();
-    const std::pair<const wchar_t*, const char*> rows[] = {
-        {L"http://intranet/", ""},
-        {L"http://parts.vendor.example/x", "10.0.0.1:8080"},
-        {L"https://x.example/secret", "tls:1"},
-        {L"http://x.example/\x20AC", "26:2"}};
-    for (const auto& [url, list] : rows) {
+    network.settings.scriptUrl = (server.Address() + "/a.pac").c_str();
+    for (const auto& [url, list] : test::kProxiesByScript) {
         CNetworkManager manager;
         EXPECT_TRUE(GetClientInternetProxyInfo(url, manager, true));
+        if (manager.m_lastDiscoveryError == kProxyNoScriptEngine) GTEST_SKIP() << "no script engine";
         EXPECT_EQ(manager.m_lastDiscoveryError, 0);
         EXPECT_STREQ(manager.m_proxyList, list);
     }
 }
 
-TEST(ProxyScript, HostileScriptsEnd) {
-    if (!HasEngine()) GTEST_SKIP() << "no script engine";
-    const std::string function = "function FindProxyForURL(url, host) { ";
-    const std::pair<std::string, int> rows[] = {
-        {function + "while (true) ; }", kProxyScriptTimedOut},
-        {function + "var a = []; while (true) a.push(a.join()); }", 0},
-        {function + "return FindProxyForURL(url, host); }", 0},
-        {function + "var s = 'PROXY a:1;'; for (i = 0; i < 20; ++i) s += s; return s; }", kProxyBadScript},
-        {function + "return null.x; }", kProxyBadScript},
-        {"for (;;) ;", kProxyScriptTimedOut},
-        {"not a script", kProxyBadScript},
-        {"", kProxyBadScript},
-    };
-    for (const auto& [script, error] : rows) {
-        std::string answer = "old";
-        const int result = PlatformRunProxyScript(script, "http://x/", "x", 1, answer);
-        // Out of time or out of memory: either may come first.
-        if (error == 0)
-            EXPECT_TRUE(result == kProxyScriptTimedOut || result == kProxyBadScript) << result << script;
-        else
-            EXPECT_EQ(result, error) << script;
-        EXPECT_EQ(answer, "old");
-    }
+TEST(ProxyScript, OneThatCannotBeHad) {
+    MadeUpNetwork network;
+    const test::LoopbackServer server({});
+    CNetworkManager manager;
+    const int error = FindProxyForUrl("http://x/", server.Address() + "/none.pac", manager);
+    EXPECT_TRUE(error == kProxyScriptNotFetched || error == kProxyNoScriptEngine) << error;
+    EXPECT_EQ(manager.m_accessType, kAccessNoProxy);
 }
 
 }  // namespace

@@ -1,47 +1,16 @@
 #include "brenta/registry.h"
 
-#include <sqlite3.h>
-
-#include <fstream>
-
-#include "brenta/system.h"
 #include "data_folder.h"
 #include "platform/registry_store.h"
+#include "registry_at.h"
 
 namespace brenta {
 namespace {
 
+using test::At;
 using test::DataFolder;
+using test::SubKeys;
 using test::Texts;
-
-constexpr const char* kFile = "Orvane Works/registry.db";
-
-/// A wrapper at a key of the current user, which is created.
-struct At : CCoreRegistry {
-    explicit At(const char* path, HKEY root = HKEY_CURRENT_USER) : CCoreRegistry(root) {
-        EXPECT_TRUE(SetKey(path, true)) << path;
-    }
-};
-
-Texts SubKeys(CCoreRegistry& registry) {
-    TOrderedList<CoreString> names;
-    registry.GetSubKeyNames(names);
-    return Texts(names.begin(), names.end());
-}
-
-/// Runs a statement on a database file as another program would; the first column of its first row.
-std::string Sql(const std::string& path, const char* sql) {
-    sqlite3* database = nullptr;
-    std::string result;
-    sqlite3_open(path.c_str(), &database);
-    const auto keep = [](void* to, int, char** columns, char**) {
-        *static_cast<std::string*>(to) += columns[0];
-        return 0;
-    };
-    EXPECT_EQ(sqlite3_exec(database, sql, keep, &result, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
-    sqlite3_close(database);
-    return result;
-}
 
 TEST(Registry, ValuesAndTheirBytes) {
     const DataFolder folder;
@@ -144,8 +113,9 @@ TEST(Registry, Paths) {
     EXPECT_TRUE(key.SetKey("", false) && key.WriteInt("direct", 4));
     EXPECT_EQ(key.ReadInt("direct", 0), 4);
     EXPECT_TRUE(key.KeyExists(nullptr));
-    EXPECT_TRUE(key.DeleteKey(levels(1).c_str()));
-    EXPECT_EQ(SubKeys(key), (Texts{"a", "a/b", std::string(255, 'n')}));
+    EXPECT_TRUE(key.DeleteKey(levels(2).c_str()));
+    EXPECT_FALSE(key.KeyExists(levels(2).c_str()));
+    EXPECT_EQ(SubKeys(key), (Texts{"a", "a/b", "k", std::string(255, 'n')}));
 }
 
 TEST(Registry, KeysAndRoots) {
@@ -215,89 +185,23 @@ TEST(Registry, SaveAndRestore) {
 
     { EXPECT_TRUE(At("S").SaveKey()); }
     EXPECT_EQ(SubKeys(user), Texts{"S"});
-    At other("S");
-    ASSERT_TRUE(other.SaveKey());
-    Sql(folder / kFile, "UPDATE keys SET volatile_boot = 'former' WHERE volatile_boot IS NOT NULL");
-    EXPECT_TRUE(test::Succeeds(test::Fork([&] { return SubKeys(user) == Texts{"S"}; })));
 }
 
-TEST(Registry, FileIsTheUsersOwnAndNeverReplaced) {
-    DataFolder folder;
-    CCoreRegistry key(HKEY_CURRENT_USER);
-    EXPECT_TRUE(key.KeyExists("") && key.DeleteKey("a"));
-    EXPECT_FALSE(key.SetKey("a", false) || key.DeleteValue("a") || key.SaveKey() || key.RestoreKey());
-    EXPECT_EQ(key.ReadInt("a", 5), 5);
-    EXPECT_FALSE(std::filesystem::exists(folder / ""));
-    EXPECT_TRUE(key.WriteInt("a", 6));
-    EXPECT_EQ(test::RightsOf(folder / "Orvane Works"), 0700u);
-    EXPECT_EQ(test::RightsOf(folder / kFile), 0600u);
-    EXPECT_TRUE(At("Software", HKEY_LOCAL_MACHINE).WriteInt("b", 7));
-
-    for (const bool isDatabase : {false, true}) {
-        std::filesystem::remove_all(folder / "");
-        EXPECT_EQ(key.ReadInt("a", 5), 5);
-        std::filesystem::create_directories(folder / "Orvane Works");
-        if (isDatabase)
-            Sql(folder / kFile, "CREATE TABLE others(a)");
-        else
-            std::ofstream(folder / kFile) << "no database";
-        const std::string before = test::ReadFile(folder / kFile);
-        EXPECT_FALSE(key.SetKey("a", false));
-        EXPECT_EQ(key.GetLastErrorCode(), 1009u);
-        EXPECT_FALSE(key.SetKey("a", true) || key.WriteInt("a", 1) || key.DeleteKey("a"));
-        EXPECT_EQ(key.ReadInt("a", 5), 5);
-        EXPECT_EQ(test::ReadFile(folder / kFile), before);
-    }
-    folder.Forget();
-    EXPECT_FALSE(key.WriteInt("a", 1));
-    EXPECT_EQ(key.ReadInt("a", 5), 5);
-}
-
-TEST(Registry, WaitsForAnotherProgramButNotForEver) {
-    const DataFolder folder;
-    At key("K");
-    ASSERT_TRUE(key.WriteInt("v", 1) && key.SaveKey());
-    const test::SharedFlag isLocked;
-    const pid_t other = test::Fork([&] {
-        sqlite3* database = nullptr;
-        sqlite3_open((folder / kFile).c_str(), &database);
-        isLocked.Set(sqlite3_exec(database, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK);
-        return pause() == 0;
-    });
-    ASSERT_TRUE(isLocked.WaitFor(1));
-    const CoreTimer timer;
-    EXPECT_TRUE(key.SetKey("K", true) && key.ReadInt("v", 0) == 1 && key.DeleteKey("absent"));
-    EXPECT_LT(timer.GetSeconds(), 2);
-    EXPECT_FALSE(key.RestoreKey());
-    EXPECT_EQ(key.GetLastErrorCode(), 5u);
-    EXPECT_TRUE(timer.GetSeconds() > 4 && timer.GetSeconds() < 9) << timer.GetSeconds();
-    test::KillAfter(other, 0);
-    EXPECT_TRUE(key.RestoreKey());
-}
-
-TEST(Registry, ReadsAFileThatItMayNotWrite) {
-    const DataFolder folder;
-    EXPECT_TRUE(At("K").WriteInt("v", 1));
-    EXPECT_TRUE(test::Succeeds(test::Fork([&] {
-        CCoreRegistry key(HKEY_CURRENT_USER);
-        return folder.MakeReadOnly(kFile) && key.SetKey("K", true) && !key.SetKey("New", true) &&
-               !key.WriteInt("v", 2) && !key.DeleteKey("K") && key.DeleteKey("absent") &&
-               key.ReadInt("v", 0) == 1;
-    })));
-}
+const test::ChildWork kWritesOften("Registry.WritesOften", [](const Texts& words) {
+    const DataFolder folder(test::Scratch::Known{words[0]});
+    bool good = true;
+    At key("Shared\\Key");
+    for (int i = 0; i < 1000; ++i)
+        good &= key.WriteInt((words[1] + "," + std::to_string(i)).c_str(), i);
+    return good;
+});
 
 TEST(Registry, FourProcessesWriteAtOnce) {
     const DataFolder folder;
-    EXPECT_TRUE(test::SucceedInFourProcesses([](int process) {
-        bool good = true;
-        At key("Shared\\Key");
-        for (int i = 0; i < 1000; ++i)
-            good &= key.WriteInt(std::to_string(process * 1000 + i).c_str(), i);
-        return good;
-    }));
+    EXPECT_TRUE(kWritesOften.SucceedsInFour({folder.ScratchPath()}));
     At key("Shared\\Key");
     EXPECT_EQ(key.GetValueCount(), 4000);
-    EXPECT_EQ(key.ReadInt("3999", 0), 999);
+    EXPECT_EQ(key.ReadInt("3,999", 0), 999);
 }
 
 TEST(Registry, ThreadsShareTheFile) {

@@ -1,17 +1,16 @@
 #include "brenta/system.h"
 
-#include <sys/wait.h>
-
-#include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
 
 #include "brenta/host.h"
-#include "test_support.h"
+#include "child_process.h"
+#include "os/os.h"
+#include "os/programs.h"
+#include "written_file.h"
 
 namespace brenta {
 namespace {
@@ -49,14 +48,8 @@ TEST(System, Versions) {
     }
     CoreVersion own;
     EXPECT_TRUE(GetModuleVersion(own) && own.majorNumber >= 4);
-    const test::Scratch scratch;
-    std::ofstream(scratch / "libpart.so.4.0.1") << "";
-    std::ofstream(scratch / "a.so.x") << "";
-    fs::create_symlink("libpart.so.4.0.1", scratch / "libpart.so");
-    EXPECT_TRUE(GetModuleVersion((scratch / "libpart.so").c_str(), own));
-    EXPECT_EQ(GetVersionString(own), "4.0.1.0");
-    for (const std::string& path : {scratch / "a.so.x", scratch / "none.so.1", std::string()})
-        EXPECT_FALSE(GetModuleVersion(path.c_str(), own));
+    for (const char* path : {"none.so.1", "none.dll", "", static_cast<const char*>(nullptr)})
+        EXPECT_FALSE(GetModuleVersion(path, own)) << path;
 }
 
 TEST(System, Timers) {
@@ -79,57 +72,60 @@ TEST(System, Timers) {
     EXPECT_EQ(job.GetText().Left(5), "0:00:");
 }
 
-/// A text file's content once another program has written it; "" if that takes longer than ten seconds.
-std::string Awaited(const std::string& path) {
-    std::string text;
-    for (int i = 0; i < 1000 && text.empty(); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        std::getline(std::ifstream(path), text, '\0');
-    }
-    return text;
+TEST(System, FactsHoldTogether) {
+    EXPECT_GT(SysGetTotalPhysicalMemory(), SysGetFreePhysicalMemory());
+    EXPECT_GE(SysGetTotalSwapMemory(), SysGetFreeSwapMemory());
+    EXPECT_GT(SysGetProcessMemory(), 100000U);
+    EXPECT_GE(SysGetProcessPeakMemory() + (1 << 20), SysGetProcessMemory());
+    EXPECT_TRUE(SysGetProcessorCount() >= 1 && SysGetSessionSeconds() < 3600 && SysGetIdleSeconds() >= -1);
+    EXPECT_FALSE(SysGetSystemName().IsEmpty() || SysGetSystemVersion().IsEmpty());
+    EXPECT_LE(SysIsWinXP() + SysIsWinVista() + SysIsWin7() + SysIsWin8() + SysIsWin10(), int{SysIsWindows()});
 }
+
+/// Writes the words behind the first, a file's path, to that file, and the number of a certain file's
+/// handles.
+const test::ChildWork kShowWords("System.ShowWords", [](const Texts& words) {
+    std::string shown;
+    for (std::size_t i = 1; i < words.size(); ++i)
+        shown += "[" + words[i] + "]\n";
+    std::error_code error;
+    int handles = 0;
+    for (const auto& file : fs::directory_iterator("/proc/self/fd", error))
+        handles += fs::read_symlink(file, error).string().ends_with("not inherited");
+    test::WriteAtOnce(words[0], shown + std::to_string(handles));
+    return true;
+});
 
 TEST(System, ProgramsAreStartedWithoutAShell) {
     const test::Scratch scratch;
-    const std::string script = scratch / "show words", out = scratch / "out", page = scratch / "a page.html";
-    std::ofstream(script) << "#!/bin/sh\nfor word in \"$@\"; do echo \"[$word]\"; done > '" << out
-                          << ".new'\nls -l /proc/$$/fd | grep -c 'a page.html' >> '" << out << ".new'\nmv '"
-                          << out << ".new' '" << out << "'\n";
-    std::ofstream(page) << "";
-    fs::permissions(script, fs::perms::owner_all);
-    const std::ifstream notInherited(page);  // by the program
-
+    const std::string program = os::ExecutablePath(), out = scratch / "out",
+                      other = scratch / "not inherited";
+    std::ofstream(other) << "";
+    const std::ifstream notInherited(other);
     int error = -1;
+    const Texts special = {"a b", "$HOME;*", "", "\"'\\", "\\\\\"", "c:\\d e\\", "%PATH%", "&|<>^"};
     TOrderedList<CoreString> words;
-    for (Text word : {"a b", "$HOME;*", "", "\"'\\"})
+    std::string expected;
+    for (Text word : {"--child-work", "System.ShowWords", out.c_str()})
         words.Add(word);
-    EXPECT_TRUE(ExecProgram(script.c_str(), words, &error));
-    EXPECT_EQ(error, 0);
-    const std::string shown = Awaited(out);
-    EXPECT_EQ(shown, "[a b]\n[$HOME;*]\n[]\n[\"'\\]\n0\n");
-    fs::remove(out);
-    EXPECT_TRUE(ExecProgram(("\"" + script + "\" one\t\"two  words\"x \"\"").c_str(), &error));
-    EXPECT_EQ(Awaited(out).substr(0, 21), "[one]\n[two  wordsx]\n[");
-    for (Text program : {"/none/program", "brenta-no-such-program", "", static_cast<Text>(nullptr)}) {
-        EXPECT_FALSE(ExecProgram(program, &error));
-        EXPECT_EQ(error, ENOENT);
+    for (const std::string& word : special) {
+        words.Add(word.c_str());
+        expected += "[" + word + "]\n";
     }
-
+    EXPECT_TRUE(ExecProgram(program.c_str(), words, &error));
+    EXPECT_EQ(error, 0);
+    EXPECT_EQ(test::Awaited(out), expected + "0");
     fs::remove(out);
-    const Text old = std::getenv("BROWSER");
-    const std::string kept = old ? old : "";
-    fs::create_symlink(script, scratch / "browser");
-    setenv("BROWSER", ("/none/browser::" + (scratch / "browser") + " --open=%s -x").c_str(), 1);
-    EXPECT_TRUE(ShellExecProgram(page.c_str()));
-    EXPECT_EQ(Awaited(out).substr(0, page.size() + 9), "[--open=" + page + "]");
-    fs::remove(out);
-    setenv("BROWSER", (scratch / "browser").c_str(), 1);
-    EXPECT_TRUE(ShellExecProgram("http://host/?a=$(b)"));
-    EXPECT_EQ(Awaited(out).substr(0, 21), "[http://host/?a=$(b)]");
+    const std::string line =
+        "\"" + program + "\" --child-work System.ShowWords " + out + " one\t\"two  words\"x \"\"";
+    EXPECT_TRUE(ExecProgram(line.c_str(), &error));
+    EXPECT_EQ(test::Awaited(out), "[one]\n[two  wordsx]\n[]\n0");
+    for (Text absent : {"brenta-no-such-program", "", static_cast<Text>(nullptr)}) {
+        EXPECT_FALSE(ExecProgram(absent, &error));
+        EXPECT_EQ(error, os::kErrorNoSuchFile);
+    }
     for (Text target : {"", "-option", "/none/file", static_cast<Text>(nullptr)})
         EXPECT_FALSE(ShellExecProgram(target));
-    setenv("BROWSER", kept.c_str(), 1);
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "nothing is left to wait for";
 }
 
 }  // namespace

@@ -86,22 +86,40 @@ bool RunsMain(const ScriptRow& row, bool asTree, std::string& told) {
 
 }  // namespace
 
-Operations::Operations() : m_server({{"/file", Page(std::string(200'000, 'n'))}}) {
+Operations::Operations()
+    : m_isFirst(true),
+      m_data(kProgram),
+      m_server({{"/file", Page(std::string(200'000, 'n'))}}),
+      m_address(m_server.Address()) {
+    Serve();
+    AddChanges();
+    AddReaders();
+    AddScripts();
+}
+
+Operations::Operations(const Texts& words)
+    : m_isFirst(false),
+      m_data(Scratch::Known{words.at(0)}, kProgram),
+      m_folder(Scratch::Known{words.at(1)}),
+      m_server({}),
+      m_address(words.at(2)) {
+    Serve();
+    AddChanges();
+}
+
+void Operations::Serve() {
     HostServices services = GetHostServices();
     services.showMessage = [](void*, const char*, unsigned int) { return IDOK; };
     services.shellOpen = [](void*, const char*) { return true; };
     services.isOnline = [](void*) { return true; };
     services.internetSettings = [](void*, InternetSettings&) { return false; };
     SetHostServices(services);
-    AddChanges();
-    AddReaders();
-    AddScripts();
 }
 
 Operations::~Operations() = default;
 
 std::string Operations::FileWith(const char* name, const std::string& content) const {
-    std::ofstream(m_folder / name, std::ios::binary) << content;
+    if (m_isFirst) std::ofstream(m_folder / name, std::ios::binary) << content;
     return m_folder / name;
 }
 
@@ -120,8 +138,7 @@ void Operations::AddRead(const char* name, Operation::Promise promise,
 }
 
 void Operations::AddChanges() {
-    SetAppValue("S", "k", "old");
-    SetAppValue("T", "other", 1);
+    if (m_isFirst) SetAppValue("S", "k", "old") && SetAppValue("T", "other", 1);
     AddChange("ini", Operation::AllOrNothing,
               m_data / "a program whose name needs a block/a program whose name needs a block.ini",
               [] { return SetAppValue("S", "k", "new"); });
@@ -133,7 +150,7 @@ void Operations::AddChanges() {
     const auto text = std::make_shared<std::string>(50'000, 't');
     const std::string archive = m_folder / "a.zip";
     ZipFileInfo old = Entry("old", *text);
-    ZipFile(archive.c_str(), old);
+    if (m_isFirst) ZipFile(archive.c_str(), old);
     AddChange("zip", Operation::AllOrNothing, archive,
               [=, fresh = Entry("new", *text)]() mutable { return ZipFile(archive.c_str(), fresh); });
     changes.back().state = [=] {
@@ -150,7 +167,7 @@ void Operations::AddChanges() {
         return document.SaveDocument(tree.c_str(), nullptr, nullptr);
     });
 
-    const std::string file = FileWith("file", "old"), url = m_server.Address() + "/file";
+    const std::string file = FileWith("file", "old"), url = m_address + "/file";
     AddChange("download", Operation::AllOrNothing, file,
               [=] { return DownloadFile(url.c_str(), file.c_str(), nullptr, nullptr) != 0; });
 }

@@ -31,9 +31,14 @@ struct Operation {
 class Operations {
  public:
     Operations();
+    /// Those of another process, which has given its Words.
+    explicit Operations(const Texts& words);
     ~Operations();
     Operations(const Operations&) = delete;
     Operations& operator=(const Operations&) = delete;
+
+    /// Where the operations work, for a child process.
+    Texts Words() const { return {m_data.ScratchPath(), m_folder.Path(), m_server.Address()}; }
 
     /// Those that leave a file behind.
     std::vector<Operation> changes;
@@ -45,13 +50,18 @@ class Operations {
     void AddChange(const char* name, Operation::Promise promise, const std::string& path,
                    std::function<bool()> run);
     void AddRead(const char* name, Operation::Promise promise, std::function<bool(std::string&)> run);
+    void Serve();
     void AddChanges();
     void AddReaders();
     void AddScripts();
 
-    const DataFolder m_data{"/opt/bin/a program whose name needs a block"};
+    static constexpr char kProgram[] = "/opt/bin/a program whose name needs a block";
+
+    const bool m_isFirst;  // who makes the files
+    const DataFolder m_data;
     const Scratch m_folder;
     LoopbackServer m_server;
+    const std::string m_address;
 };
 
 }  // namespace brenta::test

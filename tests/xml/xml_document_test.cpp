@@ -4,6 +4,7 @@
 #include "os/os.h"
 #include "test_support.h"
 #include "xml/platform_document.h"
+#include "xml/xml_service.h"
 
 namespace brenta::test {
 namespace {
@@ -16,6 +17,18 @@ class XmlDocument : public testing::Test {
         CString path((m_scratch / "a.xml").c_str());
         EXPECT_TRUE(os::WriteWholeFile(path, text));
         return document.LoadDocument(path, m_error);
+    }
+
+    /// A system's service has its own reasons, and counts offsets or not.
+    void ExpectError(const std::string& reason, int offset) const {
+        const std::string error = static_cast<const char*>(m_error), start = "Failed to load xml file.\n\n";
+        const std::string middle = "\nLoad failed at offset ", end = " in file.";
+        if (kOwnXmlService) {
+            EXPECT_EQ(error, start + reason + middle + std::to_string(offset) + end);
+        } else {
+            EXPECT_TRUE(error.starts_with(start) && error.ends_with(end)) << error;
+            EXPECT_GT(error.find(middle), start.size()) << "there is a reason";
+        }
     }
 
     const Scratch m_scratch;
@@ -40,14 +53,11 @@ TEST_F(XmlDocument, TellsWhyALoadFails) {
     EXPECT_TRUE(Load(document, "<a/>"));
     EXPECT_STREQ(m_error, "old");
     EXPECT_FALSE(Load(document, "<a></b>"));
-    EXPECT_STREQ(m_error,
-                 "Failed to load xml file.\n\nOpening and ending tag mismatch: a line 1 and b\nLoad failed "
-                 "at offset 7 in file.");
+    ExpectError("Opening and ending tag mismatch: a line 1 and b", 7);
     EXPECT_EQ(document.GetRootElement(), nullptr);
     CString absent((m_scratch / "absent").c_str());
     EXPECT_FALSE(document.LoadDocument(absent, m_error));
-    EXPECT_STREQ(m_error,
-                 "Failed to load xml file.\n\nThe file cannot be read\nLoad failed at offset 0 in file.");
+    ExpectError("The file cannot be read", 0);
 
     const PlatformDocumentMaker maker =
         std::exchange(g_platformDocumentMaker, [] { return std::unique_ptr<PlatformDocument>(); });
@@ -79,9 +89,9 @@ TEST_F(XmlDocument, CountsElements) {
     OnStackOf(1, [&] {
         unsigned int count = 0;
         CXMLDocument large;
-        EXPECT_TRUE(Load(large, Repeat("<a>", 1'000'000) + Repeat("</a>", 1'000'000)));
+        EXPECT_TRUE(Load(large, Repeat("<a>", kDeepestFile) + Repeat("</a>", kDeepestFile)));
         EXPECT_TRUE(large.GetElementCount(count));
-        EXPECT_EQ(count, 1'000'000u);
+        EXPECT_EQ(count, static_cast<unsigned int>(kDeepestFile));
     });
 }
 
@@ -112,27 +122,29 @@ TEST_F(XmlDocument, ReadsAttributes) {
              "<!DOCTYPE a [<!ENTITY e '4'><!ATTLIST a def CDATA '-7x'>]>"
              "<a s='\xC3\xA9' n=' 12abc' big='99999999999' e='&e;2' t='TRUE' one='1' yes='yes' p:q='5' "
              "xmlns:p='u' xmlns='v' empty=''/>"));
-    struct {
+    struct Row {
         std::string name, value;
         long number;
         bool truth;
-    } const kCases[] = {
+    };
+    std::vector<Row> rows = {
         {"s", "\xC3\xA9", 0, false}, {"n", " 12abc", 12, false}, {"big", "99999999999", 2147483647, false},
         {"e", "42", 42, false},      {"t", "TRUE", 0, true},     {"one", "1", 1, true},
         {"yes", "yes", 0, false},    {"p:q", "5", 5, false},     {"q", "", 0, false},
-        {"xmlns:p", "u", 0, false},  {"xmlns", "v", 0, false},   {"empty", "", 0, false},
-        {"def", "-7x", -7, false},   {"S", "", 0, false},        {"", "", 0, false},
+        {"empty", "", 0, false},     {"S", "", 0, false},        {"", "", 0, false},
     };
+    const Row ownRows[] = {{"xmlns:p", "u", 0, false}, {"xmlns", "v", 0, false}, {"def", "-7x", -7, false}};
+    if (kOwnXmlService) rows.insert(rows.end(), std::begin(ownRows), std::end(ownRows));
     IXMLDOMElement* const root = document.GetRootElement();
     CXMLAttributeIterator iterator(root), nowhere(nullptr);
     document.FreeRootElement(root);
-    for (const auto& row : kCases) {
+    for (const Row& row : rows) {
         std::string name = row.name;
         CString value("old");
-        EXPECT_STREQ(iterator.GetValue(name.data(), value), row.value.c_str()) << name;
+        EXPECT_STREQ(iterator.GetValue(name.data(), value), Own(row.value).c_str()) << name;
         EXPECT_EQ(iterator.GetLongValue(name.data()), row.number) << name;
         EXPECT_EQ(iterator.GetBoolValue(name.data()), row.truth) << name;
-        EXPECT_EQ(iterator.GetValueId(name.data()), StrId(row.value.c_str())) << name;
+        EXPECT_EQ(iterator.GetValueId(name.data()), StrId(Own(row.value).c_str())) << name;
         EXPECT_STREQ(nowhere.GetValue(name.data(), value), "");
     }
     CString value("old");

@@ -27,15 +27,24 @@ namespace brenta {
 // ---------------------------------------------------------------------------------------------------------
 // Types and answers of message boxes
 
+// On Windows these names are those of <windows.h>. Where that header comes first, its macros stand for them.
+
+#ifndef MB_OK
+
 inline constexpr unsigned int MB_OK = 0;     ///< one button, "OK"
 inline constexpr unsigned int MB_YESNO = 4;  ///< two buttons, "Yes" and "No"
 
 inline constexpr unsigned int MB_ICONWARNING = 0x30;  ///< added to either: with the sign for a warning
 inline constexpr unsigned int MB_TYPEMASK = 0xF;      ///< what tells the buttons of a type
 
+#endif
+#ifndef IDOK
+
 inline constexpr int IDOK = 1;   ///< answer: "OK"
 inline constexpr int IDYES = 6;  ///< answer: "Yes"
 inline constexpr int IDNO = 7;   ///< answer: "No"
+
+#endif
 
 /// Shows `text` (null counts as "") through the host's message service (brenta/host.h) and returns the
 /// answer. `help` is a help context and is not used.
@@ -230,8 +239,6 @@ class BRENTA_API CDynLinkLibrary : public CObject {
     const CExtensionModule& GetModule() const { return *m_pModule; }
 
  private:
-    friend BRENTA_API void AfxTermExtensionModule(CExtensionModule& module);
-
     CExtensionModule* m_pModule;
     CDynLinkLibrary* m_pNext;
 };

@@ -44,22 +44,31 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "brenta/containers.h"
 #include "brenta/export.h"
 #include "brenta/heap.h"
 #include "brenta/string.h"
 
+struct HKEY__;  // what the system calls its keys
+
 namespace brenta {
 
 // ---------------------------------------------------------------------------------------------------------
 // Roots and types, with the system's numbers on every platform
 
+// On Windows the names below are those of <windows.h>, of the same types, and the two headers may be included
+// in any order. Where that one comes first, its macros stand for the numbers.
+
 /// A number of 32 bits without sign.
-using DWORD = std::uint32_t;
+using DWORD =
+    std::conditional_t<sizeof(unsigned long) == sizeof(std::uint32_t), unsigned long, std::uint32_t>;
 
 /// One of the four roots below. It is a mere mark, and nothing can be done with it but to hand it over.
-using HKEY = struct RegistryRootMark*;
+using HKEY = ::HKEY__*;
+
+#ifndef HKEY_CURRENT_USER
 
 // The system's numbers 0x80000000 to 0x80000003, whose sign it extends. Written in full, they need no code to
 // run before they can be used.
@@ -74,11 +83,16 @@ inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(static_cast<std::i
 /// The settings of all users; in the database one more root of the user's own.
 inline const HKEY HKEY_USERS = reinterpret_cast<HKEY>(static_cast<std::intptr_t>(-0x7ffffffdLL));
 
+#endif
+#ifndef REG_NONE
+
 inline constexpr DWORD REG_NONE = 0;       ///< no type
 inline constexpr DWORD REG_SZ = 1;         ///< a text
 inline constexpr DWORD REG_EXPAND_SZ = 2;  ///< a text with names of environment variables
 inline constexpr DWORD REG_BINARY = 3;     ///< bytes
 inline constexpr DWORD REG_DWORD = 4;      ///< a DWORD
+
+#endif
 
 // ---------------------------------------------------------------------------------------------------------
 // CCoreRegistry

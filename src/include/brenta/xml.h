@@ -32,6 +32,11 @@
 ///   root only: a second one puts out the first content again. ResetCOMState starts afresh here, too.
 /// - One document, one root: of several top-level elements the first alone is put out.
 ///
+/// On Windows the service is MSXML: messages and offsets, the layout of what is put out, and how deep, how
+/// long or how much multiplied by entities a document may be, are its own affair. Each document makes its
+/// thread ready for COM (CoInitialize) and is used on that thread; texts are in the process's code page, and
+/// letters that this lacks become the closest ones or "?".
+///
 /// Cost. What a reader makes stands side by side in large blocks of the library's heap: a block is given back
 /// when nothing in it is left. So an element that is taken out of a large document and kept for long keeps up
 /// to 4 MB with it; a copy (elements copy deeply) does not.
@@ -288,6 +293,10 @@ class BRENTA_API CCoreXmlDomElement : public CCoreScriptable {
 // ---------------------------------------------------------------------------------------------------------
 // Documents
 
+// <windows.h> has a macro of the name of one of the operations.
+#pragma push_macro("LoadString")
+#undef LoadString
+
 /// A document: top-level elements, and the platform document described at the head of this file.
 ///
 /// For scripts: the property "ElementList" (read); the methods AddElement(pElem), CreateElement(elemName),
@@ -342,6 +351,9 @@ class BRENTA_API CCoreXmlDom : public CCoreScriptable {
     bool LoadDocument(const char* path, bool quickLoad);
     /// Loads a text with the platform's reader. The encoding that its declaration names does not count.
     bool LoadString(const char* text);
+    /// The same where <windows.h> has renamed the call.
+    bool LoadStringA(const char* text) { return LoadString(text); }
+    bool LoadStringW(const char* text) { return LoadString(text); }
     /// Why the last platform load that failed did so, and at which byte (0 if unknown); "" and 0 before one.
     const char* GetParseError(int& offset) const;
 
@@ -378,6 +390,8 @@ class BRENTA_API CCoreXmlDom : public CCoreScriptable {
     TOrderedList<CCoreXmlDomElement*> m_elements;
     bool m_loaded;
 };
+
+#pragma pop_macro("LoadString")
 
 // ---------------------------------------------------------------------------------------------------------
 // What the script engine's classes of these names create: an empty document, element or attribute, the

@@ -28,8 +28,10 @@
 /// or with Release, or it and its whole document stay in memory. A node that is kept stays valid when the
 /// document loads another file or is gone.
 ///
-/// Text is UTF-8. Names are the names as written, with their prefix; they compare exactly. A value has its
-/// references replaced. Nothing is fetched from a network, and no file beside the given one is opened.
+/// Text is UTF-8, on Windows in the process's code page. Names are the names as written, with their prefix;
+/// they compare exactly. A value has its references replaced. Nothing is fetched from a network, and no file
+/// beside the given one is opened. On Windows the service is MSXML, and each document makes its thread ready
+/// for COM (brenta/xml.h).
 ///
 /// Cost. Loading takes the file's content several times over in memory. Depth costs memory only; no operation
 /// recurses.
@@ -118,7 +120,7 @@ class BRENTA_API CXMLDocument {
     /// is one of
     ///
     /// - "Failed to initialize XML document." where the platform has no XML service,
-    /// - "Could not load xml file" if memory ran out,
+    /// - "Could not load xml file" if memory ran out or MSXML did not try,
     /// - "Failed to load xml file.", an empty line, the parser's first message, and on a line of its own
     ///   "Load failed at offset N in file.", N in bytes and 0 if unknown; also for a file that cannot be
     ///   read.

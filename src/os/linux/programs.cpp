@@ -24,6 +24,8 @@
 namespace brenta::os {
 
 const int kErrorNoSuchFile = ENOENT;
+const int kErrorBadArgument = EINVAL;
+const int kErrorNoMemory = ENOMEM;
 
 namespace {
 
@@ -103,15 +105,6 @@ int Start(const std::vector<std::string>& words, Console console) {
                            arguments.data(), environ));
     }
     return OutcomeOf(child);
-}
-
-/// Whether a text begins like an address: "scheme:", the scheme of at least two characters.
-bool HasScheme(std::string_view text) {
-    constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
-    constexpr std::string_view kFurther = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789+-.";
-    const std::size_t end = text.find_first_not_of(kFurther);
-    return end != std::string_view::npos && end >= 2 && text[end] == ':' &&
-           kLetters.find(text[0]) != std::string_view::npos;
 }
 
 /// The target as a word for a program that must not take it for an option; "" if there is no such target.

@@ -1,147 +1,115 @@
 // Windows: whole files and paths.
 #include <algorithm>
-#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <utility>
 
+#include <fcntl.h>
+#include <io.h>
+
 #include "os/os.h"
+#include "os/windows/file_handle.h"
 
 #define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <windows.h>
 
 namespace brenta::os {
 
 namespace {
 
-/// A file handle that closes itself.
-class File {
- public:
-    explicit File(HANDLE handle) : m_handle(handle) {}
-    ~File() {
-        if (IsOpen()) CloseHandle(m_handle);
-    }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
-
-    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return m_handle; }
-
- private:
-    HANDLE m_handle;
-};
-
-constexpr std::size_t kLargestPiece = 1u << 30;
-
-bool ReadExactly(HANDLE file, char* buffer, std::size_t size) {
-    while (size > 0) {
-        DWORD count = 0;
-        const auto piece = static_cast<DWORD>(std::min(size, kLargestPiece));
-        if (!ReadFile(file, buffer, piece, &count, nullptr) || count == 0) return false;
-        buffer += count;
-        size -= count;
-    }
-    return true;
+/// -1 for whatever is no regular file. Others may read, write, replace and delete the file meanwhile, as they
+/// may elsewhere.
+FileHandle OpenToRead(const char* path, DWORD access = GENERIC_READ) {
+    FileHandle file(CreateFileA(NativePath(path).c_str(), access,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    if (file.IsOpen() && GetFileType(file.Get()) != FILE_TYPE_DISK) return FileHandle();
+    return file;
 }
 
-bool WriteAll(HANDLE file, std::string_view content) {
-    while (!content.empty()) {
-        DWORD count = 0;
-        const auto piece = static_cast<DWORD>(std::min(content.size(), kLargestPiece));
-        if (!WriteFile(file, content.data(), piece, &count, nullptr) || count == 0) return false;
-        content.remove_prefix(count);
+/// The number of bytes read: 0 at the end, -1 after an error.
+std::ptrdiff_t ReadSome(HANDLE file, char* buffer, std::size_t size) {
+    DWORD count = 0;
+    const auto piece = static_cast<DWORD>(std::min(size, FileHandle::kLargestPiece));
+    return ReadFile(file, buffer, piece, &count, nullptr) ? static_cast<std::ptrdiff_t>(count) : -1;
+}
+
+/// The file may be shorter or longer by now than its size said.
+FileStatus ReadToEnd(HANDLE file, std::size_t expected, std::string& content, std::size_t limit) {
+    constexpr std::size_t kLeastRoom = 4096;
+    std::string bytes;
+    std::size_t used = 0;
+    for (;;) {
+        // The byte more shows the end of a file that kept its size without another buffer.
+        if (used == bytes.size()) bytes.resize(used == 0 ? std::max(expected + 1, kLeastRoom) : 2 * used);
+        const std::ptrdiff_t count = ReadSome(file, bytes.data() + used, bytes.size() - used);
+        if (count < 0) return FileStatus::CannotRead;
+        used += static_cast<std::size_t>(count);
+        if (used > limit) return FileStatus::CannotRead;
+        if (count == 0) break;
     }
-    return true;
+    bytes.resize(used);
+    content.swap(bytes);
+    return FileStatus::Ok;
 }
 
 }  // namespace
 
 FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t limit) try {
-    const File file(CreateFileA(NativePath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.IsOpen() || GetFileType(file.Get()) != FILE_TYPE_DISK) return FileStatus::CannotOpen;
+    const FileHandle file = OpenToRead(path);
+    if (!file.IsOpen()) return FileStatus::CannotOpen;
     LARGE_INTEGER size;
     if (!GetFileSizeEx(file.Get(), &size)) return FileStatus::CannotRead;
     if (static_cast<std::uint64_t>(size.QuadPart) > limit) return FileStatus::CannotRead;
-    std::string bytes(static_cast<std::size_t>(size.QuadPart), '\0');
-    if (!ReadExactly(file.Get(), bytes.data(), bytes.size())) return FileStatus::CannotRead;
-    content.swap(bytes);
-    return FileStatus::Ok;
+    return ReadToEnd(file.Get(), static_cast<std::size_t>(size.QuadPart), content, limit);
 } catch (const std::exception&) {
     return FileStatus::CannotRead;
 }
 
-bool WriteWholeFile(const char* path, std::string_view content) {
-    const File file(CreateFileA(NativePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+bool WriteWholeFile(const char* path, std::string_view content) try {
+    FileHandle file(CreateFileA(NativePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                 CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    return file.IsOpen() && WriteAll(file.Get(), content);
-}
-
-bool ReplaceWholeFile(const char* path, std::string_view content) try {
-    static std::atomic<unsigned int> counter;
-    const std::string target = NativePath(path);
-    const DWORD attributes = GetFileAttributesA(target.c_str());
-    const bool present = attributes != INVALID_FILE_ATTRIBUTES;
-    if (present && (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) != 0) return false;
-    const std::string beside =
-        target + "." + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++counter) + ".tmp";
-    bool written;
-    {
-        const File file(CreateFileA(beside.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
-        if (!file.IsOpen()) return false;
-        written = WriteAll(file.Get(), content) && FlushFileBuffers(file.Get());
-    }
-    if (written && present) {
-        written = ReplaceFileA(target.c_str(), beside.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS,
-                               nullptr, nullptr);
-    } else if (written) {
-        written = MoveFileExA(beside.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH);
-    }
-    if (!written) DeleteFileA(beside.c_str());
-    return written;
+    return file.IsOpen() && file.WriteAll(content) && file.Close();
 } catch (const std::exception&) {
     return false;
 }
 
 FileReader::~FileReader() {
-    const File closing(reinterpret_cast<HANDLE>(m_handle));
+    const FileHandle closing(reinterpret_cast<void*>(m_handle));
 }
 
-bool FileReader::Open(const char* path) {
-    const HANDLE handle =
-        CreateFileA(NativePath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                    OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
-    m_handle = reinterpret_cast<std::intptr_t>(handle);
+bool FileReader::Open(const char* path) try {
+    FileHandle file = OpenToRead(path);
     LARGE_INTEGER size;
-    if (m_handle == -1 || GetFileType(handle) != FILE_TYPE_DISK || !GetFileSizeEx(handle, &size))
-        return false;
+    if (!file.IsOpen() || !GetFileSizeEx(file.Get(), &size)) return false;
     m_size = static_cast<std::uint64_t>(size.QuadPart);
+    m_handle = reinterpret_cast<std::intptr_t>(file.Release());
     return true;
+} catch (const std::exception&) {
+    return false;
 }
 
 std::ptrdiff_t FileReader::Read(char* buffer, std::size_t size) {
-    DWORD count = 0;
-    const auto piece = static_cast<DWORD>(std::min(size, kLargestPiece));
-    if (!ReadFile(reinterpret_cast<HANDLE>(m_handle), buffer, piece, &count, nullptr)) return -1;
-    return static_cast<std::ptrdiff_t>(count);
+    return ReadSome(reinterpret_cast<HANDLE>(m_handle), buffer, size);
 }
 
-bool TextFileWriter::Open(const char* path) {
+bool TextFileWriter::Open(const char* path) try {
     m_handle = reinterpret_cast<std::intptr_t>(CreateFileA(NativePath(path).c_str(), GENERIC_WRITE,
                                                            FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                                            CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     return IsOpen();
+} catch (const std::exception&) {
+    return false;
 }
 
 bool TextFileWriter::Write(std::string_view text) try {
     std::string lines;
+    lines.reserve(text.size() + static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')));
     for (const char c : text) {
         if (c == '\n') lines += '\r';
         lines += c;
     }
-    return WriteAll(reinterpret_cast<HANDLE>(m_handle), lines);
+    return FileHandle::WriteAll(reinterpret_cast<HANDLE>(m_handle), lines);
 } catch (const std::exception&) {
     return false;
 }
@@ -150,17 +118,32 @@ bool TextFileWriter::Close() {
     return !IsOpen() || CloseHandle(reinterpret_cast<HANDLE>(std::exchange(m_handle, -1)));
 }
 
+std::FILE* OpenStream(const char* path, const char* mode) try {
+    const bool changes = std::string_view(mode) != "rb";
+    FileHandle file = OpenToRead(path, changes ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ);
+    if (!file.IsOpen()) return nullptr;
+    const int number = _open_osfhandle(reinterpret_cast<std::intptr_t>(file.Get()),
+                                       _O_BINARY | _O_NOINHERIT | (changes ? _O_RDWR : _O_RDONLY));
+    if (number == -1) return nullptr;
+    file.Release();
+    std::FILE* const stream = _fdopen(number, mode);
+    if (!stream) _close(number);
+    return stream;
+} catch (const std::exception&) {
+    return nullptr;
+}
+
 PathKind KindOfPath(const char* path) {
-    const DWORD attributes = GetFileAttributesA(NativePath(path).c_str());
+    const DWORD attributes = GetFileAttributesA(path ? path : "");
     if (attributes == INVALID_FILE_ATTRIBUTES) return PathKind::Absent;
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return PathKind::Directory;
     return (attributes & FILE_ATTRIBUTE_OFFLINE) != 0 ? PathKind::Absent : PathKind::File;
 }
 
 bool IsAbsent(const char* path) {
-    if (GetFileAttributesA(NativePath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return false;
+    if (GetFileAttributesA(path ? path : "") != INVALID_FILE_ATTRIBUTES) return false;
     const DWORD error = GetLastError();
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME;
 }
 
 std::string NativePath(const char* path) {

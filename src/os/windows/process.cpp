@@ -106,6 +106,12 @@ bool WatchForks(void (*)(), void (*)()) {
     return true;
 }
 
+void KeepLoaded() {
+    HMODULE self;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<const wchar_t*>(&KeepLoaded), &self);
+}
+
 void WatchProcessEnd() {
     // The system tells the two apart by itself.
 }

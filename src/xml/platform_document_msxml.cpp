@@ -1,0 +1,133 @@
+// The platform document over MSXML.
+//
+// What is loaded, appended, written and transformed is MSXML's own document, and what it makes of each of
+// these is what comes out. Only what it must not do, it is not asked for: fetching what an address names, and
+// writing over a file before the content is whole.
+#include <new>
+
+#include "os/os.h"
+#include "xml/com_msxml.h"
+
+namespace brenta {
+
+namespace {
+
+constexpr CLSID kDocumentClass = {
+    0xF6D90F11, 0x9C73, 0x11D3, {0xB3, 0x2E, 0x00, 0xC0, 0x4F, 0x99, 0x0B, 0xB4}};
+constexpr IID kDocument = {0x2933BF81, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+constexpr IID kDocumentWithProperties = {
+    0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+
+class MsxmlDocument final : public PlatformDocument {
+ public:
+    explicit MsxmlDocument(ComPointer<::IXMLDOMDocument> document) : m_document(std::move(document)) {}
+
+    bool Load(const char* path, ParseFault& fault) override {
+        fault = ParseFault();
+        VARIANT_BOOL loaded = VARIANT_FALSE;
+        if (!IsLocalFile(path)) {
+            m_document->loadXML(ComArgument(L"").Text(), &loaded);  // leaves nothing of the old content
+            fault.reason = "The file cannot be read";
+            return false;
+        }
+        return Explain(m_document->load(ComArgument(FileName(path)).Value(), &loaded), fault);
+    }
+
+    bool LoadXml(const char* text, ParseFault& fault) override {
+        fault = ParseFault();
+        VARIANT_BOOL loaded = VARIANT_FALSE;
+        const ComArgument wide(ToWide(text == nullptr ? "" : text));
+        return Explain(m_document->loadXML(wide.Text(), &loaded), fault);
+    }
+
+    bool ReadElements(TOrderedList<CCoreXmlDomElement*>& out) override {
+        try {
+            ReadTree(*m_document, out);
+            return true;
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
+    }
+
+    IXMLDOMElement* DocumentElement() override {
+        ComPointer<::IXMLDOMElement> element;
+        m_document->get_documentElement(element.Out());
+        return MakeElementNode(std::move(element));
+    }
+
+    void AppendInstruction(const char* target, const char* data) override {
+        brenta::AppendInstruction(*m_document, target == nullptr ? "" : target, data == nullptr ? "" : data);
+    }
+    void AppendComment(const char* text) override {
+        brenta::AppendComment(*m_document, text == nullptr ? "" : text);
+    }
+    void AppendElement(const CCoreXmlDomElement& element) override {
+        brenta::AppendElement(*m_document, element);
+    }
+
+    bool Save(const char* path) override {
+        os::Replacement file;
+        if (path == nullptr || !file.Create(path)) return false;
+        const ComArgument name(ToWide(file.NewPath()));
+        return m_document->save(name.Value()) == S_OK && file.Commit();
+    }
+
+    CoreString GetXml() override {
+        ComText text;
+        m_document->get_xml(text.Out());
+        return CoreString(std::string_view(text.Narrow()));
+    }
+
+    CoreString Transform(PlatformDocument& stylesheet) override {
+        ComText text;
+        const auto& sheet = static_cast<const MsxmlDocument&>(stylesheet);
+        if (m_document->transformNode(sheet.m_document.Get(), text.Out()) != S_OK) return CoreString();
+        return CoreString(std::string_view(text.Narrow()));
+    }
+
+ private:
+    /// Whether a load has succeeded; if not, why.
+    bool Explain(HRESULT result, ParseFault& fault) {
+        if (result == S_OK) return true;
+        fault.refused = FAILED(result);
+        ComPointer<::IXMLDOMParseError> error;
+        if (FAILED(m_document->get_parseError(error.Out())) || !error) return false;
+        ComText reason;
+        error->get_reason(reason.Out());
+        fault.reason = CoreString(std::string_view(reason.Narrow()));
+        LONG offset = 0;
+        if (error->get_filepos(&offset) == S_OK) fault.offset = offset;
+        return false;
+    }
+
+    ComPointer<::IXMLDOMDocument> m_document;
+};
+
+/// A stylesheet may not open further documents, or hold programs. Older services do without the one or the
+/// other, and know no such property.
+void RestrictStylesheets(::IXMLDOMDocument& document) {
+    void* found = nullptr;
+    if (document.QueryInterface(kDocumentWithProperties, &found) != S_OK) return;
+    ComPointer<::IXMLDOMDocument2> properties;
+    *properties.Out() = static_cast<::IXMLDOMDocument2*>(found);
+    VARIANT no;
+    VariantInit(&no);
+    no.vt = VT_BOOL;
+    no.boolVal = VARIANT_FALSE;
+    for (const wchar_t* name : {L"AllowDocumentFunction", L"AllowXsltScript"})
+        properties->setProperty(ComArgument(name).Text(), no);
+}
+
+}  // namespace
+
+std::unique_ptr<PlatformDocument> MakePlatformDocument() {
+    auto document = MakeComObject<::IXMLDOMDocument>(kDocumentClass, kDocument);
+    if (!document || document->put_async(VARIANT_FALSE) != S_OK ||
+        document->put_validateOnParse(VARIANT_FALSE) != S_OK ||
+        document->put_resolveExternals(VARIANT_FALSE) != S_OK)
+        return nullptr;
+    RestrictStylesheets(*document);
+    return std::make_unique<MsxmlDocument>(std::move(document));
+}
+
+}  // namespace brenta
