@@ -5,8 +5,8 @@
 
 #include "brenta/xml_readers.h"
 #include "brenta/xml_stream.h"
+#include "child_process.h"
 #include "foundation/library_statics.h"
-#include "platform/data_folder.h"
 #include "script/run_script.h"
 #include "script/value_limits.h"
 
@@ -65,17 +65,19 @@ TEST_F(Large, Documents) {
     readMany("<r><e a=\"", value, 1024, "\"/></r>", true, false);
 }
 
+const ChildWork kFillTable("Large.FillTable", [](const Texts&) {
+    ScriptRun run("function f() { return \"a text\"; }");
+    for (int i = 0; GlobalStrings().GetPageCount() < kMaxNamePages; ++i)
+        StrId((std::to_string(i) + std::string(500'001, '.')).c_str());
+    const std::string told = "!RunScript:String space exhausted. failed";
+    EXPECT_EQ(run.Execute("1 + 1"), told);
+    EXPECT_EQ(run.Load("var neverSeen;"), told);
+    EXPECT_EQ(run.RunScript("f", {}), told);
+    return !testing::Test::HasFailure();
+});
+
 TEST_F(Large, TableOfNames) {
-    EXPECT_TRUE(Succeeds(Fork([] {
-        ScriptRun run("function f() { return \"a text\"; }");
-        for (int i = 0; GlobalStrings().GetPageCount() < kMaxNamePages; ++i)
-            StrId((std::to_string(i) + std::string(500'001, '.')).c_str());
-        const std::string told = "!RunScript:String space exhausted. failed";
-        EXPECT_EQ(run.Execute("1 + 1"), told);
-        EXPECT_EQ(run.Load("var neverSeen;"), told);
-        EXPECT_EQ(run.RunScript("f", {}), told);
-        return !testing::Test::HasFailure();
-    })));
+    EXPECT_TRUE(kFillTable.Start({}).Succeeds());
 }
 
 }  // namespace
