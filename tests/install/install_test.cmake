@@ -8,7 +8,8 @@ endfunction()
 # Runs the embedding program and compares what it prints.
 function(expect_output program)
     if(WINDOWS)
-        file(COPY ${PREFIX}/bin/brenta_core.dll DESTINATION ${WORK}/embed)
+        cmake_path(GET program PARENT_PATH folder)
+        file(COPY ${PREFIX}/bin/brenta_core.dll DESTINATION ${folder})
         string(APPEND program .exe)
     endif()
     run(${CMAKE_COMMAND} -DEXPECTED=${SOURCE}/examples/embed/main.expected -P ${SOURCE}/cmake/compare_output.cmake --
@@ -46,7 +47,7 @@ function(step_files)
 endfunction()
 
 function(step_find_package)
-    set(build ${WORK}/embed)
+    set(build ${WORK}/find_package)
     file(REMOVE_RECURSE ${build})
     if(TOOLCHAIN)
         # Others are looked for in the roots of the other platform only.
@@ -70,10 +71,10 @@ function(step_pkg_config)
     if(WINDOWS)
         list(APPEND options -static-libgcc -static-libstdc++ -Wl,-Bstatic) # for the compiler's own libraries
     endif()
-    file(MAKE_DIRECTORY ${WORK}/embed)
-    run(${CXX} -std=c++20 ${FLAGS} ${SOURCE}/examples/embed/main.cpp -o ${WORK}/embed/embed_pkg_config ${options})
+    file(MAKE_DIRECTORY ${WORK}/pkg_config)
+    run(${CXX} -std=c++20 ${FLAGS} ${SOURCE}/examples/embed/main.cpp -o ${WORK}/pkg_config/embed ${options})
     set(ENV{LD_LIBRARY_PATH} ${PREFIX}/${LIBDIR})
-    expect_output(${WORK}/embed/embed_pkg_config)
+    expect_output(${WORK}/pkg_config/embed)
 endfunction()
 
 # Only names of the library's own namespace leave it; what templates of the standard library leave behind is weak.
