@@ -69,7 +69,7 @@ function(step_pkg_config)
     separate_arguments(options)
     separate_arguments(FLAGS)
     if(WINDOWS)
-        list(APPEND options -static-libgcc -static-libstdc++ -Wl,-Bstatic) # for the compiler's own libraries
+        list(APPEND options -static) # the compiler's own libraries
     endif()
     file(MAKE_DIRECTORY ${WORK}/pkg_config)
     run(${CXX} -std=c++20 ${FLAGS} ${SOURCE}/examples/embed/main.cpp -o ${WORK}/pkg_config/embed ${options})
