@@ -51,5 +51,10 @@ install(FILES ${PROJECT_BINARY_DIR}/package/BrentaCoreConfig.cmake
 
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_INCLUDEDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
            OUTPUT_VARIABLE BRENTA_INCLUDE_FROM_PKGCONFIG)
+set(BRENTA_LINK_NAME brenta_core)
+if(WIN32)
+    # By its whole name the import library is found by those, too, who link all else statically.
+    set(BRENTA_LINK_NAME :libbrenta_core.dll.a)
+endif()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/brenta-core.pc.in ${PROJECT_BINARY_DIR}/package/brenta-core.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/package/brenta-core.pc DESTINATION ${BRENTA_PKGCONFIG_DIR} COMPONENT Development)

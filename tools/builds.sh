@@ -37,7 +37,10 @@ command_package() {
 command_build() {
     case ${1:-} in
         '') ;;
-        --windows) windows_later ;;
+        --windows)
+            build_windows
+            return
+            ;;
         *) usage_error "'build' takes no '$1'." ;;
     esac
     need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_TEST[@]}"

@@ -2,17 +2,21 @@
 # The commands that build something and run it: demo, test, goldens, fuzz, bench; and docs and metrics, which read only.
 
 command_test() {
-    local preset=release filter=''
+    local preset=release filter='' on_windows=''
     while [ $# -gt 0 ]; do
         case $1 in
             --asan) preset=asan ;;
             --tsan) preset=tsan ;;
-            --windows) windows_later ;;
+            --windows) on_windows=yes ;;
             -*) usage_error "'test' takes no '$1'." ;;
             *) filter=$1 ;;
         esac
         shift
     done
+    if [ -n "$on_windows" ]; then
+        test_windows ${filter:+--tests-regex "$filter"}
+        return
+    fi
     need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_TEST[@]}"
     configure_build "$preset" -DBRENTA_BUILD_TESTS=ON
     run_build "$preset"

@@ -50,8 +50,3 @@ usage_error() {
     printf "%s Try './dev help'.\n" "$1" >&2
     exit 2
 }
-
-windows_later() {
-    echo "The Windows build comes later." >&2
-    exit 2
-}

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What the Windows build needs beside its packages: the source of minizip, which Debian builds for itself alone.
+# Windows x64: cross-built with mingw-w64, tested under Wine in a Windows of the build's own (tools/wine).
 
 MINIZIP_SOURCE=build/minizip
 
@@ -24,4 +24,51 @@ fetch_minizip() {
 source_lists() {
     apt-get indextargets --format "deb-src \$(REPO_URI) \$(RELEASE) \$(COMPONENT)" 'Created-By: Packages' "$@" |
         LC_ALL=C sort -u
+}
+
+build_windows() {
+    need_packages "${PACKAGES_WINDOWS[@]}"
+    need_minizip_source
+    configure_build windows -DBRENTA_BUILD_TESTS=ON
+    run_build windows
+}
+
+# test_windows [CTEST OPTION]...
+test_windows() {
+    build_windows
+    step "start Windows" windows-start start_windows || exit 1
+    local result=0
+    step "tests windows" windows-tests ctest --test-dir build/windows -j "$JOBS" --verbose --no-tests=error --timeout 300 \
+        "$@" || result=1
+    WINEPREFIX=$PWD/build/wine "$(wine_server)" --kill || true
+    count_cases build/logs/windows-tests.log
+    return "$result"
+}
+
+wine_server() {
+    command -v /usr/lib/wine/wineserver64 || command -v wineserver
+}
+
+# The server stays until it is told to go; each program would otherwise start it anew.
+start_windows() {
+    mkdir -p build/wine
+    WINEPREFIX=$PWD/build/wine "$(wine_server)" --persistent || true # false also where one is left from another time
+    tools/wine wineboot --init
+}
+
+# Many cases share one test here, so that ctest does not count them; those without cases of their own count as one.
+count_cases() {
+    awk '
+        { sub(/^[0-9]+: /, "") }
+        /^\[  PASSED  \] [0-9]+ test/ { passed += $4; has_cases = 1 }
+        /^\[  SKIPPED \] [0-9]+ test/ { skipped += $4 }
+        /^\[  FAILED  \] [0-9]+ test/ { failed += $4; has_cases = 1 }
+        /^ *[0-9]+\/[0-9]+ Test +#/ {
+            if (!has_cases) { if (/ Passed /) ++passed; else ++failed }
+            has_cases = 0
+        }
+        END {
+            total = passed + failed
+            printf "%d%% tests passed, %d tests failed out of %d (%d skipped)\n", total ? 100 * passed / total : 0, failed, total, skipped
+        }' "$1"
 }

@@ -205,6 +205,10 @@ class ThreadEndHook {
 /// own static objects may still use it.
 bool LibraryIsUnloading();
 
+/// Keeps the library loaded to the end of the process, where a thread that runs its code cannot be waited for
+/// while it is unloaded: Windows runs the ends of threads and of libraries one at a time.
+void KeepLoaded();
+
 /// Calls `before` on a thread that is about to fork the process, and `after` when it has, in both processes.
 /// Ends with the library. False if the system has no room for it. Where processes do not fork nothing is
 /// called.

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "brenta/network.h"
+#include "os/os.h"
 #include "platform/network_backend.h"
 #include "platform/proxy_list.h"
 #include "platform/wide_text_windows.h"
@@ -66,33 +67,30 @@ Outcome Ask(const std::wstring& scriptUrl, const std::wstring& url, int millisec
     return outcome;
 }
 
-/// Keeps our code in memory: a thread will go on in it.
-void StayLoaded() {
-    HMODULE self;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<const wchar_t*>(&StayLoaded), &self);
-}
-
 /// As Ask, but for so long at most. The service cannot be stopped, and is left to itself then.
-int AskWithin(int seconds, const std::string& scriptUrl, const std::string& url, std::string& answer) {
+int AskWithin(int seconds, const std::string& scriptUrl, const std::string& url, std::string& answer) try {
     if (!WinHttpCheckPlatform()) return kProxyNoScriptEngine;
     std::promise<Outcome> promise;
     std::future<Outcome> future = promise.get_future();
-    std::thread([seconds, script = Widened(scriptUrl), page = Widened(url),
-                 promise = std::move(promise)]() mutable {
-        try {
-            promise.set_value(Ask(script, page, seconds * 1000));
-        } catch (const std::exception&) {
-            promise.set_value({ERROR_NOT_ENOUGH_MEMORY, ""});
-        }
-    }).detach();
+    std::thread asking(
+        [seconds, script = Widened(scriptUrl), page = Widened(url), promise = std::move(promise)]() mutable {
+            try {
+                promise.set_value(Ask(script, page, seconds * 1000));
+            } catch (const std::exception&) {
+                promise.set_value({ERROR_NOT_ENOUGH_MEMORY, ""});
+            }
+        });
     if (future.wait_for(std::chrono::seconds(seconds)) != std::future_status::ready) {
-        StayLoaded();
+        os::KeepLoaded();
+        asking.detach();
         return kProxyScriptTimedOut;
     }
+    asking.join();
     const Outcome outcome = future.get();
     if (outcome.error == 0) answer = outcome.answer;
     return outcome.error;
+} catch (const std::exception&) {
+    return ERROR_NOT_ENOUGH_MEMORY;
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "brenta/http.h"
 #include "brenta/settings.h"
+#include "os/os.h"
 #include "platform/host_services.h"
 #include "platform/own_version.h"
 #include "platform/proxy_discovery.h"
@@ -48,7 +49,7 @@ std::atomic<class UpdateWorker*> g_pWorker{nullptr};
 
 /// The one thread for checks. Its object is built by the first check, behind libcurl's global state, and so
 /// goes before it: at the end of the process as well as when the library is unloaded no thread is left that
-/// could still be using it.
+/// could still be using it. (Where it could not be waited for, the library stays loaded.)
 class UpdateWorker {
  public:
     UpdateWorker() {
@@ -72,6 +73,7 @@ class UpdateWorker {
         auto copy = std::make_unique<CNetworkManager>(manager);
         const std::lock_guard lock(m_mutex);
         m_stop = false;
+        os::KeepLoaded();
         m_isRunning = true;
         m_thread = std::thread([this, server, own = std::move(copy)] { Run(server, *own); });
         return true;

@@ -4,7 +4,7 @@
 #include <memory>
 #include <new>
 
-#include "platform/http_url.h"
+#include "os/os.h"
 #include "platform/proxy_list.h"
 #include "platform/system_message_windows.h"
 
@@ -160,11 +160,7 @@ void WinInetRequest::Close() {
     constexpr DWORD kPatience = 500;  // milliseconds
     if (m_request) {
         InternetCloseHandle(m_request);
-        if (!m_pReport->WaitUntilClosed(kPatience)) {
-            HMODULE self;
-            GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                               reinterpret_cast<const wchar_t*>(&RequestReport::OnStatus), &self);
-        }
+        if (!m_pReport->WaitUntilClosed(kPatience)) os::KeepLoaded();
     }
     if (m_connection) InternetCloseHandle(m_connection);
     if (m_session) InternetCloseHandle(m_session);

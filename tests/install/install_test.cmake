@@ -8,7 +8,8 @@ endfunction()
 # Runs the embedding program and compares what it prints.
 function(expect_output program)
     if(WINDOWS)
-        file(COPY ${PREFIX}/bin/brenta_core.dll DESTINATION ${WORK}/embed)
+        cmake_path(GET program PARENT_PATH folder)
+        file(COPY ${PREFIX}/bin/brenta_core.dll DESTINATION ${folder})
         string(APPEND program .exe)
     endif()
     run(${CMAKE_COMMAND} -DEXPECTED=${SOURCE}/examples/embed/main.expected -P ${SOURCE}/cmake/compare_output.cmake --
@@ -49,18 +50,28 @@ endfunction()
 
 # Builds a folder of the examples as it was installed, as a project of its own.
 function(build_example name)
-    file(REMOVE_RECURSE ${WORK}/${name})
-    run(${CMAKE_COMMAND} -S ${PREFIX}/share/brenta/examples/${name} -B ${WORK}/${name} -G ${GENERATOR}
-        -DCMAKE_BUILD_TYPE=${CONFIG} -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=${FLAGS}
-        -DCMAKE_PREFIX_PATH=${PREFIX})
-    run(${CMAKE_COMMAND} --build ${WORK}/${name})
+    set(build ${WORK}/find_package/${name})
+    file(REMOVE_RECURSE ${build})
+    if(TOOLCHAIN)
+        # Others are looked for in the roots of the other platform only.
+        set(compiler -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN} -DCMAKE_EXE_LINKER_FLAGS=-static
+                     -DBrentaCore_DIR=${PREFIX}/${LIBDIR}/cmake/BrentaCore)
+    else()
+        set(compiler -DCMAKE_CXX_COMPILER=${CXX})
+    endif()
+    run(${CMAKE_COMMAND} -S ${PREFIX}/share/brenta/examples/${name} -B ${build} -G ${GENERATOR}
+        -DCMAKE_BUILD_TYPE=${CONFIG} ${compiler} -DCMAKE_CXX_FLAGS=${FLAGS} -DCMAKE_PREFIX_PATH=${PREFIX})
+    run(${CMAKE_COMMAND} --build ${build})
+    if(WINDOWS)
+        file(COPY ${PREFIX}/bin/brenta_core.dll DESTINATION ${build})
+    endif()
 endfunction()
 
 function(step_find_package)
     build_example(embed)
-    expect_output(${WORK}/embed/embed)
+    expect_output(${WORK}/find_package/embed/embed)
     build_example(programs)
-    run(${CMAKE_CTEST_COMMAND} --test-dir ${WORK}/programs --output-on-failure)
+    run(${CMAKE_CTEST_COMMAND} --test-dir ${WORK}/find_package/programs --output-on-failure)
 endfunction()
 
 function(step_pkg_config)
@@ -70,12 +81,12 @@ function(step_pkg_config)
     separate_arguments(options)
     separate_arguments(FLAGS)
     if(WINDOWS)
-        list(APPEND options -static-libgcc -static-libstdc++ -Wl,-Bstatic) # for the compiler's own libraries
+        list(APPEND options -static) # the compiler's own libraries
     endif()
-    file(MAKE_DIRECTORY ${WORK}/embed)
-    run(${CXX} -std=c++20 ${FLAGS} ${SOURCE}/examples/embed/main.cpp -o ${WORK}/embed/embed_pkg_config ${options})
+    file(MAKE_DIRECTORY ${WORK}/pkg_config)
+    run(${CXX} -std=c++20 ${FLAGS} ${SOURCE}/examples/embed/main.cpp -o ${WORK}/pkg_config/embed ${options})
     set(ENV{LD_LIBRARY_PATH} ${PREFIX}/${LIBDIR})
-    expect_output(${WORK}/embed/embed_pkg_config)
+    expect_output(${WORK}/pkg_config/embed)
 endfunction()
 
 # Only names of the library's own namespace leave it; what templates of the standard library leave behind is weak.

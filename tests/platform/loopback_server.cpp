@@ -40,6 +40,8 @@ LoopbackServer::~LoopbackServer() {
     m_stop = true;
     sockets::Close(sockets::Connect(m_port));  // ends the waiting for one
     m_thread.join();
+    for (std::thread& answer : m_answers)
+        answer.join();
     sockets::Close(m_listener);
 }
 
@@ -52,8 +54,10 @@ void LoopbackServer::Serve() {
     while (!m_stop) {
         const sockets::Socket connection = sockets::Accept(m_listener);
         if (connection < 0) return;
-        if (!m_stop) Answer(connection);
-        sockets::Close(connection);
+        m_answers.emplace_back([this, connection] {
+            if (!m_stop) Answer(connection);
+            sockets::Close(connection);
+        });
     }
 }
 

@@ -44,6 +44,7 @@ class LoopbackServer {
     std::atomic<bool> m_stop{false};
     mutable std::mutex m_mutex;
     Texts m_requests;
+    std::vector<std::thread> m_answers;  // one for each connection, of which some take long
     std::thread m_thread;
 };
 

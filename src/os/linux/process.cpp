@@ -167,6 +167,10 @@ bool WatchForks(void (*before)(), void (*after)()) {
     return pthread_atfork(before, after, after) == 0;
 }
 
+void KeepLoaded() {
+    // Threads are waited for.
+}
+
 void WatchProcessEnd() {
     static const ProcessEndNote note;
     g_watched = true;

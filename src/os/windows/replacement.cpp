@@ -1,8 +1,10 @@
 // Windows: files that take the place of others when they are whole.
 //
-// ReplaceFile gives the new file the rights, the attributes and the time of creation of the old one. Virus
-// scanners and search indexes open what has just been written and let nobody rename it for a moment, so a
-// refusal is not believed at once.
+// The system's ReplaceFile moves the old file away before the new one comes: a process that is ended between
+// the two leaves none. So it is the last resort, for old files that somebody reads where the system cannot
+// replace these at once; and the new file gets the rights of the old one when it is made. Virus scanners and
+// search indexes open what has just been written and let nobody rename it for a moment, so a refusal is not
+// believed at once.
 #include <atomic>
 #include <exception>
 #include <string>
@@ -13,6 +15,8 @@
 
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
+
+#include <aclapi.h>
 
 namespace brenta::os {
 
@@ -71,6 +75,29 @@ std::string FollowLinks(const std::string& path) {
     return target;
 }
 
+/// Gives a new file the rights that the old one has of its own, and its attributes; false if that fails.
+/// Where the file system knows no rights there is nothing to do.
+bool TakeRights(const std::string& name, const std::string& old) {
+    PACL rights = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (GetNamedSecurityInfoA(old.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                              &rights, nullptr, &descriptor) != ERROR_SUCCESS)
+        return true;
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    GetSecurityDescriptorControl(descriptor, &control, &revision);
+    const DWORD inheritance =
+        (control & SE_DACL_PROTECTED) != 0
+            ? PROTECTED_DACL_SECURITY_INFORMATION
+            : UNPROTECTED_DACL_SECURITY_INFORMATION;  // what the folder gives is added anew
+    std::string path = name;
+    const DWORD result =
+        SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | inheritance, nullptr,
+                              nullptr, rights, nullptr);
+    LocalFree(descriptor);
+    return result == ERROR_SUCCESS && SetFileAttributesA(name.c_str(), GetFileAttributesA(old.c_str()));
+}
+
 /// Creates a file with a name of its own in the folder of another.
 FileHandle CreateBeside(const std::string& path, std::string& name) {
     static std::atomic<unsigned int> counter;
@@ -101,11 +128,33 @@ bool Insist(const Step& step) {
     return true;
 }
 
+/// What Windows 10 takes for a rename, in the form of its FileRenameInfoEx, which older headers lack.
+struct RenameRequest {
+    static constexpr auto kClass = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
+    static constexpr DWORD kReplace = 1, kEvenIfOpen = 2;
+
+    DWORD flags = kReplace | kEvenIfOpen;
+    HANDLE rootFolder = nullptr;
+    DWORD nameBytes = 0;
+    wchar_t name[kLongestPath];
+};
+
+/// Renames at once, also over a file that others read; false where the system or the file system is too old.
+bool RenameAtOnce(const char* from, const char* to) {
+    RenameRequest request;
+    const int length = MultiByteToWideChar(CP_ACP, 0, to, -1, request.name, static_cast<int>(kLongestPath));
+    const FileHandle file(CreateFileA(from, DELETE | SYNCHRONIZE, kShareAll, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (length == 0 || !file.IsOpen()) return false;
+    request.nameBytes = static_cast<DWORD>(length - 1) * sizeof(wchar_t);
+    return SetFileInformationByHandle(file.Get(), RenameRequest::kClass, &request, sizeof request) != 0;
+}
+
 bool RenameOver(const char* from, const char* to) {
     return Insist([from, to] {
-        if (ReplaceFileA(to, from, nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr)) return true;
-        // Also where there is no old file, or a file system that cannot exchange them.
-        return MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+        return RenameAtOnce(from, to) ||
+               MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) ||
+               ReplaceFileA(to, from, nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr);
     });
 }
 
@@ -143,7 +192,8 @@ bool ReplaceWholeFile(const char* path, std::string_view content) try {
     if (!file.IsOpen()) {
         return old.exists && GetLastError() == ERROR_ACCESS_DENIED && Overwrite(target, content);
     }
-    const bool isWritten = file.WriteAll(content) && FlushFileBuffers(file.Get()) && file.Close();
+    const bool isWritten = (!old.exists || TakeRights(name, target)) && file.WriteAll(content) &&
+                           FlushFileBuffers(file.Get()) && file.Close();
     if (isWritten && RenameOver(name.c_str(), target.c_str())) return true;
     file.Close();
     DeleteFileA(name.c_str());
@@ -160,8 +210,13 @@ bool Replacement::Create(const char* path) try {
     std::string target = FollowLinks(FullPath(path)), name;
     const OldFile old = LookAtOld(target);
     if (!old.isKnown || (old.exists && !(old.isRegular && old.isWritable))) return false;
-    const FileHandle file = CreateBeside(target, name);
+    FileHandle file = CreateBeside(target, name);
     if (!file.IsOpen()) return false;
+    if (old.exists && !TakeRights(name, target)) {
+        file.Close();
+        DeleteFileA(name.c_str());
+        return false;
+    }
     m_path.swap(target);
     m_newPath.swap(name);
     return true;
