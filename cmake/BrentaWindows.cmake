@@ -12,6 +12,7 @@ set(BRENTA_MINIZIP_SOURCE ${PROJECT_SOURCE_DIR}/build/minizip CACHE PATH "Source
 if(NOT EXISTS ${BRENTA_MINIZIP_SOURCE}/zip.c)
     message(FATAL_ERROR "No source of minizip in ${BRENTA_MINIZIP_SOURCE}; './dev build --windows' fetches it")
 endif()
+set(ZLIB_USE_STATIC_LIBS ON)
 find_package(ZLIB REQUIRED)
 foreach(header crypt ioapi unzip zip)
     configure_file(${BRENTA_MINIZIP_SOURCE}/${header}.h ${PROJECT_BINARY_DIR}/packages/minizip/${header}.h COPYONLY)

@@ -8,6 +8,8 @@
 
 #include "brenta/host.h"
 #include "brenta/registry.h"
+#include "os/data_files.h"
+#include "platform/own_registry.h"
 #include "platform/registry_path.h"
 
 namespace {
@@ -23,8 +25,6 @@ void Check(bool holds) {
 /// A folder for the registry, which goes with the process.
 struct Folder {
     Folder() {
-        std::string name = (std::filesystem::temp_directory_path() / "brenta_fuzz_XXXXXX").string();
-        path = mkdtemp(name.data());
         brenta::HostServices services;
         services.context = this;
         services.applicationDataFolder = [](void* self, brenta::CoreString& folder) {
@@ -37,7 +37,10 @@ struct Folder {
         brenta::SetHostServices({});
         std::filesystem::remove_all(path);
     }
-    std::string path;
+    const std::string path =
+        (std::filesystem::temp_directory_path() / ("brenta_fuzz_" + std::to_string(brenta::os::ProcessId())))
+            .string();
+    const brenta::test::OwnRegistry registry{path, true};
 };
 
 /// The same key in upper case, with every separator doubled.

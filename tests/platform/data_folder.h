@@ -7,24 +7,10 @@
 
 #include "brenta/host.h"
 #include "child_process.h"
+#include "platform/own_registry.h"
 #include "test_support.h"
 
 namespace brenta::test {
-
-/// While it lives, the registry is another one, which belongs to the folder; where the registry is a file in
-/// that folder there is nothing to do.
-class OwnRegistry {
- public:
-    /// The first object for a folder removes what is in its registry in the end.
-    OwnRegistry(const std::string& folder, bool isFirst);
-    ~OwnRegistry();
-    OwnRegistry(const OwnRegistry&) = delete;
-    OwnRegistry& operator=(const OwnRegistry&) = delete;
-
- private:
-    std::string m_key;
-    bool m_isFirst;
-};
 
 /// While it lives, application data belong into an empty folder of the program, which is "tool".
 class DataFolder {

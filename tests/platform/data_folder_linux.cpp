@@ -5,9 +5,6 @@
 
 namespace brenta::test {
 
-OwnRegistry::OwnRegistry(const std::string&, bool isFirst) : m_isFirst(isFirst) {}
-OwnRegistry::~OwnRegistry() = default;
-
 bool DataFolder::MakeReadOnly(const char* file) const {
     constexpr uid_t kNobody = 65534;
     bool isGood = chmod((*this / file).c_str(), 0444) == 0;

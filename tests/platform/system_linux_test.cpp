@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 using Text = const char*;
 using test::Awaited;
 
-TEST(System, VersionsInTheNamesOfLibraries) {
+TEST(System, VersionsOfFiles) {
     CoreVersion own;
     const test::Scratch scratch;
     std::ofstream(scratch / "libpart.so.4.0.1") << "";
