@@ -72,3 +72,28 @@ count_cases() {
             printf "%d%% tests passed, %d tests failed out of %d (%d skipped)\n", total ? 100 * passed / total : 0, failed, total, skipped
         }' "$1"
 }
+
+# What the library makes of the same random work on both platforms, told by the twins of one program.
+command_agree() {
+    [ $# -eq 0 ] || usage_error "'agree' takes no '$1'."
+    need_packages "${PACKAGES_BUILD[@]}" "${PACKAGES_TEST[@]}" "${PACKAGES_WINDOWS[@]}"
+    need_minizip_source
+    local preset
+    for preset in release windows; do
+        configure_build "$preset" -DBRENTA_BUILD_TESTS=ON
+        run_build "$preset" brenta_agreement
+        rm -rf "build/$preset/agreement" && mkdir -p "build/$preset/agreement"
+    done
+    step "start Windows" windows-start start_windows || exit 1
+    step "random work on Linux" agree-linux env "XDG_DATA_HOME=$PWD/build/release/agreement" \
+        build/release/tests/agreement/brenta_agreement build/release/agreement || exit 1
+    step "random work on Windows" agree-windows tools/wine build/windows/bin/brenta_agreement.exe \
+        build/windows/agreement || exit 1
+    local story result=0
+    for story in build/release/agreement/*.txt; do
+        story=$(basename "$story")
+        step "agree on ${story%.txt}" "agree-${story%.txt}" \
+            diff -a "build/release/agreement/$story" "build/windows/agreement/$story" || result=1
+    done
+    return "$result"
+}
