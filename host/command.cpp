@@ -139,6 +139,7 @@ void Command::Run(std::function<int()> action) {
 
 CommandTree::CommandTree()
     : app("The console host of Brenta Core: lengths, scripts and documents.", "brenta") {
+    app.allow_windows_style_options(false);  // what begins with "/" is a path everywhere
     app.set_version_flag("-V,--version", "brenta " BRENTA_VERSION, "Print the version");
     app.set_help_flag("-h,--help", "Print this help");
     CommandInfo& program = info[&app];
