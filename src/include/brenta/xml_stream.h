@@ -33,8 +33,8 @@
 /// fetched from a network and no file beside the given one is opened, whatever the file asks for: external
 /// entities are empty. Entities that multiply without bound end the parse, and so does what would keep it
 /// busy for minutes: far more than 100000 attributes in one tag, more than 5000 alternatives in one
-/// declaration, and default attributes by the thousand in one element after the other. On Windows, where MSXML
-/// reads, such limits are its own; the reader makes its thread ready for COM.
+/// declaration, and default attributes by the thousand in one element after the other. On Windows, where
+/// MSXML reads, such limits are its own; the reader makes its thread ready for COM.
 ///
 /// Progress. While a file is read the window gets kXmlProgressMessage with whole percents: 0 at the start,
 /// then growing values, none of them twice, and at last 100. The percents are an estimate that is close where

@@ -1,8 +1,6 @@
 #include "sockets.h"
 
-#include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <native_sockets.h>
 
 namespace brenta::test::sockets {
 
@@ -19,41 +17,42 @@ sockaddr_in Loopback(int port) {
 }  // namespace
 
 Socket Bind(int& port) {
-    const int number = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const Native number = New();
     sockaddr_in address = Loopback(0);
-    socklen_t size = sizeof(address);
+    AddressSize size = sizeof(address);
     auto* const general = reinterpret_cast<sockaddr*>(&address);
     if (bind(number, general, size) != 0 || getsockname(number, general, &size) != 0) return -1;
     port = ntohs(address.sin_port);
-    return number;
+    return static_cast<Socket>(number);
 }
 
 bool Listen(Socket listener) {
-    return listen(static_cast<int>(listener), 16) == 0;
+    return listen(static_cast<Native>(listener), 16) == 0;
 }
 
 Socket Accept(Socket listener) {
-    return accept(static_cast<int>(listener), nullptr, nullptr);
+    return static_cast<Socket>(accept(static_cast<Native>(listener), nullptr, nullptr));
 }
 
 Socket Connect(int port) {
-    const int number = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const Native number = New();
     const sockaddr_in address = Loopback(port);
-    if (connect(number, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) return number;
-    close(number);
+    const auto socket = static_cast<Socket>(number);
+    if (connect(number, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) return socket;
+    Close(socket);
     return -1;
 }
 
 std::ptrdiff_t Receive(Socket connection, char* buffer, std::size_t size) {
-    return recv(static_cast<int>(connection), buffer, size, 0);
+    return recv(static_cast<Native>(connection), buffer, static_cast<Size>(size), 0);
 }
 
 std::ptrdiff_t Send(Socket connection, const char* bytes, std::size_t size) {
-    return send(static_cast<int>(connection), bytes, size, MSG_NOSIGNAL);
+    return send(static_cast<Native>(connection), bytes, static_cast<Size>(size), kNoSignal);
 }
 
 void Close(Socket socket) {
-    close(static_cast<int>(socket));
+    CloseNative(static_cast<Native>(socket));
 }
 
 }  // namespace brenta::test::sockets
