@@ -2,23 +2,6 @@
 
 namespace brenta::host {
 
-bool TakesValue(const CLI::Option& option) {
-    return option.get_items_expected_max() > 0;
-}
-
-const CLI::Option* FindOption(const CLI::App& command, const std::string& word) {
-    if (!word.starts_with('-') || word == "--") return nullptr;
-    const bool isLong = word.starts_with("--");
-    const std::size_t equals = isLong ? word.find('=') : std::string::npos;
-    const std::string name = word.substr(isLong ? 2 : 1, equals - (isLong ? 2 : 1));
-    for (const CLI::Option* option : command.get_options()) {
-        const auto& names = isLong ? option->get_lnames() : option->get_snames();
-        if (std::find(names.begin(), names.end(), name) == names.end()) continue;
-        return equals == std::string::npos || TakesValue(*option) ? option : nullptr;
-    }
-    return nullptr;
-}
-
 namespace {
 
 /// "--units=mm" as the two words that it stands for.
@@ -34,14 +17,13 @@ bool AddShortOptions(const CLI::App& command, const std::string& word, std::vect
                      bool& needsValue) {
     std::vector<std::string> found;
     needsValue = false;
-    for (std::size_t i = 1; i < word.size() && !needsValue; ++i) {
+    for (std::size_t i = 1; i < word.size(); ++i) {
         found.push_back(std::string("-") + word[i]);
         const CLI::Option* const option = FindOption(command, found.back());
         if (option == nullptr) return false;
-        needsValue = TakesValue(*option);
-        if (!needsValue || i + 1 == word.size()) continue;
-        found.push_back(word.substr(i + 1));
-        needsValue = false;
+        if (!TakesValue(*option)) continue;
+        needsValue = i + 1 == word.size();
+        if (!needsValue) found.push_back(word.substr(i + 1));
         break;
     }
     options.insert(options.end(), found.begin(), found.end());
@@ -71,6 +53,23 @@ bool AddOption(const CLI::App& command, bool takesDashes, const std::string& wor
 }
 
 }  // namespace
+
+bool TakesValue(const CLI::Option& option) {
+    return option.get_items_expected_max() > 0;
+}
+
+const CLI::Option* FindOption(const CLI::App& command, const std::string& word) {
+    if (!word.starts_with('-') || word == "--") return nullptr;
+    const bool isLong = word.starts_with("--");
+    const std::size_t equals = isLong ? word.find('=') : std::string::npos;
+    const std::string name = word.substr(isLong ? 2 : 1, equals - (isLong ? 2 : 1));
+    for (const CLI::Option* option : command.get_options()) {
+        const auto& names = isLong ? option->get_lnames() : option->get_snames();
+        if (std::find(names.begin(), names.end(), name) == names.end()) continue;
+        return equals == std::string::npos || TakesValue(*option) ? option : nullptr;
+    }
+    return nullptr;
+}
 
 SeparatedWords SeparateOptions(const CommandTree& tree, const CLI::App& command,
                                const std::vector<std::string>& arguments) {
