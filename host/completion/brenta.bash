@@ -61,7 +61,7 @@ _brenta_files() {
     shift 2
     while IFS= read -r file; do
         path=$file
-        [[ $file != '~/'* ]] || path=$HOME/${file:2}
+        [[ $file != \~/* ]] || path=$HOME/${file:2}
         [[ $file == "$current"* && (-e $path || -L $path) ]] || continue
         for extension in "$@"; do
             [[ -d $path || ${file,,} == *."$extension" ]] || continue
