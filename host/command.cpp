@@ -62,20 +62,24 @@ CLI::Option& Command::Added(CLI::Option& option, WordKind kind) {
 }
 
 void Command::Word(const char* name, std::string& value, WordKind kind, const char* help) {
-    Added(*m_app.add_option(name, value, help), kind).required();
+    OptionalWord(name, value, kind, help);
+    m_tree.words[m_last].isRequired = true;
 }
 
 void Command::OptionalWord(const char* name, std::string& value, WordKind kind, const char* help) {
     Added(*m_app.add_option(name, value, help), kind);
+    m_tree.words[m_last].pValue = &value;
 }
 
 void Command::Words(const char* name, std::vector<std::string>& values, WordKind kind, const char* help) {
-    Added(*m_app.add_option(name, values, help), kind).required();
+    OptionalWords(name, values, kind, help);
+    m_tree.words[m_last].isRequired = true;
 }
 
 void Command::OptionalWords(const char* name, std::vector<std::string>& values, WordKind kind,
                             const char* help) {
     Added(*m_app.add_option(name, values, help), kind);
+    m_tree.words[m_last].pValues = &values;
 }
 
 void Command::Suggest(Suggester suggester) {

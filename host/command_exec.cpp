@@ -17,7 +17,10 @@ int Exec(const ExecOptions& options) {
     ConsoleStream messages;
     CCoreScriptEngine engine(TOrderedList<Var>(), &messages);
     Var result;
-    if (!engine.Execute(options.text.c_str(), result, options.units)) return 1;
+    if (!engine.Execute(options.text.c_str(), result, options.units)) {
+        messages.ComplainUnlessDone("the text failed without a message");
+        return 1;
+    }
     if (result.GetKind() != VarKind::Null) PrintLine(TextOf(result));
     return 0;
 }

@@ -102,13 +102,25 @@ int Answer(const CommandTree& tree, const CLI::App& command, const CLI::ParseErr
         PrintLine(HelpText(tree, command));
         return 0;
     }
-    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
-        const std::vector<std::string> extras = command.remaining(true);
-        const bool isOption = !extras.empty() && extras.front().starts_with('-');
-        const std::string word = extras.empty() ? "" : " '" + extras.front() + "'";
-        return Refuse(command, isOption ? "there is no option" + word : "the word" + word + " is too much");
-    }
     return Refuse(command, error.what());
+}
+
+/// Stores the words where the command wants them; says what is wrong with them, "" if nothing is.
+std::string StoreWords(const CommandTree& tree, const CLI::App& command,
+                       const std::vector<std::string>& words) {
+    std::size_t next = 0;
+    for (const CLI::Option* option : command.get_options()) {
+        if (!option->get_positional()) continue;
+        const WordSource& source = tree.words.at(option);
+        if (source.isRequired && next == words.size()) return option->get_name() + " is required";
+        if (source.pValues != nullptr) {
+            for (; next < words.size(); ++next)
+                source.pValues->push_back(words[next]);
+        } else if (next < words.size()) {
+            *source.pValue = words[next++];
+        }
+    }
+    return next < words.size() ? "the word '" + words[next] + "' is too much" : "";
 }
 
 int ParseAndRun(CommandTree& tree, const std::vector<std::string>& words) {
@@ -119,20 +131,25 @@ int ParseAndRun(CommandTree& tree, const std::vector<std::string>& words) {
     const bool hasWord = count < words.size();
     if (!canRun && hasWord && !words[count].starts_with('-')) return RefuseName(command, words[count]);
 
-    std::vector<std::string> arguments = SeparateOptions(tree, words);
+    const auto firstWord = words.begin() + static_cast<std::ptrdiff_t>(count);
+    const SeparatedWords separated = SeparateOptions(tree, command, {firstWord, words.end()});
+    std::vector<std::string> arguments(words.begin(), firstWord);
+    arguments.insert(arguments.end(), separated.options.begin(), separated.options.end());
     std::reverse(arguments.begin(), arguments.end());  // the parser takes words from the back
     try {
         tree.app.parse(arguments);
     } catch (const CLI::ParseError& error) {
         return Answer(tree, command, error);
     }
-    if (canRun) return info->second.run();
-    return Refuse(command, "'" + FullName(command) + "' needs one of " + Listed(CommandNames(command)));
+    if (!separated.unknown.empty())
+        return Refuse(command, "there is no option '" + separated.unknown.front() + "'");
+    if (!canRun)
+        return Refuse(command, "'" + FullName(command) + "' needs one of " + Listed(CommandNames(command)));
+    const std::string problem = StoreWords(tree, command, separated.words);
+    return problem.empty() ? info->second.run() : Refuse(command, problem);
 }
 
-}  // namespace
-
-int RunCommandLine(std::vector<std::string> words) {
+int RunWords(std::vector<std::string> words) {
     CommandTree tree;
     if (words.empty()) {
         if (!InputComesFromTerminal()) {
@@ -146,6 +163,15 @@ int RunCommandLine(std::vector<std::string> words) {
     if (words.front() == kCompletionCommand) return CompletionCommand(tree, rest);
     if (words.front() == kManualCommand) return ManualCommand(tree);
     return ParseAndRun(tree, words);
+}
+
+}  // namespace
+
+int RunCommandLine(const std::vector<std::string>& words) {
+    const int status = RunWords(words);
+    const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    if (!isWritten) Complain("what was to be printed could not all be written");
+    return isWritten || status != 0 ? status : 1;
 }
 
 }  // namespace brenta::host

@@ -7,7 +7,7 @@
 namespace brenta::host {
 
 /// Runs the command that the words behind the program's name ask for. Gives the process's exit status: 0, 1
-/// when the command failed, 2 when the words make no command.
-int RunCommandLine(std::vector<std::string> words);
+/// when the command failed or its output could not be written, 2 when the words make no command.
+int RunCommandLine(const std::vector<std::string>& words);
 
 }  // namespace brenta::host

@@ -49,8 +49,10 @@ int Run(const RunOptions& options) {
     if (!CheckPath(options.file)) return 1;
     ConsoleStream messages;
     CCoreScriptEngine engine(TOrderedList<Var>(), &messages);
-    if (!engine.LoadScriptModule(options.file.c_str())) return 1;
-
+    if (!engine.LoadScriptModule(options.file.c_str())) {
+        messages.ComplainUnlessDone("'" + options.file + "' failed without a message while it was loaded");
+        return 1;
+    }
     std::string function = options.function;
     if (function.empty()) {
         if (!DefinesFunction(engine, kDefaultFunction)) return 0;
@@ -65,7 +67,10 @@ int Run(const RunOptions& options) {
                  DefinedFunctions(engine));
         return 1;
     }
-    if (!engine.RunScript(function.c_str(), result, arguments, false)) return 1;
+    if (!engine.RunScript(function.c_str(), result, arguments, false)) {
+        messages.ComplainUnlessDone("'" + options.file + "': '" + function + "' failed without a message");
+        return 1;
+    }
     if (options.printResult) PrintLine(TextOf(result));
     return 0;
 }

@@ -16,6 +16,11 @@ struct WordSource {
     WordKind kind = WordKind::kText;
     std::vector<std::string> choices;
     Suggester suggest = nullptr;
+    // Words are stored without the parser, which takes some of them for something else ("[1,2]", "{}",
+    // "run"): one of these, for what is no option.
+    std::string* pValue = nullptr;
+    std::vector<std::string>* pValues = nullptr;
+    bool isRequired = false;
 };
 
 struct CommandInfo {

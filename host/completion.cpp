@@ -73,6 +73,7 @@ class Offer {
     explicit Offer(std::string current) : m_current(std::move(current)) {}
 
     void Word(const std::string& word, const std::string& meaning = "") const {
+        if (word.find('\n') != std::string::npos) return;  // shells read a line for each word
         if (word.starts_with(m_current)) PrintLine(meaning.empty() ? word : word + '\t' + meaning);
     }
 

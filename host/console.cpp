@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "brenta/files.h"
+#include "brenta/symbols.h"
 #include "style.h"
 
 namespace brenta::host {
@@ -23,7 +24,7 @@ void AppendList(const Var& list, int depth, std::string& out) {
     for (TIter<Var> item = list.GetListIter(); item.Get() != nullptr; item.Next()) {
         if (!first) out += ", ";
         first = false;
-        if (item.Get()->GetName() != kNoName) {
+        if (HasName(*item.Get())) {
             out += StrPtr(item.Get()->GetName());
             out += " = ";
         }
@@ -41,7 +42,12 @@ void AppendText(const Var& value, int depth, std::string& out) {
             AppendList(value, depth, out);
             break;
         default:
-            out += StrPtr(value.GetString());
+            if (IsFunction(value)) {
+                out += "function ";
+                out += StrPtr(static_cast<const FuncSymbol*>(value.GetRef())->GetName());
+            } else {
+                out += StrPtr(value.GetString());
+            }
     }
 }
 
@@ -72,8 +78,13 @@ void ConsoleStream::OutputPrintStream(const char* text) {
 }
 
 void ConsoleStream::OutputErrStream(const char* text) {
+    m_hasComplained = true;
     std::fflush(stdout);  // so that messages stand behind the output that came before them
     WriteLine(stderr, StyledError(Style::kError, text));
+}
+
+void ConsoleStream::ComplainUnlessDone(const std::string& text) const {
+    if (!m_hasComplained) Complain(text);
 }
 
 void Complain(const std::string& text) {
@@ -96,6 +107,15 @@ bool CheckFile(const std::string& file) {
 
 void PrintLine(const std::string& text) {
     WriteLine(stdout, text);
+}
+
+bool IsFunction(const Var& value) {
+    return value.GetKind() == VarKind::Reference && value.GetName() == kFunctionName &&
+           value.GetRef() != nullptr;
+}
+
+bool HasName(const Var& value) {
+    return value.GetName() != kNoName && value.GetName() != kFunctionName;
 }
 
 std::string TextOf(const Var& value) {

@@ -15,6 +15,12 @@ class ConsoleStream : public CScriptMsgStream {
  public:
     void OutputPrintStream(const char* text) override;
     void OutputErrStream(const char* text) override;
+
+    /// Complains, unless a message has told already what is wrong: some failures of scripts have none.
+    void ComplainUnlessDone(const std::string& text) const;
+
+ private:
+    bool m_hasComplained = false;
 };
 
 /// One line on standard error: "brenta: text".
@@ -29,8 +35,14 @@ bool CheckFile(const std::string& file);
 /// Writes `text` to standard output and ends the line unless the text already does.
 void PrintLine(const std::string& text);
 
+/// Whether a value is a function, which it has instead of a name.
+bool IsFunction(const Var& value);
+
+/// Whether a value has a name that can be shown.
+bool HasName(const Var& value);
+
 /// A value for a person: scalars in their text form, lists as "{1, 2}", structures as "{x = 1, y = 2}", null
-/// as "null".
+/// as "null", functions as "function Name". A member of a structure that holds a function has lost its name.
 std::string TextOf(const Var& value);
 
 /// An element without its children, on one line: tag a="1" b="2" "inner text".

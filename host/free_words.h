@@ -1,4 +1,4 @@
-// Preparing the command line for commands whose words may begin with a dash.
+// Telling the options of a command from its words.
 #pragma once
 
 #include <string>
@@ -8,11 +8,18 @@
 
 namespace brenta::host {
 
-/// Brings a command line into the form "options, --, words", so that a word such as "-25mil" is never taken
-/// for an option. `arguments` holds the words behind the program's name. Only the options that the command
-/// knows are moved to the front; what follows a "--" stays as it is. Command lines of commands that take no
-/// such words are returned as they are.
-std::vector<std::string> SeparateOptions(const CommandTree& tree, const std::vector<std::string>& arguments);
+/// What stands behind a command's name, sorted.
+struct SeparatedWords {
+    std::vector<std::string> options;  ///< those that the command knows, each followed by its value
+    std::vector<std::string> words;    ///< all others, and what follows a "--"
+    std::vector<std::string> unknown;  ///< what looks like an option, where words do not begin with a dash
+};
+
+/// Tells options from words, so that a word is never taken for an option or for the name of a command: it may
+/// be
+/// "-25mil", or a file called "run". `arguments` holds what stands behind the command's name.
+SeparatedWords SeparateOptions(const CommandTree& tree, const CLI::App& command,
+                               const std::vector<std::string>& arguments);
 
 /// The option that a word such as "-u", "--units" or "--units=mm" names; null if the command has none.
 const CLI::Option* FindOption(const CLI::App& command, const std::string& word);

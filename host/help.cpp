@@ -44,21 +44,21 @@ std::string Entry(const std::string& typed, const std::string& meaning) {
 }
 
 /// The words behind the command's name: " FILE [FUNCTION] [ARG...]".
-std::string WordNames(const CLI::App& command) {
+std::string WordNames(const CommandTree& tree, const CLI::App& command) {
     std::string names;
     for (const CLI::Option* option : command.get_options()) {
         if (!option->get_positional()) continue;
         const std::string word = option->get_name() + (option->get_items_expected_max() > 1 ? "..." : "");
-        names += option->get_required() ? " " + word : " [" + word + "]";
+        names += tree.words.at(option).isRequired ? " " + word : " [" + word + "]";
     }
     return names;
 }
 
-std::string Usage(const CLI::App& command) {
+std::string Usage(const CommandTree& tree, const CLI::App& command) {
     std::string line = StyledOutput(Style::kHeading, "Usage:") + " " + FullName(command);
     if (!command.get_subcommands({}).empty())
         return line + (command.get_parent() == nullptr ? " COMMAND ..." : " ACTION ...") + "\n";
-    return line + " [OPTION]..." + WordNames(command) + "\n";
+    return line + " [OPTION]..." + WordNames(tree, command) + "\n";
 }
 
 std::string WordsAndOptions(const CLI::App& command) {
@@ -78,15 +78,15 @@ std::string WordsAndOptions(const CLI::App& command) {
 }
 
 /// The commands of the program under the names of their groups, or the actions of a command.
-std::string Commands(const CLI::App& parent) {
+std::string Commands(const CommandTree& tree, const CLI::App& parent) {
     const bool isProgram = parent.get_parent() == nullptr;
     std::string text, group;
     for (const CLI::App* command : parent.get_subcommands({})) {
         const std::string heading = isProgram ? command->get_group() : "Actions";
         if (heading != group) text += Heading((heading + ":").c_str());
         group = heading;
-        text +=
-            Entry(command->get_name() + (isProgram ? "" : WordNames(*command)), command->get_description());
+        text += Entry(command->get_name() + (isProgram ? "" : WordNames(tree, *command)),
+                      command->get_description());
     }
     return text;
 }
@@ -103,8 +103,8 @@ std::string Examples(const CommandInfo& info) {
 }  // namespace
 
 std::string HelpText(const CommandTree& tree, const CLI::App& command) {
-    std::string text = command.get_description() + "\n\n" + Usage(command);
-    text += Commands(command) + WordsAndOptions(command);
+    std::string text = command.get_description() + "\n\n" + Usage(tree, command);
+    text += Commands(tree, command) + WordsAndOptions(command);
     const auto info = tree.info.find(&command);
     if (info == tree.info.end()) return text;
     if (!info->second.details.empty()) text += "\n" + Wrapped(info->second.details, 0) + "\n";

@@ -31,6 +31,14 @@ std::string Decode(const std::string& line) {
     return entry;
 }
 
+/// Whether there is a file, or none yet. Whatever else has the name, a pipe or a folder, keeps no history:
+/// opening it may wait for ever.
+bool CanKeepEntries(const std::string& file) {
+    std::error_code ignored;
+    const fs::file_status status = fs::status(file, ignored);
+    return fs::is_regular_file(status) || status.type() == fs::file_type::not_found;
+}
+
 /// An empty file that others cannot read, before anything is in it.
 void CreatePrivate(const std::string& file) {
     std::error_code ignored;
@@ -45,7 +53,11 @@ History::History(const std::string& folder) {
     std::error_code error;
     if (fs::create_directories(folder, error)) fs::permissions(folder, fs::perms::owner_all, error);
     m_file = (fs::path(folder) / "history").string();
-    Load();
+    if (CanKeepEntries(m_file)) {
+        Load();
+    } else {
+        m_file.clear();
+    }
 }
 
 void History::Load() {
@@ -57,6 +69,7 @@ void History::Load() {
 
     m_entries.erase(m_entries.begin(), m_entries.end() - kMostEntries);
     const std::string shorter = m_file + ".new";
+    if (!CanKeepEntries(shorter)) return;
     CreatePrivate(shorter);
     std::ofstream out(shorter, std::ios::trunc);
     for (const std::string& entry : m_entries)

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
@@ -76,15 +77,24 @@ int BytesBehind(int first) {
     return first >= 0xF0 ? 3 : first >= 0xE0 ? 2 : first >= 0xC0 ? 1 : 0;
 }
 
+/// Reads a byte. The signals of a new window size, and of going on after Ctrl-Z, interrupt nothing: Ctrl-C
+/// alone does.
+bool ReadByte(unsigned char& byte) {
+    for (;;) {
+        const ssize_t count = read(STDIN_FILENO, &byte, 1);
+        if (count >= 0 || errno != EINTR || wasInterrupted) return count == 1;
+    }
+}
+
 /// Reads a character for libedit. Ctrl-C ends the line: left to itself, libedit would go on with it.
 int ReadCharacter(FILE*) {
     unsigned char byte = 0;
-    const ssize_t count = read(STDIN_FILENO, &byte, 1);
+    const bool isRead = ReadByte(byte);
     if (wasInterrupted) return '\n';
-    if (count != 1) return -1;
+    if (!isRead) return -1;
     const int behind = BytesBehind(byte);
     int character = behind == 0 ? byte : byte & (0x3F >> behind);
-    for (int i = 0; i < behind && read(STDIN_FILENO, &byte, 1) == 1; ++i)
+    for (int i = 0; i < behind && ReadByte(byte); ++i)
         character = character << 6 | (byte & 0x3F);
     const bool isCharacter = character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
     return isCharacter ? character : '?';

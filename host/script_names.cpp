@@ -19,7 +19,7 @@ bool IsNameCharacter(char c) {
 
 /// The object that a value refers to; null if it is none. Functions are references, too.
 CCoreScriptable* ObjectIn(const Var& value) {
-    if (value.GetKind() != VarKind::Reference || value.GetName() == kFunctionName) return nullptr;
+    if (value.GetKind() != VarKind::Reference || IsFunction(value)) return nullptr;
     return static_cast<CCoreScriptable*>(value.GetRef());
 }
 
@@ -40,7 +40,7 @@ void AddDescribed(CCoreScriptable& object, std::set<std::string>& names) {
 std::set<std::string> MembersOf(const Var& value) {
     std::set<std::string> names;
     for (const Var& item : value.GetList())
-        if (item.GetName() != kNoName) names.insert(StrPtr(item.GetName()));
+        if (HasName(item)) names.insert(StrPtr(item.GetName()));
     if (value.IsNumeric()) names.insert("Round");
     if (CCoreScriptable* const object = ObjectIn(value)) AddDescribed(*object, names);
     return names;

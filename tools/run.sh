@@ -39,7 +39,7 @@ command_demo() {
     [ $# -eq 0 ] || usage_error "'demo' takes no '$1'."
     need_packages "${PACKAGES_BUILD[@]}"
     configure_without_tests release
-    run_build release brenta_host
+    run_build release brenta_host brenta_manual # all that is installed
     local brenta=build/release/host/brenta
     headline "Dimension texts, as a user types them  (brenta eval - < examples/dimensions.txt)"
     local lengths

@@ -1,12 +1,15 @@
 // The host's command line, run as a user would.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "host_process.h"
 
 namespace brenta::test {
 namespace {
+
+namespace fs = std::filesystem;
 
 using Lines = std::vector<std::string>;
 
@@ -61,6 +64,41 @@ TEST(ExecCommand, PrintsTheResult) {
         EXPECT_EQ(result.status, status) << words.back();
         EXPECT_EQ(result.errors.empty(), status == 0) << words.back();
     }
+}
+
+TEST(CommandLine, TakesWordsForNothingElse) {
+    std::ofstream(ScratchFolder() / "words.scr")
+        << "class C\n{\n    var x = 1;\n}\nfunction F(a)\n{\n    return \"<\" + a + \">\";\n}\n"
+           "function Two(a, b)\n{\n    return F(a) + F(b);\n}\n"
+           "function Holder()\n{\n    var c as C;\n    c.x = F;\n    return c;\n}\n";
+    fs::copy_file(ScratchFolder() / "words.scr", ScratchFolder() / "run");
+    fs::copy_file(ScratchFolder() / "words.scr", ScratchFolder() / "[x]");
+    const std::pair<Lines, Lines> rows[] = {
+        {{"run", "-r", "words.scr", "Two", "[1,2]", "%%"}, {"<[1,2]><%%>"}},
+        {{"run", "words.scr", "F", "{}", "--result"}, {"<{}>"}},
+        {{"run", "words.scr", "-r", "F", ""}, {"<>"}},
+        {{"run", "words.scr", "-r", "F", "--", "-r"}, {"<-r>"}},
+        {{"run", "-r", "words.scr", "Holder"}, {"{function F}"}},
+        {{"check", "run", "[x]"}, {"run: no errors, 0 warnings", "[x]: no errors, 0 warnings"}},
+        {{"zip", "add", "w.zip", "words.scr", "-j", "run", "[x]"}, {}},
+        {{"zip", "extract", "-od[zip]", "w.zip", "run"}, {}},
+        {{"check", "[zip]/run"}, {"[zip]/run: no errors, 0 warnings"}},
+    };
+    for (const auto& [words, output] : rows) {
+        const HostResult result = RunHost(words);
+        EXPECT_EQ(result.output, output) << words.back();
+        EXPECT_EQ(result.status, 0) << words.back();
+        EXPECT_EQ(result.errors, Lines{}) << words.back();
+    }
+}
+
+TEST(RunCommand, SaysThatItFailedWhereTheScriptSaysNothing) {
+    std::ofstream(ScratchFolder() / "silent.scr")
+        << "function Main()\n{\n    for (var i = 0; i < 1; i = i + 1) {}\n"
+           "    for (var i = 0; i < 1; i = i + 1) {}\n}\n";
+    const HostResult result = RunHost({"run", "silent.scr"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, Lines{"brenta: 'silent.scr': 'Main' failed without a message"});
 }
 
 TEST(RunCommand, ReportsAWrongPathInOneLine) {

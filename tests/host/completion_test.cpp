@@ -22,6 +22,7 @@ void PrepareFolder() {
     fs::current_path(ScratchFolder() / "complete");
     std::ofstream("panel.scr") << "function Main()\n{\n}\nfunction Fit (a)\n{\n}\n";
     std::ofstream("panel with blanks.SCR").flush();
+    std::ofstream("panel\nboards.scr").flush();  // its pieces are no names
     std::ofstream("parts.lbr").flush();
     RunHost({"config", "set", "Grid", "Step", "25"});
     RunHost({"zip", "add", "-j", "complete/a.zip", "complete/panel.scr"});
@@ -79,6 +80,10 @@ TEST(Completion, WorksInBash) {
         {"brenta zip extract -d ''", {"boards"}},
         {"brenta report par", {"parts.lbr"}},
         {"brenta registry get HKL", {"HKLM\\\\"}},
+        {"brenta run 'panel\\ w'", {"panel with blanks.SCR"}},
+        {"brenta run '\"panel w'", {"panel with blanks.SCR"}},
+        {"brenta zip extract '\"a\".\\zip' ''", {"panel.scr"}},
+        {"brenta registry get \\'HKL", {"HKLM\\"}},
         {"brenta xml a b ''", {}}};
     for (const auto& [words, offered] : rows) {
         const Lines lines = CompleteInBash(words);

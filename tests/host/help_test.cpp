@@ -64,6 +64,7 @@ TEST(Help, SaysWhatIsWrongAndWhereTheRightWayStands) {
         {{"xml", "--fast", "a"}, "there is no option '--fast'", " xml"},
         {{"xml", "a", "b"}, "the word 'b' is too much", " xml"},
         {{"config", "get", "a"}, "KEY is required", " config get"},
+        {{"exec", "1", "2"}, "the word '2' is too much", " exec"},
         {{"registry", "set", "a", "b", "c", "-t"}, "--type: 1 required TYPE missing", " registry set"}};
     for (const auto& [words, problem, path] : rows) {
         const HostResult result = RunHost(words);

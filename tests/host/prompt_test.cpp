@@ -78,6 +78,23 @@ TEST(Terminal, CompletesAndRemembersAtThePrompt) {
     EXPECT_EQ(SplitLines(ReadText(history.string()))[9], "\"\xC3\xA9\\\\n\"");
 }
 
+TEST(Terminal, GoesOnWhenTheWindowChangesOrTheHistoryIsAPipe) {
+    const std::string folder = ScratchFolder().string();
+    const std::string line =
+        "mkdir -p '" + folder + "/pipe/brenta' && mkfifo '" + folder + "/pipe/brenta/history' && " +
+        "(sleep 1; echo '6 * 7'; echo :quit) | XDG_STATE_HOME='" + folder + "/pipe' timeout 20 " +
+        "script -qec '(sleep 0.5; kill -WINCH $$; sleep 0.2; kill -CONT $$) & exec " + BRENTA_HOST_PROGRAM +
+        "' /dev/null >'" + folder + "/seen'";
+    EXPECT_EQ(std::system(line.c_str()), 0);
+    EXPECT_NE(ReadText(folder + "/seen").find("42"), std::string::npos);
+}
+
+TEST(Output, ThatCannotBeWrittenIsAFailure) {
+    const std::string program = std::string("'") + BRENTA_HOST_PROGRAM + "' eval 1 2>/dev/null";
+    EXPECT_NE(std::system((program + " >/dev/full").c_str()), 0);
+    EXPECT_EQ(std::system((program + " >/dev/null").c_str()), 0);
+}
+
 TEST(Terminal, ShowsTablesAndColoursToPersonsOnly) {
     const std::string plain = AtTerminal("eval 1mil", "", "NO_COLOR=1");
     EXPECT_NE(plain.find("millimetres"), std::string::npos) << plain;
