@@ -240,7 +240,8 @@ RegistryError WriteVeiledText(const Place& place, std::string_view name, std::st
 RegistryError SaveTree(const Place& source, const Place& scratch) {
     Tree tree;
     RegistryError error = At(source, KEY_READ, [&](const Key& key) { return ReadTree(key, tree); });
-    if (error == RegistryError::None) error = DeleteKey(scratch);
+    if (error != RegistryError::None) return error;
+    error = DeleteKey(scratch);
     if (error != RegistryError::None && error != RegistryError::NotFound) return error;
     const Key root(scratch.root);
     const std::wstring name = Widened(scratch.path.Names().front());

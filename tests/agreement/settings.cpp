@@ -21,7 +21,7 @@ constexpr const char* kValues[] = {"1",       "-25",    "text",  "two words", "C
 
 /// Lines as people write them.
 std::string IniFile(Chooser& choose) {
-    static constexpr const char* kOdd[] = {"; note", "#k=1", "", "lonely", " = no key", "[open", "\t"};
+    static constexpr const char* kOdd[] = {"; note", "#k=1", "", "lonely", "[open", "\t"};
     const char* const end = choose.Chance(40) ? "\r\n" : "\n";
     std::string text;
     for (int lines = choose.Below(12); lines > 0; --lines) {
@@ -145,9 +145,10 @@ std::string WriteOne(Chooser& choose, CCoreRegistry& key, const char* name) {
 
 std::string ListAll(CCoreRegistry& key) {
     TOrderedList<CoreString> values, keys;
-    std::string text = std::to_string(key.GetValueNames(values)) + Listed(values);
-    text += " " + std::to_string(key.GetSubKeyNames(keys)) + Listed(keys);
-    return text + " " + std::to_string(key.GetValueCount()) + " " + std::to_string(key.GetSubKeyCount());
+    std::string text = std::to_string(key.GetValueNames(values));
+    text += Listed(values) + " " + std::to_string(key.GetSubKeyNames(keys));
+    text += Listed(keys) + " " + std::to_string(key.GetValueCount());
+    return text + " " + std::to_string(key.GetSubKeyCount());
 }
 
 std::string RegistryStep(Chooser& choose, CCoreRegistry& key) {
