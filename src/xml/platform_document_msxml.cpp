@@ -69,6 +69,7 @@ class MsxmlDocument final : public PlatformDocument {
         os::Replacement file;
         if (path == nullptr || !file.Create(path)) return false;
         const ComArgument name(ToWide(file.NewPath()));
+        RenewDeclaration();
         return m_document->save(name.Value()) == S_OK && file.Commit();
     }
 
@@ -86,6 +87,23 @@ class MsxmlDocument final : public PlatformDocument {
     }
 
  private:
+    /// Puts a declaration of the same text in place of the one that was loaded. Wine writes the encoding that
+    /// a declaration names only where the document was built with it, and would write UTF-8 under another's
+    /// name.
+    void RenewDeclaration() {
+        const ComPointer<::IXMLDOMNode> old = FirstChild(*m_document);
+        ComText name;
+        ComValue data;
+        if (!old || TypeOf(*old) != ::NODE_PROCESSING_INSTRUCTION || old->get_nodeName(name.Out()) != S_OK ||
+            name.Wide() != L"xml" || old->get_nodeValue(data.Out()) != S_OK)
+            return;
+        ComPointer<::IXMLDOMProcessingInstruction> fresh;
+        ComPointer<::IXMLDOMNode> replaced;
+        const ComArgument target(name.Wide()), text(data.Text());
+        if (m_document->createProcessingInstruction(target.Text(), text.Text(), fresh.Out()) == S_OK)
+            m_document->replaceChild(fresh.Get(), old.Get(), replaced.Out());
+    }
+
     /// Whether a load has succeeded; if not, why.
     bool Explain(HRESULT result, ParseFault& fault) {
         if (result == S_OK) return true;
