@@ -185,6 +185,10 @@ TEST(Registry, SaveAndRestore) {
 
     { EXPECT_TRUE(At("S").SaveKey()); }
     EXPECT_EQ(SubKeys(user), Texts{"S"});
+    At gone("S\\Gone");
+    EXPECT_TRUE(gone.DeleteKey("S\\Gone"));
+    EXPECT_FALSE(gone.SaveKey());
+    EXPECT_EQ(gone.GetLastErrorCode(), 2u);
 }
 
 const test::ChildWork kWritesOften("Registry.WritesOften", [](const Texts& words) {
