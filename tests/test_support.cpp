@@ -34,6 +34,10 @@ RecordingHost::RecordingHost() {
         text = "resource";
         return id == 7;
     };
+    services.shellOpen = [](void* self, const char* target) {
+        static_cast<RecordingHost*>(self)->opened.emplace_back(target);
+        return true;
+    };
     SetHostServices(services);
 }
 

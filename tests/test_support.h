@@ -54,6 +54,8 @@ class RecordingHost {
 
     /// The messages so far as "text|type", oldest first.
     Texts shown;
+    /// What it was to open.
+    Texts opened;
     int answer = 42;
 };
 

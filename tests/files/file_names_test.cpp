@@ -2,11 +2,10 @@
 
 #include <filesystem>
 #include <fstream>
-#include <string_view>
 
 #include "test_support.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 using Text = const char*;
@@ -90,7 +89,7 @@ TEST(FileNames, LegalNames) {
 TEST(FileNames, FormsAndExistence) {
     EXPECT_EQ(NormalizeFilename("a/B\\c\xE9", true), "A/B\\C\xE9");
     EXPECT_EQ(NormalizeFilename("a/B\\c", false), "a/B\\c");
-    const test::Scratch scratch;
+    const Scratch scratch;
     const CoreString folder(scratch / "folder"), file = AppendPaths(folder, "board.brd");
     std::filesystem::create_directory(folder());
     std::ofstream(scratch / "folder/board.brd") << "x";
@@ -102,7 +101,7 @@ TEST(FileNames, FormsAndExistence) {
     }
     EXPECT_FALSE(FileExists(nullptr) || DirectoryExists(nullptr));
     EXPECT_TRUE(DirectoryExists(AppendPaths(folder, "")));
-    const std::string longest = test::Repeat("a/", 50000);
+    const std::string longest = Repeat("a/", 50000);
     EXPECT_FALSE(FileExists(longest.c_str()) || DirectoryExists(longest.c_str()));
     EXPECT_EQ(StripFileName((longest + "b").c_str()).GetLength(), 99999);
     EXPECT_EQ(NormalizeFilename(longest.c_str(), true).GetLength(), 100000);
@@ -110,4 +109,4 @@ TEST(FileNames, FormsAndExistence) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -5,12 +5,11 @@
 #include "brenta/host.h"
 #include "test_support.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 namespace fs = std::filesystem;
 using Text = const char*;
-using test::Texts;
 
 /// The texts of a result behind a prefix that all have in common.
 Texts Found(const TOrderedList<STRID>& list, std::size_t prefix = 0) {
@@ -21,17 +20,17 @@ Texts Found(const TOrderedList<STRID>& list, std::size_t prefix = 0) {
 }
 
 TEST(FindFiles, FolderByFolderSortedByBytes) {
-    const test::Scratch scratch;
+    const Scratch scratch;
     const std::string folder = scratch / "top";
     fs::create_directories(folder + "/b/deep");
     fs::create_directories(folder + "/C");
     for (Text name : {"z.brd", "A.BRD", "a.txt", "b/x.brd", "b/deep/y.brd", "C/q.brd"})
         std::ofstream(folder + "/" + name) << name;
-    if (!test::kIsWindows) std::ofstream(folder + "/b\\odd.brd") << "a name that nobody can pass";
+    if (!kIsWindows) std::ofstream(folder + "/b\\odd.brd") << "a name that nobody can pass";
     std::error_code noLinks;
     fs::create_directory_symlink("..", folder + "/b/up", noLinks);
     if (!noLinks) fs::create_symlink("none", folder + "/dangling.brd");
-    ASSERT_TRUE(!noLinks || test::kIsWindows);
+    ASSERT_TRUE(!noLinks || kIsWindows);
     const std::tuple<Text, bool, Texts> rows[] = {
         {"*.brd", false, {"A.BRD", "z.brd"}},
         {"*.brd", true, {"A.BRD", "z.brd", "C\\q.brd", "b\\x.brd", "b\\deep\\y.brd"}},
@@ -107,4 +106,4 @@ TEST(FindFiles, FoldersAreChosenThroughTheHost) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -9,12 +9,10 @@
 #include "brenta/host.h"
 #include "test_support.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 namespace fs = std::filesystem;
-using test::Scratch;
-using test::Texts;
 
 void WriteText(const std::string& path, const std::string& text) {
     std::ofstream(path, std::ios::binary) << text;
@@ -112,10 +110,10 @@ TEST(Zip, AnArchiveThatIsReadAgainAndAgainIsTheOneThatIsThere) {
     const Scratch scratch;
     const std::string archive = scratch / "a.zip", other = scratch / "b.zip";
     for (const char* text : {"one", "two"}) {
-        EXPECT_TRUE(Put(other, "x", text) && Put(other, "y", test::Repeat(text, 100000)));
+        EXPECT_TRUE(Put(other, "x", text) && Put(other, "y", Repeat(text, 100000)));
         fs::last_write_time(other, fs::last_write_time(other) - std::chrono::hours(1));
         fs::rename(other, archive);
-        test::OnThreads(3, [&](int) {
+        OnThreads(3, [&](int) {
             for (int i = 0; i < 50; ++i) {
                 EXPECT_EQ(Get(archive, i % 3 == 0 ? "y" : "x").substr(0, 3), text);
                 EXPECT_EQ(Get(archive, "none"), "-");
@@ -204,7 +202,7 @@ TEST(Zip, DamagedArchivesAreRefusedAndKept) {
     const Scratch scratch;
     const std::string archive = scratch / "a.zip", text(5000, 'r');
     ASSERT_TRUE(Put(archive, "stay", "s") && Put(archive, "name", text));
-    const std::string good = test::ReadFile(archive);
+    const std::string good = ReadFile(archive);
     const std::size_t end = good.size() - 22, entry = good.rfind("PK\1\2");
     const std::size_t local = good.find("PK\3\4", 4);
     struct Row {
@@ -242,7 +240,7 @@ TEST(Zip, DamagedArchivesAreRefusedAndKept) {
         WriteText(archive, row.bytes);
         EXPECT_EQ(Get(archive, "name"), row.read) << row.what;
         EXPECT_EQ(Put(archive, "new", "n"), row.grows) << row.what;
-        EXPECT_EQ(test::ReadFile(archive) == row.bytes, !row.grows) << row.what;
+        EXPECT_EQ(ReadFile(archive) == row.bytes, !row.grows) << row.what;
         EXPECT_EQ(Get(archive, "new"), row.grows ? "n" : "-") << row.what;
     }
     for (std::size_t size = 1; size < good.size(); ++size) {
@@ -257,4 +255,4 @@ TEST(Zip, DamagedArchivesAreRefusedAndKept) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

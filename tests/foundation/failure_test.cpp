@@ -1,8 +1,6 @@
 // Forced crashes, CoreException, the host's services and the modules.
 #include "brenta/failure.h"
 
-#include <cstddef>
-
 #include "brenta/host.h"
 #include "test_support.h"
 

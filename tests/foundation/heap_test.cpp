@@ -7,10 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
-#include <random>
 #include <set>
-#include <thread>
-#include <vector>
 
 #include "brenta/containers.h"
 #include "test_support.h"

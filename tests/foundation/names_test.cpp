@@ -7,7 +7,7 @@
 #include "foundation/name_index.h"
 #include "test_support.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 TEST(Names, EqualTextsHaveOneIdentifierThroughEveryEntry) {
@@ -40,7 +40,7 @@ void CompareWithMap(int pageSize, int steps) {
     std::unordered_map<std::string, STRID> known;
     std::mt19937 random(1);
     for (int step = 0; step < steps; ++step) {
-        const std::string text = test::RandomText(random, "ab01\xE9", 19) + "ab01\xE9"[random() % 5];
+        const std::string text = RandomText(random, "ab01\xE9", 19) + "ab01\xE9"[random() % 5];
         ASSERT_EQ(table.IsId(text.c_str()), known.contains(text)) << text;
         const STRID name = table.StrId(text.c_str());
         ASSERT_EQ(known.emplace(text, name).first->second, name) << text;
@@ -131,4 +131,4 @@ TEST(Names, ComparisonAndUpperCase) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -4,7 +4,7 @@
 
 #include "test_support.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 constexpr auto kBeyond = static_cast<CoreUnits>(5);
@@ -14,7 +14,7 @@ TEST(Units, NamesBothWays) {
     for (int i = 0; i < 4; ++i)
         EXPECT_EQ(StringToUnits(names[i]), static_cast<CoreUnits>(i + 1));
     EXPECT_STREQ(UnitsToString(kCentimeters), "Centimeters");
-    test::CrashRecorder recorder;
+    CrashRecorder recorder;
     for (CoreUnits unknown : {kUnitsNone, kBeyond})
         EXPECT_STREQ(UnitsToString(unknown), "Error");
     EXPECT_EQ(recorder.Last().SiteCode(), 0x05037001u);
@@ -24,7 +24,7 @@ TEST(Units, NamesBothWays) {
     EXPECT_STREQ(recorder.Last().File(), "Units");
     const char *const kUnknown = "Forced crash! \"Unknown units type.\"",
                       *const kText = "Forced crash! \"Unknown units type in StringToUnits\"";
-    EXPECT_EQ(recorder.Messages(), (test::Texts{kUnknown, kUnknown, kText, kText, kText}));
+    EXPECT_EQ(recorder.Messages(), (Texts{kUnknown, kUnknown, kText, kText, kText}));
 }
 
 TEST(Units, Formatting) {
@@ -54,4 +54,4 @@ TEST(Units, VisiblePrecision) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

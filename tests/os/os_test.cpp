@@ -2,7 +2,6 @@
 #include "os/os.h"
 
 #include <filesystem>
-#include <thread>
 
 #include "test_support.h"
 
@@ -44,6 +43,10 @@ TEST(Os, ReadsRegularFilesWhole) {
 }
 
 TEST(Os, KnowsItsProcess) {
+    test::SetVariable("BRENTA_ABSENT", nullptr);
+    std::string value = "old";
+    EXPECT_FALSE(GetEnvironment("BRENTA_ABSENT", value) || GetEnvironment(nullptr, value));
+    EXPECT_EQ(value, "old");
     EXPECT_TRUE(std::filesystem::exists(ExecutablePath()));
     EXPECT_FALSE(DebuggerAttached() || LibraryIsUnloading());
     const auto stackLeft = [] {

@@ -1,7 +1,6 @@
 // The shared library comes and goes in a living process and leaves nothing behind; sanitizer builds prove the
 // latter.
 #include <atomic>
-#include <cstddef>
 #include <cstdlib>
 #include <type_traits>
 

@@ -5,11 +5,8 @@
 #include "made_up_network.h"
 #include "os/programs.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
-
-using test::MadeUpNetwork;
-using test::Texts;
 
 void SetMachineValue(const char* key, const char* value) {
     CCoreRegistry registry(HKEY_LOCAL_MACHINE);
@@ -68,4 +65,4 @@ TEST(Browser, Failures) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 
 #include "brenta/host.h"
 #include "child_process.h"
@@ -28,8 +27,6 @@ class DataFolder {
         Serve();
     }
     ~DataFolder() { SetHostServices({}); }
-    DataFolder(const DataFolder&) = delete;
-    DataFolder& operator=(const DataFolder&) = delete;
 
     /// From now on the folder is unknown.
     void Forget() { m_path.clear(); }

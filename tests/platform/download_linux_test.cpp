@@ -3,7 +3,6 @@
 
 #include <sys/wait.h>
 #include <csignal>
-#include <filesystem>
 #include <fstream>
 
 #include "brenta/http.h"
@@ -11,20 +10,13 @@
 #include "made_up_network.h"
 #include "platform/http_client.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
-
-using test::LoopbackServer;
-using test::MadeUpNetwork;
-using test::Page;
-using test::ReadFile;
-using test::Scratch;
-using test::Texts;
 
 /// A real proxy on the loopback while it lives.
 class Proxy {
  public:
-    explicit Proxy(const char* credentials) : m_port(test::FreePort()) {
+    explicit Proxy(const char* credentials) : m_port(FreePort()) {
         const std::string file = m_folder / "proxy.conf";
         std::ofstream(file) << "Listen 127.0.0.1\nPort " << m_port << "\nAllow 127.0.0.1\nLogLevel Critical\n"
                             << credentials;
@@ -38,8 +30,6 @@ class Proxy {
         kill(m_process, SIGTERM);
         waitpid(m_process, nullptr, 0);
     }
-    Proxy(const Proxy&) = delete;
-    Proxy& operator=(const Proxy&) = delete;
 
     std::string Address() const { return "127.0.0.1:" + std::to_string(m_port); }
 
@@ -110,11 +100,11 @@ TEST(Download, NeverPassesByAProxyOfSocks) {
     MadeUpNetwork host;
     const LoopbackServer server({{"/file", Page("content")}});
     host.settings.flags = kNamedProxy;
-    host.settings.proxyList = ("socks=127.0.0.1:" + std::to_string(test::FreePort())).c_str();
+    host.settings.proxyList = ("socks=127.0.0.1:" + std::to_string(FreePort())).c_str();
     const std::string url = server.Address() + "/file", file = host.data / "file";
     EXPECT_EQ(DownloadFile(url.c_str(), file.c_str(), nullptr, nullptr), 0);
     EXPECT_EQ(server.Requests(), Texts{});
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

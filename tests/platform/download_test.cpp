@@ -1,6 +1,5 @@
 #include "platform/download.h"
 
-#include <filesystem>
 #include <fstream>
 
 #include "brenta/http.h"
@@ -9,17 +8,8 @@
 #include "made_up_network.h"
 #include "platform/network_backend.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
-
-using test::kHttpReasons;
-using test::LoopbackServer;
-using test::MadeUpNetwork;
-using test::Page;
-using test::ReadFile;
-using test::Reply;
-using test::Scratch;
-using test::Texts;
 
 constexpr char kStated[] = "Error downloading newer version of Brenta";
 
@@ -152,4 +142,4 @@ TEST(Download, AsksAgainForARefusedLogin) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

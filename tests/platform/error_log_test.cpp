@@ -2,29 +2,11 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
-#include "brenta/host.h"
 #include "test_support.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
-
-/// A desktop that keeps what it was to open.
-struct Desktop {
-    Desktop() {
-        HostServices services;
-        services.context = this;
-        services.shellOpen = [](void* self, const char* target) {
-            static_cast<Desktop*>(self)->opened.emplace_back(target);
-            return true;
-        };
-        SetHostServices(services);
-    }
-    ~Desktop() { SetHostServices({}); }
-
-    test::Texts opened;
-};
 
 const char* const kTop =
     "<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.0 Transitional//EN\">\n<html>\n  <head>\n    "
@@ -54,18 +36,12 @@ std::string Row(const char* background, const char* colour, const std::string& t
            "</FONT>\n            </TD>\n          </TR>\n";
 }
 
-/// A text file with the platform's line ends as line feeds.
-std::string ReadText(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST(ErrorLog, ThePageToTheByte) {
-    const test::Scratch scratch;
+    const Scratch scratch;
     const std::string report = scratch / "report.html", large(1000000, '%');
     const char *even = "#afafaf", *odd = "#efefef";
     struct {
-        test::Texts lines;
+        Texts lines;
         std::string rows;
     } const lists[] = {{{}, ""},
                        {{"plain"}, Row(even, "#000000", "plain")},
@@ -83,27 +59,27 @@ TEST(ErrorLog, ThePageToTheByte) {
          "  <P>&nbsp;</P>\n"}};
     for (const auto& list : lists) {
         for (const auto& [text, url, link] : links) {
-            const Desktop desktop;
+            const RecordingHost desktop;
             TOrderedList<CoreString> lines;
             for (const std::string& line : list.lines)
                 lines.Add(line.c_str());
             EmitLogFile(report.c_str(), "<i>T</i>", lines, text, url);
-            EXPECT_EQ(ReadText(report) == Page("<i>T</i>", list.rows, link), true) << link;
-            EXPECT_EQ(desktop.opened, test::Texts{report});
+            EXPECT_EQ(ReadTextFile(report) == Page("<i>T</i>", list.rows, link), true) << link;
+            EXPECT_EQ(desktop.opened, Texts{report});
         }
     }
-    const Desktop desktop;
+    const RecordingHost desktop;
     TOrderedList<CoreString> none;
     for (const char* path : {static_cast<const char*>(nullptr), "", "/", "/none/report"})
         EmitLogFile(path, nullptr, none, nullptr, nullptr);
     EXPECT_TRUE(desktop.opened.empty());
     EmitLogFile(report.c_str(), nullptr, none, nullptr, nullptr);
-    EXPECT_EQ(ReadText(report), Page("", "", ""));
+    EXPECT_EQ(ReadTextFile(report), Page("", "", ""));
 }
 
 TEST(ErrorLog, PlacesAndCounts) {
-    const Desktop desktop;
-    const test::Scratch scratch;
+    const RecordingHost desktop;
+    const Scratch scratch;
     const std::string report = scratch / "report.html";
     CErrorLog log;
     EXPECT_STREQ(log.GetClassName(), "CErrorLog");
@@ -133,12 +109,13 @@ TEST(ErrorLog, PlacesAndCounts) {
     EXPECT_FALSE(log.AnyWarningsOrErrors());
     copy.Error("last");
     copy.ShowLog(report.c_str(), "T");
-    EXPECT_EQ(ReadText(report), Page("T", expected + Row("#efefef", "#ff0000", "%d(-3) : error: last"), ""));
+    EXPECT_EQ(ReadTextFile(report),
+              Page("T", expected + Row("#efefef", "#ff0000", "%d(-3) : error: last"), ""));
     log.Error("alone");
     EXPECT_TRUE(log.AnyWarningsOrErrors());
     log.ShowLog(report.c_str(), "T");
-    EXPECT_EQ(ReadText(report), Page("T", Row("#afafaf", "#000000", "alone"), "")) << "no place is left";
+    EXPECT_EQ(ReadTextFile(report), Page("T", Row("#afafaf", "#000000", "alone"), "")) << "no place is left";
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

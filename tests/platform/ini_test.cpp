@@ -6,11 +6,10 @@
 #include "data_folder.h"
 #include "platform/ini_text.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 using std::string_view;
-using test::DataFolder;
 
 TEST(IniText, Finds) {
     // File, section, key, value; "-" if there is none.
@@ -109,10 +108,10 @@ TEST(AppValues, ReadBackOrRefused) {
         EXPECT_FALSE(SetAppValue(section, key, value)) << value;
     TOrderedList<CoreString> names;
     EXPECT_TRUE(GetAppNames("S", names));
-    EXPECT_EQ(test::Texts(names.begin(), names.end()), (test::Texts{"k", "min"}));
+    EXPECT_EQ(Texts(names.begin(), names.end()), (Texts{"k", "min"}));
     EXPECT_TRUE(GetAppNames(nullptr, names));
-    EXPECT_EQ(test::Texts(names.begin(), names.end()), test::Texts{"S"});
-    EXPECT_TRUE(test::IsForUserAlone(folder / "tool") && test::IsForUserAlone(folder / "tool/tool.ini"));
+    EXPECT_EQ(Texts(names.begin(), names.end()), Texts{"S"});
+    EXPECT_TRUE(IsForUserAlone(folder / "tool") && IsForUserAlone(folder / "tool/tool.ini"));
     // A folder in the file's place is not touched, and without a place there are no settings.
     std::filesystem::remove(folder / "tool/tool.ini");
     std::filesystem::create_directory(folder / "tool/tool.ini");
@@ -121,8 +120,8 @@ TEST(AppValues, ReadBackOrRefused) {
     EXPECT_FALSE(SetAppValue("S", "k", "v") || GetAppValue("S", "k", text));
 }
 
-const test::ChildWork kReadsOnly("AppValues.ReadsOnly", [](const test::Texts& words) {
-    const DataFolder folder(test::Scratch::Known{words[0]});
+const ChildWork kReadsOnly("AppValues.ReadsOnly", [](const Texts& words) {
+    const DataFolder folder(Scratch::Known{words[0]});
     int number = 0;
     return folder.MakeReadOnly("tool/tool.ini") && !SetAppValue("S", "k", 2) &&
            GetAppValue("S", "k", number) && number == 1;
@@ -131,9 +130,9 @@ const test::ChildWork kReadsOnly("AppValues.ReadsOnly", [](const test::Texts& wo
 TEST(AppValues, AFileThatMayNotBeWritten) {
     const DataFolder folder;
     ASSERT_TRUE(SetAppValue("S", "k", 1));
-    const std::string before = test::ReadFile(folder / "tool/tool.ini");
+    const std::string before = ReadFile(folder / "tool/tool.ini");
     EXPECT_TRUE(kReadsOnly.Start({folder.ScratchPath()}).Succeeds());
-    EXPECT_EQ(test::ReadFile(folder / "tool/tool.ini"), before);
+    EXPECT_EQ(ReadFile(folder / "tool/tool.ini"), before);
 }
 
 TEST(AppValues, FollowTheFile) {
@@ -148,8 +147,8 @@ TEST(AppValues, FollowTheFile) {
 }
 
 constexpr int kWrites = 25;
-const test::ChildWork kWritesOften("AppValues.WritesOften", [](const test::Texts& words) {
-    const DataFolder folder(test::Scratch::Known{words[0]});
+const ChildWork kWritesOften("AppValues.WritesOften", [](const Texts& words) {
+    const DataFolder folder(Scratch::Known{words[0]});
     bool good = true;
     for (int i = 0; i < kWrites; ++i)
         good &= SetAppValue("S", (words[1] + "," + std::to_string(i)).c_str(), i);
@@ -195,4 +194,4 @@ TEST(RegValues, AreTheHostsOrInTheRegistry) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -4,8 +4,6 @@
 #include <atomic>
 #include <map>
 #include <mutex>
-#include <string>
-#include <thread>
 
 #include "sockets.h"
 #include "test_support.h"
@@ -27,8 +25,6 @@ class LoopbackServer {
     /// Replies by path ("/name"); any other is not found.
     explicit LoopbackServer(std::map<std::string, Reply> replies);
     ~LoopbackServer();
-    LoopbackServer(const LoopbackServer&) = delete;
-    LoopbackServer& operator=(const LoopbackServer&) = delete;
 
     std::string Address() const { return "http://127.0.0.1:" + std::to_string(m_port); }
     /// The heads of the requests so far.

@@ -66,8 +66,6 @@ class MadeUpNetwork {
         SetHostServices(services);
     }
     ~MadeUpNetwork() { SetHostServices({}); }
-    MadeUpNetwork(const MadeUpNetwork&) = delete;
-    MadeUpNetwork& operator=(const MadeUpNetwork&) = delete;
 
     const Scratch data;
     const OwnRegistry registry{data.Path(), true};

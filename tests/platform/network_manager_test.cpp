@@ -6,10 +6,8 @@
 #include "os/programs.h"
 #include "platform/routes.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
-
-using test::MadeUpNetwork;
 
 TEST(NetworkManager, AnswersStandForAMinute) {
     // Seconds later; tests by then.
@@ -30,9 +28,8 @@ TEST(NetworkManager, AnswersStandForAMinute) {
 }
 
 TEST(NetworkManager, Connection) {
-    const test::LoopbackServer server({});
-    const std::string open = server.Address(),
-                      closed = "http://127.0.0.1:" + std::to_string(test::FreePort());
+    const LoopbackServer server({});
+    const std::string open = server.Address(), closed = "http://127.0.0.1:" + std::to_string(FreePort());
     // Flags, whether there is the web service, whether online, web site; whether connected.
     const std::tuple<int, bool, bool, std::string, bool> rows[] = {
         {1, false, true, open, true},    {1, false, true, closed, false}, {1, false, true, "", false},
@@ -98,7 +95,7 @@ TEST(NetworkManager, Copies) {
 
     CSemaphore lock;
     CNetworkManager shared;
-    test::OnThreads(4, [&](int) {
+    OnThreads(4, [&](int) {
         CNetworkManager own;
         for (int i = 0; i < 100; ++i) {
             CNetworkManager::ThreadSafeCopy(shared, from, &lock);
@@ -187,4 +184,4 @@ TEST(Routes, Default) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -4,10 +4,8 @@
 #include "made_up_network.h"
 #include "proxy_script.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
-
-using test::MadeUpNetwork;
 
 int AnswerFor(const std::string& host, std::string& answer) {
     if (host == "broken") return kProxyBadScript;
@@ -69,7 +67,7 @@ TEST(ProxyDiscovery, Steps) {
         EXPECT_STREQ(manager.m_proxyList, list) << what;
         EXPECT_STREQ(manager.m_bypassList, bypass) << what;
     }
-    EXPECT_EQ(network.shown, test::Texts{});
+    EXPECT_EQ(network.shown, Texts{});
 }
 
 TEST(ProxyDiscovery, NoSettings) {
@@ -81,9 +79,9 @@ TEST(ProxyDiscovery, NoSettings) {
     network.endpoints[Endpoint::WebService] = "http://x/";
     EXPECT_TRUE(manager.AssumeConnectedToInternet());
     EXPECT_FALSE(GetClientInternetProxyInfo(L"http://x/", manager, false));
-    EXPECT_EQ(network.shown, test::Texts{});
+    EXPECT_EQ(network.shown, Texts{});
     EXPECT_FALSE(GetClientInternetProxyInfo(nullptr, manager, true));
-    EXPECT_EQ(network.shown, test::Texts{"Could not obtain internet proxy information|0"});
+    EXPECT_EQ(network.shown, Texts{"Could not obtain internet proxy information|0"});
     EXPECT_STREQ(manager.m_proxyList, "old");
 }
 
@@ -142,10 +140,10 @@ TEST(ProxyDiscovery, Targets) {
 
 TEST(ProxyScript, PicksTheProxyOfEachHost) {
     MadeUpNetwork network;
-    const test::LoopbackServer server({{"/a.pac", test::Page(test::kProxyScript)}});
+    const LoopbackServer server({{"/a.pac", Page(kProxyScript)}});
     network.settings.flags = kDirectConnection | kConfigurationScript;
     network.settings.scriptUrl = (server.Address() + "/a.pac").c_str();
-    for (const auto& [url, list] : test::kProxiesByScript) {
+    for (const auto& [url, list] : kProxiesByScript) {
         CNetworkManager manager;
         EXPECT_TRUE(GetClientInternetProxyInfo(url, manager, true));
         if (manager.m_lastDiscoveryError == kProxyNoScriptEngine) GTEST_SKIP() << "no script engine";
@@ -156,7 +154,7 @@ TEST(ProxyScript, PicksTheProxyOfEachHost) {
 
 TEST(ProxyScript, OneThatCannotBeHad) {
     MadeUpNetwork network;
-    const test::LoopbackServer server({});
+    const LoopbackServer server({});
     CNetworkManager manager;
     const int error = FindProxyForUrl("http://x/", server.Address() + "/none.pac", manager);
     EXPECT_TRUE(error == kProxyScriptNotFetched || error == kProxyNoScriptEngine) << error;
@@ -164,4 +162,4 @@ TEST(ProxyScript, OneThatCannotBeHad) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -5,7 +5,7 @@
 #include "platform/network_backend.h"
 #include "proxy_script.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 /// Whether this machine can run scripts.
@@ -16,13 +16,13 @@ bool HasEngine() {
 
 TEST(ProxyScript, InAFile) {
     if (!HasEngine()) GTEST_SKIP() << "no script engine";
-    test::MadeUpNetwork network;
-    const test::Scratch folder;
+    MadeUpNetwork network;
+    const Scratch folder;
     const std::string path = folder / "it's a.pac";
-    os::WriteWholeFile(path.c_str(), test::kProxyScript);
+    os::WriteWholeFile(path.c_str(), kProxyScript);
     network.settings.flags = kDirectConnection | kConfigurationScript;
     network.settings.scriptUrl = ("file://" + folder / "it's%20a.pac").c_str();
-    for (const auto& [url, list] : test::kProxiesByScript) {
+    for (const auto& [url, list] : kProxiesByScript) {
         CNetworkManager manager;
         EXPECT_TRUE(GetClientInternetProxyInfo(url, manager, true));
         EXPECT_EQ(manager.m_lastDiscoveryError, 0);
@@ -56,4 +56,4 @@ TEST(ProxyScript, HostileScriptsEnd) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -7,13 +7,8 @@
 #include "data_folder.h"
 #include "registry_at.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
-
-using test::At;
-using test::DataFolder;
-using test::SubKeys;
-using test::Texts;
 
 constexpr const char* kFile = "Orvane Works/registry.db";
 
@@ -31,8 +26,8 @@ std::string Sql(const std::string& path, const char* sql) {
     return result;
 }
 
-const test::ChildWork kSeesOneKey("RegistryFile.SeesOneKey", [](const Texts& words) {
-    const DataFolder folder(test::Scratch::Known{words[0]});
+const ChildWork kSeesOneKey("RegistryFile.SeesOneKey", [](const Texts& words) {
+    const DataFolder folder(Scratch::Known{words[0]});
     CCoreRegistry user(HKEY_CURRENT_USER);
     return SubKeys(user) == Texts{"S"};
 });
@@ -53,7 +48,7 @@ TEST(RegistryFile, IsTheUsersOwnAndNeverReplaced) {
     EXPECT_EQ(key.ReadInt("a", 5), 5);
     EXPECT_FALSE(std::filesystem::exists(folder / ""));
     EXPECT_TRUE(key.WriteInt("a", 6));
-    EXPECT_TRUE(test::IsForUserAlone(folder / "Orvane Works") && test::IsForUserAlone(folder / kFile));
+    EXPECT_TRUE(IsForUserAlone(folder / "Orvane Works") && IsForUserAlone(folder / kFile));
     EXPECT_TRUE(At("Software", HKEY_LOCAL_MACHINE).WriteInt("b", 7));
 
     for (const bool isDatabase : {false, true}) {
@@ -64,23 +59,23 @@ TEST(RegistryFile, IsTheUsersOwnAndNeverReplaced) {
             Sql(folder / kFile, "CREATE TABLE others(a)");
         else
             std::ofstream(folder / kFile) << "no database";
-        const std::string before = test::ReadFile(folder / kFile);
+        const std::string before = ReadFile(folder / kFile);
         EXPECT_FALSE(key.SetKey("a", false));
         EXPECT_EQ(key.GetLastErrorCode(), 1009u);
         EXPECT_FALSE(key.SetKey("a", true) || key.WriteInt("a", 1) || key.DeleteKey("a"));
         EXPECT_EQ(key.ReadInt("a", 5), 5);
-        EXPECT_EQ(test::ReadFile(folder / kFile), before);
+        EXPECT_EQ(ReadFile(folder / kFile), before);
     }
     folder.Forget();
     EXPECT_FALSE(key.WriteInt("a", 1));
     EXPECT_EQ(key.ReadInt("a", 5), 5);
 }
 
-const test::ChildWork kHoldsTheFile("RegistryFile.HoldsTheFile", [](const Texts& words) {
+const ChildWork kHoldsTheFile("RegistryFile.HoldsTheFile", [](const Texts& words) {
     sqlite3* database = nullptr;
     sqlite3_open(words[0].c_str(), &database);
     const int result = sqlite3_exec(database, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
-    for (bool told = result == SQLITE_OK && test::Signal(words[1]); told;)
+    for (bool told = result == SQLITE_OK && Signal(words[1]); told;)
         std::this_thread::sleep_for(std::chrono::seconds(1));
     return false;
 });
@@ -89,8 +84,8 @@ TEST(RegistryFile, WaitsForAnotherProgramButNotForEver) {
     const DataFolder folder;
     At key("K");
     ASSERT_TRUE(key.WriteInt("v", 1) && key.SaveKey());
-    test::ChildProcess other = kHoldsTheFile.Start({folder / kFile, folder / "signal"});
-    ASSERT_TRUE(test::WaitForSignal(folder / "signal"));
+    ChildProcess other = kHoldsTheFile.Start({folder / kFile, folder / "signal"});
+    ASSERT_TRUE(WaitForSignal(folder / "signal"));
     const CoreTimer timer;
     EXPECT_TRUE(key.SetKey("K", true) && key.ReadInt("v", 0) == 1 && key.DeleteKey("absent"));
     EXPECT_LT(timer.GetSeconds(), 2);
@@ -101,8 +96,8 @@ TEST(RegistryFile, WaitsForAnotherProgramButNotForEver) {
     EXPECT_TRUE(key.RestoreKey());
 }
 
-const test::ChildWork kReadsOnly("RegistryFile.ReadsOnly", [](const Texts& words) {
-    const DataFolder folder(test::Scratch::Known{words[0]});
+const ChildWork kReadsOnly("RegistryFile.ReadsOnly", [](const Texts& words) {
+    const DataFolder folder(Scratch::Known{words[0]});
     CCoreRegistry key(HKEY_CURRENT_USER);
     return folder.MakeReadOnly(kFile) && key.SetKey("K", true) && !key.SetKey("New", true) &&
            !key.WriteInt("v", 2) && !key.DeleteKey("K") && key.DeleteKey("absent") &&
@@ -116,4 +111,4 @@ TEST(RegistryFile, IsReadWhereItMayNotBeWritten) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

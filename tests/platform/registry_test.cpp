@@ -4,13 +4,8 @@
 #include "platform/registry_store.h"
 #include "registry_at.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
-
-using test::At;
-using test::DataFolder;
-using test::SubKeys;
-using test::Texts;
 
 TEST(Registry, ValuesAndTheirBytes) {
     const DataFolder folder;
@@ -148,7 +143,7 @@ TEST(Registry, KeysAndRoots) {
     EXPECT_TRUE(type.SetRootKey(HKEY_USERS) && type.ClearKey());
     EXPECT_EQ(type.GetRootKey(), HKEY_CURRENT_USER);
     EXPECT_EQ(type.GetKeyPath(), "");
-    const test::CrashRecorder crashes;
+    const CrashRecorder crashes;
     EXPECT_EQ(CCoreRegistry(unknown).GetRootKey(), HKEY_CURRENT_USER);
     EXPECT_EQ(crashes.Messages(), Texts{"Forced crash! \"Root key not recognized.\""});
     EXPECT_EQ(crashes.Last().SiteCode(), 0x0500E001u);
@@ -191,8 +186,8 @@ TEST(Registry, SaveAndRestore) {
     EXPECT_EQ(gone.GetLastErrorCode(), 2u);
 }
 
-const test::ChildWork kWritesOften("Registry.WritesOften", [](const Texts& words) {
-    const DataFolder folder(test::Scratch::Known{words[0]});
+const ChildWork kWritesOften("Registry.WritesOften", [](const Texts& words) {
+    const DataFolder folder(Scratch::Known{words[0]});
     bool good = true;
     At key("Shared\\Key");
     for (int i = 0; i < 1000; ++i)
@@ -210,7 +205,7 @@ TEST(Registry, FourProcessesWriteAtOnce) {
 
 TEST(Registry, ThreadsShareTheFile) {
     const DataFolder folder;
-    test::OnThreads(4, [](int thread) {
+    OnThreads(4, [](int thread) {
         At key(std::to_string(thread).c_str());
         for (int i = 0; i < 50; ++i)
             EXPECT_TRUE(key.WriteInt("v", i) && key.ReadInt("v", -1) == i);
@@ -218,4 +213,4 @@ TEST(Registry, ThreadsShareTheFile) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

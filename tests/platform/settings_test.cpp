@@ -1,14 +1,11 @@
 #include "brenta/settings.h"
 
-#include <filesystem>
-
 #include "brenta/files.h"
 #include "data_folder.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
-using test::DataFolder;
 using Text = const char*;
 
 TEST(Settings, ApplicationName) {
@@ -46,4 +43,4 @@ TEST(Settings, PlatformKnowsTheRunningProgram) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -3,23 +3,20 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
 #include "brenta/system.h"
 #include "test_support.h"
 #include "written_file.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
 
 namespace fs = std::filesystem;
 using Text = const char*;
-using test::Awaited;
 
 TEST(System, VersionsOfFiles) {
     CoreVersion own;
-    const test::Scratch scratch;
+    const Scratch scratch;
     std::ofstream(scratch / "libpart.so.4.0.1") << "";
     std::ofstream(scratch / "a.so.x") << "";
     fs::create_symlink("libpart.so.4.0.1", scratch / "libpart.so");
@@ -30,7 +27,7 @@ TEST(System, VersionsOfFiles) {
 }
 
 TEST(System, TheDesktopsPrograms) {
-    const test::Scratch scratch;
+    const Scratch scratch;
     const std::string script = scratch / "show words", out = scratch / "out", page = scratch / "a page.html";
     std::ofstream(script) << "#!/bin/sh\nfor word in \"$@\"; do echo \"[$word]\"; done > '" << out
                           << ".new'\nmv '" << out << ".new' '" << out << "'\n";
@@ -39,19 +36,19 @@ TEST(System, TheDesktopsPrograms) {
     fs::create_symlink(script, scratch / "browser");
     const Text old = std::getenv("BROWSER");
     const std::string kept = old ? old : "";
-    test::SetVariable("BROWSER", ("/none/browser::" + (scratch / "browser") + " --open=%s -x").c_str());
+    SetVariable("BROWSER", ("/none/browser::" + (scratch / "browser") + " --open=%s -x").c_str());
     EXPECT_TRUE(ShellExecProgram(page.c_str()));
     EXPECT_EQ(Awaited(out).substr(0, page.size() + 9), "[--open=" + page + "]");
     fs::remove(out);
-    test::SetVariable("BROWSER", (scratch / "browser").c_str());
+    SetVariable("BROWSER", (scratch / "browser").c_str());
     EXPECT_TRUE(ShellExecProgram("http://host/?a=$(b)"));
     EXPECT_EQ(Awaited(out).substr(0, 21), "[http://host/?a=$(b)]");
     int error = 0;
     EXPECT_FALSE(ShellExecProgram("-option") || ExecProgram("/none/program", &error));
     EXPECT_EQ(error, ENOENT);
-    test::SetVariable("BROWSER", kept.c_str());
+    SetVariable("BROWSER", kept.c_str());
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "nothing is left to wait for";
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

@@ -5,14 +5,8 @@
 #include "loopback_server.h"
 #include "made_up_network.h"
 
-namespace brenta {
+namespace brenta::test {
 namespace {
-
-using test::LoopbackServer;
-using test::MadeUpNetwork;
-using test::Page;
-using test::Reply;
-using test::Texts;
 
 constexpr char kPath[] = "/Brenta/UpdateCheckNew.ashx";
 const std::string kFailure = "Error checking for newer version of Brenta";
@@ -29,44 +23,36 @@ std::string Stored() {
 
 TEST(UpdateCheck, Answers) {
     const std::string longest(259, 'x');
-    // Answer, or all that the server sends; what is stored, "" for a failure.
-    const std::pair<std::string, std::string> rows[] = {
-        {"build=4.0.1\ninstall=http://h/a?size=1\nsize=12 MB\ninstallargs=/S /D",
-         "4.0.1|http://h/a?size=1|12 MB|/S /D"},
-        {"build=5&install=a&size=1&installargs=b\r\n", "5|a|1|b"},
-        {"installargs=b; size=1;install=a;build=4, 1 ;\r\n\r\n", "4, 1|a|1|b"},
-        {"build=4.0.0.1\n", "4.0.0.1|-|-|-"},
-        {"build=4.0.0.0\ninstall=a\nsize=1\ninstallargs=b", "4.0.0.0|a|1|b"},
-        {"build=3.9\ninstall=a", "4.0.0.0|a|-|-"},
-        {"build=5\ninstall=" + longest, "5|" + longest + "|-|-"},
-        {"", ""},
-        {"<html>welcome</html>", ""},
-        {"build=x", ""},
-        {"build=", ""},
-        {"build=5.0.0.0.1", ""},
-        {"build=5\nbuild=6", ""},
-        {"install=a\nsize=1", ""},
-        {"xbuild=5", ""},
-        {"hello build=5", ""},
-        {"build=5\n[Settings]\nCheckForUpdates=9", ""},
-        {"build=5\ninstall=a\x01", ""},
-        {"build=5\ninstall=a" + std::string(1, '\0'), ""},
-        {"build=5\ninstall=" + longest + "x", ""},
-        {"build=5\ninstall=" + std::string(70'000, ' '), ""},
-        {"HTTP/1.1 500 No\r\nContent-Length: 7\r\n\r\nbuild=5", ""},
-        {"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nbuild=5", ""},
-        {"HTTP/1.1 200 OK\r\n\r\nbuild=5", ""}};
-    for (const auto& [answer, stored] : rows) {
-        MadeUpNetwork host;
-        const bool isAll = answer.starts_with("HTTP/");
-        const LoopbackServer server({{kPath, isAll ? Reply{answer} : Page(answer)}});
-        host.endpoints[Endpoint::WebServer] = isAll ? server.Address().substr(7) : server.Address() + "/";
-        ReadUpdatePage(nullptr);
-        WaitForUpdateCheck();
-        EXPECT_EQ(Stored(), stored.empty() ? "-|-|-|-" : stored) << answer;
-        ASSERT_EQ(host.shown.size(), stored.empty()) << answer;
-        for (const std::string& text : host.shown)
-            EXPECT_EQ(text.find(isAll ? kFailure + "\n\n" : kFailure), 0U) << text;
+    // What is stored, "" for a failure; answers, or all that the server sends.
+    const std::pair<std::string, Texts> rows[] = {
+        {"4.0.1|http://h/a?size=1|12 MB|/S /D",
+         {"build=4.0.1\ninstall=http://h/a?size=1\nsize=12 MB\ninstallargs=/S /D"}},
+        {"5|a|1|b", {"build=5&install=a&size=1&installargs=b\r\n"}},
+        {"4, 1|a|1|b", {"installargs=b; size=1;install=a;build=4, 1 ;\r\n\r\n"}},
+        {"4.0.0.1|-|-|-", {"build=4.0.0.1\n"}},
+        {"4.0.0.0|a|1|b", {"build=4.0.0.0\ninstall=a\nsize=1\ninstallargs=b"}},
+        {"4.0.0.0|a|-|-", {"build=3.9\ninstall=a"}},
+        {"5|" + longest + "|-|-", {"build=5\ninstall=" + longest}},
+        {"",
+         {"", "<html>welcome</html>", "build=x", "build=", "build=5.0.0.0.1", "build=5\nbuild=6",
+          "install=a\nsize=1", "xbuild=5", "hello build=5", "build=5\n[Settings]\nCheckForUpdates=9",
+          "build=5\ninstall=a\x01", "build=5\ninstall=a" + std::string(1, '\0'),
+          "build=5\ninstall=" + longest + "x", "build=5\ninstall=" + std::string(70'000, ' '),
+          "HTTP/1.1 500 No\r\nContent-Length: 7\r\n\r\nbuild=5",
+          "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nbuild=5", "HTTP/1.1 200 OK\r\n\r\nbuild=5"}}};
+    for (const auto& [stored, answers] : rows) {
+        for (const std::string& answer : answers) {
+            MadeUpNetwork host;
+            const bool isAll = answer.starts_with("HTTP/");
+            const LoopbackServer server({{kPath, isAll ? Reply{answer} : Page(answer)}});
+            host.endpoints[Endpoint::WebServer] = isAll ? server.Address().substr(7) : server.Address() + "/";
+            ReadUpdatePage(nullptr);
+            WaitForUpdateCheck();
+            EXPECT_EQ(Stored(), stored.empty() ? "-|-|-|-" : stored) << answer;
+            ASSERT_EQ(host.shown.size(), stored.empty()) << answer;
+            for (const std::string& text : host.shown)
+                EXPECT_EQ(text.find(isAll ? kFailure + "\n\n" : kFailure), 0U) << text;
+        }
     }
 }
 
@@ -112,4 +98,4 @@ TEST(UpdateCheck, OneAtATimeAndStopsWhenTold) {
 }
 
 }  // namespace
-}  // namespace brenta
+}  // namespace brenta::test

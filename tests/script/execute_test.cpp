@@ -39,9 +39,11 @@ TEST(Execute, MembersAndSubscripts) {
         "var p as P; var q as Q; var l = {10, 20, 30}; var i = 1; var u;"
         "function f() { print(\"f\"); return 0; }";
     static constexpr ScriptRow kRows[] = {
-        {"({l[0], l[i], l[i + 1], l[f()], p[\"y\"], p.x, q.y, q.p.x, Env.Version, Env.Nothing.x})",
+        {"({l[0], l[i], l[i + 1], l[f()], p[\"y\"], p[0], q.y, q.p.x, Env.Version, Env.Nothing.x})",
          ">f ={10, 20, 30, 10, 2, 1, 2, 1, \"4.0\", null}"},
         {"q", "={x = 1, y = 2, y = 20, p = {x = 1, y = 2}}"},
+        {"var r[2] as P; r[1].x = 5; r", "={{x = 1, y = 2}, {x = 5, y = 2}}"},
+        {"l[3]", "!Subscript out of bounds for array 'l' failed"},
         {"l[-1]", "!Subscript out of bounds for array 'l' failed"},
         {"l[\"nobody's name\"]", "!Subscript not found for array 'l' failed"},
         {"q.p[\"z\"]", "!Subscript not found for array 'p' failed"},
@@ -117,6 +119,7 @@ TEST(Execute, ExecutedTexts) {
         {"execute(\"1 + ;)\")", "!execute:(1): Syntax error: expecting ';', but found ')' failed"},
         {"execute(\"\n @\")", "!execute:(2): Syntax error. failed"},
         {"execute(\"foreach (e in {1}) { }\"); execute(\"foreach (e in {1}) { }\")", "=null"},
+        {"{ execute(\"var y = 5; y\"); y; }", "!Symbol 'y' not defined. failed"},
         {"({half(8), bare(), local(), loop(), g + h})", "={4, null, 20, 3, 6}"},
     };
     CheckRows(kRows, kModule);

@@ -1,6 +1,7 @@
 #include "script/random_program.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace brenta::test {
 
@@ -122,22 +123,13 @@ std::string RandomProgram::Declaration() {
     std::string name(shared[static_cast<std::size_t>(Below(6))]);
     if (!isShared) name = m_private + (name < "d" ? "n" : name) + std::to_string(m_names++);
     if (IsDeclaredHere(name)) return Assignment();
-    std::string text = "var " + name;
-    switch (KindOf(name)) {
-        case 't':
-            text += " = " + Text();
-            break;
-        case 'l':
-            text += Chance(20) ? "[4]" : " = " + List();
-            break;
-        case 's':
-            text += Chance(50) ? " as Pair" : " as Triple";
-            break;
-        default:
-            text += " = " + Number(2);
-    }
+    const char kind = KindOf(name);
+    const std::string start = kind == 't'   ? " = " + Text()
+                              : kind == 'l' ? Chance(20) ? "[4]" : " = " + List()
+                              : kind == 's' ? Chance(50) ? " as Pair" : " as Triple"
+                                            : " = " + Number(2);
     Declare(name);
-    return Line(text + ";");
+    return Line("var " + name + start + ";");
 }
 
 /// Whether a declaration would be the second one in its block; a function's parameters count as its body's.
@@ -183,32 +175,22 @@ std::string RandomProgram::Assignment() {
 
 /// Most of these end the run with an error; some only look as if they did.
 std::string RandomProgram::WrongStatement() {
-    switch (Below(12)) {
-        case 0:
-            return Line(Variable('n') + " = " + AnyNumberName() + ";");
-        case 1:
-            return Line(Variable('n') + " = 5 % (" + Variable('n') + " - " + Variable('n') + ");");
-        case 2:
-            return Line(Variable('l') + "[" + std::to_string(Below(9) - 1) + "] = 7;");
-        case 3:
-            return Line("F0(1, 2, 3, 4, 5);");
-        case 4:
-            return Line(Variable('l') + " = " + Number(0) + ";");
-        case 5:
-            return Line("if (null) { print(1); }");
-        case 6:
-            return Line("print(" + Variable('n') + ".Missing(1));");
-        case 7:
-            return Line("o.Refused(" + Number(0) + ");");
-        case 8:
-            return Line("print(" + Variable('t') + ".x);");
-        case 9:
-            return Line("execute(\"" + Variable('n') + " = (1;\");");
-        case 10:
-            return Line("execute(\"break;\");");
-        default:
-            return Line("print(missing + " + Number(0) + ");");
-    }
+    const std::string number = Variable('n'), list = Variable('l');
+    const std::string statements[] = {
+        number + " = " + AnyNumberName() + ";",
+        number + " = 5 % (" + Variable('n') + " - " + Variable('n') + ");",
+        list + "[" + std::to_string(Below(9) - 1) + "] = 7;",
+        "F0(1, 2, 3, 4, 5);",
+        list + " = " + Number(0) + ";",
+        "if (null) { print(1); }",
+        "print(" + number + ".Missing(1));",
+        "o.Refused(" + Number(0) + ");",
+        "print(" + Variable('t') + ".x);",
+        "execute(\"" + number + " = (1;\");",
+        "execute(\"break;\");",
+        "print(missing + " + Number(0) + ");",
+    };
+    return Line(statements[Below(int{std::size(statements)})]);
 }
 
 std::string RandomProgram::ForLoop(int depth) {

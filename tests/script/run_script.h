@@ -65,6 +65,7 @@ void CheckRows(const ScriptRow (&rows)[count], const char* module = "") {
         ScriptRun run(module);
         EXPECT_EQ(run.Execute(row.text), row.told) << row.text;
         EXPECT_EQ(run.engine.GetScopeDepth(), 1) << row.text;
+        EXPECT_EQ(run.engine.GetFirstToken().Get(), nullptr) << row.text;
         EXPECT_EQ(run.Execute("1 + 1"), "=2") << "after " << row.text;
     }
 }

@@ -1,11 +1,10 @@
 
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
 #include "brenta/files.h"
-#include "brenta/host.h"
 #include "brenta/lexer.h"
+#include "platform/data_folder.h"
 #include "script/script_test_support.h"
 #include "script/stream_guard.h"
 #include "script/token_set.h"
@@ -216,23 +215,14 @@ TEST(StreamGuard, RestoresTheOuterScan) {
 
 class ScriptFiles : public testing::Test {
  protected:
-    ScriptFiles() {
-        HostServices services;
-        services.context = this;
-        services.applicationDataFolder = [](void* self, CoreString& folder) {
-            folder = (static_cast<ScriptFiles*>(self)->scratch / "data").c_str();
-            return true;
-        };
-        SetHostServices(services);
-    }
-    ~ScriptFiles() override { SetHostServices(HostServices()); }
     std::string Write(const char* name, const std::string& text) {
-        std::filesystem::create_directories(std::filesystem::path(scratch / name).parent_path());
-        std::ofstream(scratch / name, std::ios::binary) << text;
-        return scratch / name;
+        const std::string path = folder / name;
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        std::ofstream(path, std::ios::binary) << text;
+        return path;
     }
 
-    const Scratch scratch;
+    const DataFolder folder;
 };
 
 TEST_F(ScriptFiles, IncludesStandForTheirTokens) {

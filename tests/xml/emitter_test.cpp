@@ -14,13 +14,6 @@ const std::string kHeader = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 
 class Emitter : public testing::Test {
  protected:
-    /// The content of a file with bare line feeds.
-    static std::string Read(const std::string& path) {
-        std::string text = ReadFile(path);
-        std::erase(text, '\r');
-        return text;
-    }
-
     const Scratch scratch;
     const std::string path = scratch / "file.xml";
 };
@@ -54,7 +47,7 @@ TEST_F(Emitter, WritesElementsAndData) {
             ASSERT_TRUE(emitter.CreateDocument(path.c_str(), ""));
             write(emitter);
         }
-        EXPECT_EQ(Read(path), kHeader + text);
+        EXPECT_EQ(ReadTextFile(path), kHeader + text);
     }
 }
 
@@ -91,7 +84,7 @@ TEST_F(Emitter, OpensAndClosesDocuments) {
     emitter.CData("2");
     emitter.CloseDocument();
     EXPECT_EQ(emitter.GetDocumentName(), nullptr);
-    EXPECT_EQ(Read(path), kHeader + "<?s \"a\"?>\n12");
+    EXPECT_EQ(ReadTextFile(path), kHeader + "<?s \"a\"?>\n12");
     emitter.CloseDocument();
     EXPECT_TRUE(emitter.CData("lost"));
 
@@ -102,7 +95,7 @@ TEST_F(Emitter, OpensAndClosesDocuments) {
     EXPECT_EQ(crashes.Messages(), Texts{"Assertion failed! m_pHead"});
     EXPECT_STREQ(crashes.Last().File(), "Templ");
     emitter.CloseDocument();
-    EXPECT_EQ(Read(second), kHeader + "</early>\n");
+    EXPECT_EQ(ReadTextFile(second), kHeader + "</early>\n");
 }
 
 TEST_F(Emitter, BuffersTextsOfAnyLength) {
@@ -120,7 +113,7 @@ TEST_F(Emitter, BuffersTextsOfAnyLength) {
             expected += std::to_string(i);
         }
     }
-    EXPECT_TRUE(Read(path) == expected);
+    EXPECT_TRUE(ReadTextFile(path) == expected);
 }
 
 }  // namespace

@@ -4,10 +4,6 @@
 // and declarations. Rows of cases about such things are for our own service alone.
 #pragma once
 
-#include <cstddef>
-#include <string>
-#include <string_view>
-
 #include "test_support.h"
 
 namespace brenta::test {
