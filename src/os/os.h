@@ -177,6 +177,9 @@ std::uintptr_t StackLimit();
 /// may then provide it in large pieces, of which fewer are missed. It may also take no notice.
 void PreferLargePages(void* memory, std::size_t size);
 
+/// How many bytes a block of std::malloc has room for: as many as were asked for, or more.
+std::size_t BlockSize(const void* block);
+
 /// Calls work(context) on a thread with a stack of so many bytes and waits for it to return; false, and no
 /// call, if there can be no such thread. `work` must not throw.
 bool RunOnStack(std::size_t stackSize, void (*work)(void* context), void* context);

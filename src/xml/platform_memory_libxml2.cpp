@@ -13,6 +13,8 @@
 #include <new>
 #include <utility>
 
+#include "os/os.h"
+
 namespace brenta {
 
 namespace {
@@ -105,17 +107,21 @@ void* Allocate(std::size_t size) {
     return block != nullptr ? block : Refused(size);
 }
 
-/// That a block of the system cannot grow all look after.
+/// XPath, for one, does not look after a stack of values that cannot grow: blocks of the system, too, move
+/// into the reserve.
 void* Resize(void* block, std::size_t size) {
     if (block == nullptr) return Allocate(size);
-    if (!g_reserve.Owns(block)) {
-        void* const resized = std::realloc(block, size);
-        if (resized == nullptr) t_lacked = t_touch.hasBeen = true;
-        return resized;
+    const bool isReserved = g_reserve.Owns(block);
+    if (!isReserved) {
+        // A size of 0 would free the block.
+        void* const resized = std::realloc(block, std::max<std::size_t>(size, 1));
+        if (resized != nullptr) return resized;
     }
-    void* const moved = Refused(size);
+    const std::size_t room = isReserved ? Reserve::SizeOf(block) : os::BlockSize(block);
+    if (size <= room) return block;
+    void* const moved = isReserved ? Allocate(size) : Refused(size);
     if (moved == nullptr) return nullptr;
-    std::memcpy(moved, block, std::min(size, Reserve::SizeOf(block)));
+    std::memcpy(moved, block, room);
     Release(block);
     return moved;
 }
@@ -157,13 +163,23 @@ const Watchman g_watchman;
 }  // namespace
 
 // What it lacks memory for it tells through a handler that it looks up in what it lacks, and so on without
-// end. So the room has to be there before it asks.
+// end. So the room has to be there before it asks: of the C library itself, for it asks that, by `calloc`,
+// and so does the C library for its table of a thread's values. The rooms are too large for a cache that
+// `calloc` does not look into, and more than are needed, as another thread may take one while they are free.
 void ReadyXmlThread() {
     static constinit thread_local bool t_isReady = false;
     if (t_isReady || xmlIsMainThread() != 0) return;
-    void* const room = xmlMalloc(sizeof(xmlGlobalState));
-    if (room == nullptr) throw std::bad_alloc();
-    xmlFree(room);
+    constexpr std::size_t kRoomSize = 4 * sizeof(xmlGlobalState);
+    void* volatile rooms[16];  // or the compiler may leave out blocks that nobody uses
+    bool isRoom = true;
+    for (void* volatile& room : rooms) {
+        void* const block = std::calloc(1, kRoomSize);
+        room = block;
+        isRoom = isRoom && block != nullptr;
+    }
+    for (void* const room : rooms)
+        std::free(room);
+    if (!isRoom) throw std::bad_alloc();
     t_isReady = xmlGetGlobalState() != nullptr;
     if (!t_isReady) throw std::bad_alloc();
 }

@@ -193,6 +193,25 @@ Security ForbidAll() {
     return security;
 }
 
+/// While it lives, a transform that touches the reserve ends: its instructions by its state, its expressions,
+/// which go on over all nodes of a document regardless of that, by XPath's own limit.
+class StopWhenTouched {
+ public:
+    explicit StopWhenTouched(xsltTransformContext& context) {
+        XmlMemoryReserve::WhenTouched(&Stop, &context);
+    }
+    ~StopWhenTouched() { XmlMemoryReserve::WhenTouched(nullptr, nullptr); }
+    StopWhenTouched(const StopWhenTouched&) = delete;
+    StopWhenTouched& operator=(const StopWhenTouched&) = delete;
+
+ private:
+    static void Stop(void* self) {
+        xsltTransformContext& context = *static_cast<xsltTransformContext*>(self);
+        context.state = XSLT_STATE_STOPPED;
+        context.xpathCtxt->opLimit = context.xpathCtxt->opCount = 1;
+    }
+};
+
 void Run(Job& job) {
     ReadyXmlThread();
     const Handlers handlers;
@@ -206,9 +225,8 @@ void Run(Job& job) {
     const Context context(xsltNewTransformContext(sheet.get(), source->m_pDoc));
     if (context == nullptr || xsltSetCtxtSecurityPrefs(security.get(), context.get()) != 0) return;
     xsltSetTransformErrorFunc(context.get(), nullptr, &Ignore);
-    reserve.WhenTouched(
-        [](void* self) { static_cast<xsltTransformContext*>(self)->state = XSLT_STATE_STOPPED; },
-        context.get());
+    const StopWhenTouched stop(*context);
+    if (reserve.IsTouched()) return;
     const Document result(
         xsltApplyStylesheetUser(sheet.get(), source->m_pDoc, nullptr, nullptr, nullptr, context.get()));
     if (result == nullptr || context->state != XSLT_STATE_OK) return;

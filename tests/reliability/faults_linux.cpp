@@ -32,9 +32,14 @@ std::size_t RoomOf(std::size_t size) {
 }
 #endif
 
-/// A block that was just freed is there for the next request of its size, as in the C library itself.
-bool FailsMemory(std::size_t size) {
-    if (std::exchange(t_freed, 0) == RoomOf(size) || !Strikes(FaultOf::Memory)) return false;
+constexpr std::size_t kLargestKept = 1032;
+
+/// A block that was just freed is there for the next request, as in the C library itself: a small one is kept
+/// for its own size, where calloc does not look; a larger one serves whatever it has room for.
+bool FailsMemory(std::size_t size, bool isCalloc = false) {
+    const std::size_t freed = std::exchange(t_freed, 0), room = RoomOf(size);
+    const bool isThere = freed > kLargestKept ? room <= freed : !isCalloc && room == freed;
+    if (isThere || !Strikes(FaultOf::Memory)) return false;
     errno = ENOMEM;
     return true;
 }
@@ -68,7 +73,7 @@ void* malloc(std::size_t size) noexcept {
 }
 
 void* calloc(std::size_t count, std::size_t size) noexcept {
-    return FailsMemory(count * size) ? nullptr : REAL(calloc)(count, size);
+    return FailsMemory(count * size, true) ? nullptr : REAL(calloc)(count, size);
 }
 
 void* realloc(void* block, std::size_t size) noexcept {

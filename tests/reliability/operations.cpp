@@ -225,10 +225,13 @@ void Operations::AddReaders() {
 }
 
 void Operations::AddScripts() {
-    const std::string sheet = FileWith("a.xsl",
-                                       "<x:stylesheet version='1.0' xmlns:x='http://www.w3.org/1999/XSL/"
-                                       "Transform'><x:output method='text'/><x:template match='/'>"
-                                       "<x:value-of select='a/@b'/></x:template></x:stylesheet>");
+    const std::string sheet =
+        FileWith("a.xsl",
+                 "<x:stylesheet version='1.0' xmlns:x='http://www.w3.org/1999/XSL/"
+                 "Transform'><x:output method='text'/><x:key name='k' match='a' use='@b'/>"
+                 "<x:template match='/'><x:value-of select=\"concat(key('k', 1)/@b,"
+                 " 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11)\"/></x:template>"
+                 "</x:stylesheet>");
     AddRead("transform", Operation::PartWhenFalse, [=](std::string& told) {
         CCoreXmlDom document;
         CoreString out;

@@ -1,4 +1,5 @@
 // Linux: the process, its threads and its terminal.
+#include <malloc.h>
 #include <pthread.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -157,6 +158,10 @@ void PreferLargePages(void* memory, std::size_t size) {
     const auto start = (reinterpret_cast<std::uintptr_t>(memory) + page - 1) / page * page;
     const auto end = (reinterpret_cast<std::uintptr_t>(memory) + size) / page * page;
     if (start < end) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+}
+
+std::size_t BlockSize(const void* block) {
+    return malloc_usable_size(const_cast<void*>(block));
 }
 
 bool LibraryIsUnloading() {

@@ -1,5 +1,6 @@
 // Windows: the process, its threads and its terminal.
 #include <io.h>
+#include <malloc.h>
 
 #include <cstdio>
 
@@ -122,6 +123,10 @@ void NoticeUnloading() {
 
 // Large pages take a privilege that users do not have.
 void PreferLargePages(void*, std::size_t) {}
+
+std::size_t BlockSize(const void* block) {
+    return _msize(const_cast<void*>(block));
+}
 
 }  // namespace brenta::os
 
