@@ -1,6 +1,8 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
 #include "host_process.h"
 
 namespace brenta::test {
@@ -45,6 +47,8 @@ int RunProgram(const std::string& program, const std::vector<std::string>& words
         GetExitCodeProcess(process.hProcess, &status);
         CloseHandle(process.hThread);
         CloseHandle(process.hProcess);
+    } else {
+        ADD_FAILURE() << line << " is not started: " << GetLastError();
     }
     for (const HANDLE file : {start.hStdInput, start.hStdOutput, start.hStdError})
         CloseHandle(file);

@@ -94,9 +94,11 @@ void ThreadEndHook::Set(void* value) {
     if (m_open) FlsSetValue(static_cast<DWORD>(m_key), value);
 }
 
+// FlsFree calls the function for the values of all threads, here and now. At the end of the process these
+// threads may be in the midst of their work, or have been ended in it and still hold the locks that the
+// function waits for.
 void ThreadEndHook::Close() {
-    if (m_open) FlsFree(static_cast<DWORD>(m_key));
-    m_open = false;
+    if (m_open.exchange(false) && LibraryIsUnloading()) FlsFree(static_cast<DWORD>(m_key));
 }
 
 bool LibraryIsUnloading() {
