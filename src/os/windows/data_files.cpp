@@ -3,6 +3,7 @@
 #include "os/data_files.h"
 
 #include <chrono>
+#include <string>
 #include <thread>
 
 #include "os/os.h"
@@ -56,6 +57,17 @@ bool TakeLock(HANDLE file, DWORD offsetHigh, std::chrono::steady_clock::time_poi
     }
 }
 
+/// A name for a lock that stands for a file's path, in whatever case it is written.
+std::string LockName(const char* path) {
+    const DWORD size = GetFullPathNameA(path, 0, nullptr, nullptr);
+    std::string full(size, '\0');
+    full.resize(GetFullPathNameA(path, size, full.data(), nullptr));
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (const char c : full)
+        hash = (hash ^ static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + 32 : c)) * 0x100000001B3;
+    return "Local\\brenta-" + std::to_string(hash);
+}
+
 }  // namespace
 
 bool CreatePrivateFolder(const char* path) {
@@ -83,7 +95,10 @@ bool StampOfFile(const char* path, FileStamp& stamp) {
 }
 
 FileLock::~FileLock() {
-    if (m_handle != -1) CloseHandle(reinterpret_cast<HANDLE>(m_handle));
+    if (m_handle == -1) return;
+    const auto handle = reinterpret_cast<HANDLE>(m_handle);
+    ReleaseMutex(handle);  // a locked file is none, and feels nothing of it
+    CloseHandle(handle);
 }
 
 bool FileLock::Acquire(const char* path, int milliseconds) {
@@ -95,21 +110,19 @@ bool FileLock::Acquire(const char* path, int milliseconds) {
     return TakeLock(file, 0, After(milliseconds));
 }
 
+// A file that is open cannot be replaced at once everywhere. So the lock is not one of the file, but one of
+// its name among the user's programs; who adds to it from another machine is noticed by the file's stamp.
 bool FileLock::AcquireExisting(const char* path, int milliseconds) {
-    const auto end = After(milliseconds);
-    for (;;) {
-        FileStamp before, after;
-        const HANDLE file = CreateFileA(NativePath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
-                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (file == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_FILE_NOT_FOUND;
-        m_handle = reinterpret_cast<std::intptr_t>(file);
-        constexpr DWORD kBehindEnd = 0x7FFFFFFF;  // the high half of an offset that no file reaches
-        if (!StampOfHandle(file, before) || !TakeLock(file, kBehindEnd, end)) return false;
-        if (StampOfFile(path, after) && before.IsSameFile(after)) return true;
-        CloseHandle(file);
-        m_handle = -1;
+    if (IsAbsent(path)) return true;
+    const HANDLE mutex = CreateMutexA(nullptr, FALSE, LockName(path).c_str());
+    if (mutex == nullptr) return false;
+    const DWORD waited = WaitForSingleObject(mutex, static_cast<DWORD>(milliseconds));
+    if (waited == WAIT_OBJECT_0 || waited == WAIT_ABANDONED) {
+        m_handle = reinterpret_cast<std::intptr_t>(mutex);
+        return true;
     }
+    CloseHandle(mutex);
+    return false;
 }
 
 std::uint64_t ProcessId() {
