@@ -56,20 +56,19 @@ start_windows() {
     tools/wine wineboot --init
 }
 
-# Many cases share one test here, so that ctest does not count them; those without cases of their own count as one.
+# Many cases share one test here, so that ctest does not count them; a test without cases of its own counts as one. Each
+# line of a test begins with its number.
 count_cases() {
     awk '
-        { sub(/^[0-9]+: /, "") }
-        /^\[  PASSED  \] [0-9]+ test/ { passed += $4; has_cases = 1 }
-        /^\[  SKIPPED \] [0-9]+ test/ { skipped += $4 }
-        /^\[  FAILED  \] [0-9]+ test/ { failed += $4; has_cases = 1 }
-        /^ *[0-9]+\/[0-9]+ Test +#/ {
-            if (!has_cases) { if (/ Passed /) ++passed; else ++failed }
-            has_cases = 0
+        /^[0-9]+: \[  (PASSED|FAILED|SKIPPED)  ?\] [0-9]+ test/ { has_cases[$1 + 0] = 1; cases[$3] += $5 }
+        /^ *[0-9]+\/[0-9]+ Test +#[0-9]+: / {
+            match($0, /#[0-9]+/)
+            if (!has_cases[substr($0, RSTART + 1, RLENGTH - 1) + 0]) ++cases[/ Passed / ? "PASSED" : "FAILED"]
         }
         END {
-            total = passed + failed
-            printf "%d%% tests passed, %d tests failed out of %d (%d skipped)\n", total ? 100 * passed / total : 0, failed, total, skipped
+            total = cases["PASSED"] + cases["FAILED"]
+            printf "%d%% tests passed, %d tests failed out of %d (%d skipped)\n", \
+                total ? 100 * cases["PASSED"] / total : 0, cases["FAILED"], total, cases["SKIPPED"]
         }' "$1"
 }
 

@@ -58,7 +58,8 @@ TEST(Download, FailureTellsWhyAndKeepsTheOldFile) {
     const Scratch scratch;
     const std::string file = scratch / "file", ok = "HTTP/1.1 200 OK\r\n";
     const auto to = [](const std::string& url) {
-        return Reply{"HTTP/1.1 302 Found\r\nLocation: " + url + "\r\nContent-Length: 0\r\n\r\n"};
+        return Reply{"HTTP/1.1 302 Found\r\nLocation: " + url +
+                     "\r\nConnection: close\r\nContent-Length: 0\r\n\r\n"};
     };
     const LoopbackServer server(
         {{"/short", {ok + "Content-Length: 10\r\n\r\nabc"}},

@@ -21,7 +21,8 @@ bool SendAll(sockets::Socket connection, const std::string& bytes) {
 }  // namespace
 
 Reply Page(const std::string& body) {
-    return {"HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body};
+    return {"HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " + std::to_string(body.size()) +
+            "\r\n\r\n" + body};
 }
 
 int FreePort() {
@@ -76,7 +77,7 @@ void LoopbackServer::Answer(sockets::Socket connection) {
     const std::size_t start = head.find(' ') + 1;
     const auto found = m_replies.find(head.substr(start, head.find(' ', start) - start));
     if (found == m_replies.end()) {
-        SendAll(connection, "HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\nnone");
+        SendAll(connection, "HTTP/1.1 404 Not Found\r\nConnection: close\r\nContent-Length: 4\r\n\r\nnone");
         return;
     }
     bool isTaken = SendAll(connection, found->second.bytes);
