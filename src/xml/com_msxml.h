@@ -17,8 +17,6 @@
 #include "xml/sax_source.h"
 
 #define WIN32_LEAN_AND_MEAN
-#include <windows.h>
-// MSXML's interfaces need what is left out of the lean one.
 #include <msxml2.h>
 #include <objbase.h>
 #include <oleauto.h>
