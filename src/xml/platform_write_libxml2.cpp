@@ -122,7 +122,7 @@ std::u32string CodePoints(std::string_view text) {
     for (const char* p = text.data(); p != end;) {
         const bool ascii = static_cast<unsigned char>(*p) < 0x80;
         const Character character = ascii ? Character{static_cast<unsigned char>(*p), 1} : DecodeHigh(p, end);
-        points += character.code;
+        points += static_cast<char32_t>(character.code);
         p += character.size == 0 ? 1 : character.size;
     }
     return points;
