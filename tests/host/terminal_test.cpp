@@ -15,6 +15,14 @@ namespace fs = std::filesystem;
 
 using Lines = std::vector<std::string>;
 
+class Terminal : public testing::Test {
+ protected:
+    void SetUp() override {
+        if (std::system("script -qec true /dev/null >/dev/null 2>&1") != 0)
+            GTEST_SKIP() << "this system hands out no terminals";
+    }
+};
+
 /// What a person sees who types `input` at a terminal of the program's own.
 std::string AtTerminal(const std::string& command, const std::string& input, const std::string& settings) {
     const std::string folder = ScratchFolder().string();
@@ -26,7 +34,7 @@ std::string AtTerminal(const std::string& command, const std::string& input, con
     return ReadText(folder + "/seen");
 }
 
-TEST(Terminal, CompletesAndRemembersAtThePrompt) {
+TEST_F(Terminal, CompletesAndRemembersAtThePrompt) {
     const fs::path state = ScratchFolder() / "state";
     const std::string settings = "XDG_STATE_HOME='" + state.string() + "'";
     AtTerminal("",
@@ -46,7 +54,7 @@ TEST(Terminal, CompletesAndRemembersAtThePrompt) {
     EXPECT_EQ(SplitLines(ReadText(history.string()))[9], "\"\xC3\xA9\\\\n\"");
 }
 
-TEST(Terminal, GoesOnWhenTheWindowChangesOrTheHistoryIsAPipe) {
+TEST_F(Terminal, GoesOnWhenTheWindowChangesOrTheHistoryIsAPipe) {
     const std::string folder = ScratchFolder().string();
     const std::string line =
         "mkdir -p '" + folder + "/pipe/brenta' && mkfifo '" + folder + "/pipe/brenta/history' && " +
@@ -63,7 +71,7 @@ TEST(Output, ThatCannotBeWrittenIsAFailure) {
     EXPECT_EQ(std::system((program + " >/dev/null").c_str()), 0);
 }
 
-TEST(Terminal, ShowsTablesAndColoursToPersonsOnly) {
+TEST_F(Terminal, ShowsTablesAndColoursToPersonsOnly) {
     const std::string plain = AtTerminal("eval 1mil", "", "NO_COLOR=1");
     EXPECT_NE(plain.find("millimetres"), std::string::npos) << plain;
     EXPECT_EQ(plain.find('\t'), std::string::npos) << plain;
