@@ -142,8 +142,10 @@ bool SetOption(HINTERNET handle, DWORD option, DWORD value) {
     return InternetSetOptionA(handle, option, &value, sizeof(value)) != 0;
 }
 
+/// A text with its end; an empty one stays unset.
 bool SetOption(HINTERNET handle, DWORD option, std::string text) {
-    return InternetSetOptionA(handle, option, text.data(), static_cast<DWORD>(text.size())) != 0;
+    return text.empty() ||
+           InternetSetOptionA(handle, option, text.data(), static_cast<DWORD>(text.size() + 1)) != 0;
 }
 
 }  // namespace
@@ -215,7 +217,9 @@ bool WinInetRequest::OpenRequest() {
                   INTERNET_FLAG_NO_AUTO_REDIRECT | INTERNET_FLAG_NO_UI;
     if (target.isSecure) flags |= INTERNET_FLAG_SECURE;
     // Without this the system offers the name of whoever has logged in.
-    if (m_exchange.request.proxies.user.empty() && user.empty()) flags |= INTERNET_FLAG_NO_AUTH;
+    const bool logsIn = !m_exchange.request.proxies.user.empty() || !user.empty();
+    // Some log-ins hold for one connection.
+    flags |= logsIn ? INTERNET_FLAG_KEEP_CONNECTION : INTERNET_FLAG_NO_AUTH;
     const std::string path =
         target.path.starts_with('/') ? std::string(target.path) : "/" + std::string(target.path);
     const char* all[] = {"*/*", nullptr};

@@ -9,6 +9,7 @@
 // every target ends with the rightmost value, after 2^n assignments for n targets, which is why their number
 // is limited. An inner assignment whose right operand denotes no storage stands for that operand, so that a
 // chain can end in a property.
+#include <new>
 #include <span>
 
 #include "brenta/failure.h"
@@ -360,7 +361,14 @@ bool Executor::CombineElement(const Node& node, Value& root, std::span<const std
                                                    root.List()->depth + added->depth + 1 > kMaxListDepth);
     const bool isTaken = element.IsCounted() && !mayMeetLimit;
     if (isTaken) ReplaceAtPath(root, path, Value());
-    const bool combined = Combine(node, element, assigned);
+    bool combined = false;
+    try {
+        combined = Combine(node, element, assigned);
+    } catch (const std::bad_alloc&) {
+        if (isTaken)
+            ReplaceAtPath(root, path, std::move(element));  // into its own place, which needs no memory
+        throw;
+    }
     if (!combined && !isTaken) return false;
     const ListLimit limit = ReplaceAtPath(root, path, std::move(element));
     if (limit != ListLimit::None) return FailOperator(node, OpErrorOf(limit));

@@ -2,6 +2,7 @@
 #include "brenta/script.h"
 
 #include <algorithm>
+#include <new>
 
 #include "brenta/failure.h"
 #include "brenta/names.h"
@@ -173,8 +174,10 @@ bool CCoreScriptEngine::RunCommand(const char* text, Value& value, bool& unitsSe
 bool CCoreScriptEngine::Execute(const char* text, Var& result, CoreUnits units) {
     // The text may be the result's own.
     const CoreString copy(text);
+    const bool isWhole = copy.GetLength() == CoreString::GetLength(text);
     result = Var();
     return RunForHost(*this, [&] {
+        if (!isWhole) throw std::bad_alloc();
         Value value;
         bool unitsSeen = false;
         if (!RunCommand(copy, value, unitsSeen)) return false;

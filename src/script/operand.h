@@ -32,18 +32,23 @@ class TextSink {
             m_full = true;
         }
         m_room -= text.size();
+        const int former = m_out.GetLength();
         m_out += text;
+        m_lacks |= static_cast<std::size_t>(m_out.GetLength() - former) != text.size();
     }
     void AddNull() { ++m_nullReads; }
     /// Text was cut: nothing that follows can be added either.
     bool IsFull() const { return m_full; }
     int NullReads() const { return m_nullReads; }
+    /// Some of the text found no memory.
+    bool Lacks() const { return m_lacks; }
 
  private:
     CoreString& m_out;
     std::size_t m_room;
     int m_nullReads = 0;
     bool m_full = false;
+    bool m_lacks = false;
 };
 
 /// How an operand's list is looked into.

@@ -27,6 +27,7 @@
 #include <vector>
 
 #include "brenta/string.h"
+#include "foundation/lack_of_memory.h"
 #include "script/expression_nodes.h"
 #include "script/parser.h"
 #include "script/token_classes.h"
@@ -264,7 +265,7 @@ void DescribeToken(const SubExpr& node, CoreString& out) {
     }
     const int start = out.GetLength();
     if (node.value.IsString()) out += '"';
-    static_cast<void>(AppendText(node.value, out));
+    static_cast<void>(OrWithoutMemory(OpError::None, [&] { return AppendText(node.value, out); }));
     if (node.value.IsString()) out += '"';
     if (node.value.IsFloat() && out.Find('.', false, start) < 0) out += ".0";
 }

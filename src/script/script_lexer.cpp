@@ -237,6 +237,7 @@ void CCoreScriptLexer::AppendScanned(const LexToken& scanned, const CREToken& ki
     switch (token.id) {
         case ID:
             token.m_value = StrId(scanned.text, static_cast<unsigned int>(scanned.length));
+            if (token.m_value == kNoName) throw std::bad_alloc();
             token.text = StrPtr(token.m_value);
             token.length = static_cast<std::uint32_t>(scanned.length);
             break;

@@ -70,7 +70,9 @@ bool Evaluate(const char* text, CoreUnits units, Var& result, CoreString* messag
     {
         ErrorCollector collector(ignored);
         const StreamOverride stream(*engine, collector);
-        if (engine->Execute(LowerCase(text), result, kUnitsNone)) return true;
+        const CoreString lower = LowerCase(text);
+        const bool isWhole = lower.GetLength() == CoreString::GetLength(text);
+        if (isWhole && engine->Execute(lower, result, kUnitsNone)) return true;
     }
     if (messages != nullptr) *messages = std::move(first);
     return false;

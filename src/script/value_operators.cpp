@@ -8,6 +8,7 @@
 
 #include <charconv>
 #include <climits>
+#include <new>
 
 #include "script/operand.h"
 #include "script/value_operand.h"
@@ -367,6 +368,7 @@ OpError BoolOf(const Value& value, bool& out) {
 namespace {
 
 OpError ErrorOf(const TextSink& sink) {
+    if (sink.Lacks()) throw std::bad_alloc();
     if (sink.NullReads() != 0) return OpError::UnknownVarType;
     return sink.IsFull() ? OpError::StringTooLong : OpError::None;
 }

@@ -1,5 +1,6 @@
 // The boundary between the engine's values and Vars.
 #include <cstring>
+#include <new>
 
 #include "foundation/lack_of_memory.h"
 #include "script/value.h"
@@ -31,8 +32,13 @@ void StoreShallow(const Value& value, Var& out) {
             return VarAccess::SetObject(out, value.Function());
         case Tag::Reference:
             return VarAccess::SetObject(out, value.Reference());
-        case Tag::String:
-            return VarAccess::SetText(out, StrId(value.Text().data(), value.String()->length));
+        case Tag::String: {
+            const std::string_view text = value.Text();
+            const STRID id = StrId(text.data(), value.String()->length);
+            // A text that begins with a NUL has no name, either.
+            if (id == kNoName && !text.empty() && text[0] != '\0') throw std::bad_alloc();
+            return VarAccess::SetText(out, id);
+        }
         case Tag::List:
             return VarAccess::SetEmptyList(out);
     }

@@ -75,8 +75,18 @@ std::string FollowLinks(const std::string& path) {
     return target;
 }
 
-/// Gives a new file the rights that the old one has of its own, and its attributes; false if that fails.
-/// Where the file system knows no rights there is nothing to do.
+/// Whether a list of rights holds some that do not come from the folder.
+bool HasOwnRights(ACL* rights) {
+    for (WORD i = 0; rights != nullptr && i < rights->AceCount; ++i) {
+        void* entry = nullptr;
+        if (GetAce(rights, i, &entry) && (static_cast<ACE_HEADER*>(entry)->AceFlags & INHERITED_ACE) == 0)
+            return true;
+    }
+    return false;
+}
+
+/// Gives a new file the rights that the old one has of its own; false if that fails. Where there are none, or
+/// the file system knows no rights, there is nothing to do: few may change rights on a share.
 bool TakeRights(const std::string& name, const std::string& old) {
     PACL rights = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;
@@ -86,16 +96,17 @@ bool TakeRights(const std::string& name, const std::string& old) {
     SECURITY_DESCRIPTOR_CONTROL control = 0;
     DWORD revision = 0;
     GetSecurityDescriptorControl(descriptor, &control, &revision);
+    const bool isProtected = (control & SE_DACL_PROTECTED) != 0;
     const DWORD inheritance =
-        (control & SE_DACL_PROTECTED) != 0
-            ? PROTECTED_DACL_SECURITY_INFORMATION
-            : UNPROTECTED_DACL_SECURITY_INFORMATION;  // what the folder gives is added anew
+        isProtected ? PROTECTED_DACL_SECURITY_INFORMATION
+                    : UNPROTECTED_DACL_SECURITY_INFORMATION;  // what the folder gives is added anew
+    DWORD result = ERROR_SUCCESS;
     std::string path = name;
-    const DWORD result =
-        SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | inheritance, nullptr,
-                              nullptr, rights, nullptr);
+    if (isProtected || HasOwnRights(rights))
+        result = SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | inheritance,
+                                       nullptr, nullptr, rights, nullptr);
     LocalFree(descriptor);
-    return result == ERROR_SUCCESS && SetFileAttributesA(name.c_str(), GetFileAttributesA(old.c_str()));
+    return result == ERROR_SUCCESS;
 }
 
 /// Creates a file with a name of its own in the folder of another.
@@ -150,11 +161,31 @@ bool RenameAtOnce(const char* from, const char* to) {
     return SetFileInformationByHandle(file.Get(), RenameRequest::kClass, &request, sizeof request) != 0;
 }
 
+/// The last resort. The old file stands under a name of its own meanwhile, and comes back if the new one
+/// cannot take its place.
+bool ReplaceSlowly(const char* from, const char* to) {
+    const std::string backup = std::string(from) + ".old";
+    const bool isDone =
+        ReplaceFileA(to, from, backup.c_str(),
+                     REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS, nullptr, nullptr) != 0;
+    if (!isDone && GetFileAttributesA(to) == INVALID_FILE_ATTRIBUTES)
+        MoveFileExA(backup.c_str(), to, MOVEFILE_WRITE_THROUGH);
+    else
+        DeleteFileA(backup.c_str());
+    return isDone;
+}
+
 bool RenameOver(const char* from, const char* to) {
+    const DWORD attributes = GetFileAttributesA(to);
+    if (attributes != INVALID_FILE_ATTRIBUTES) SetFileAttributesA(from, attributes);
     return Insist([from, to] {
-        return RenameAtOnce(from, to) ||
-               MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) ||
-               ReplaceFileA(to, from, nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr);
+        if (RenameAtOnce(from, to) ||
+            MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+            return true;
+        const DWORD error = GetLastError();
+        if (GetFileAttributesA(to) != INVALID_FILE_ATTRIBUTES && ReplaceSlowly(from, to)) return true;
+        SetLastError(error);
+        return false;
     });
 }
 
@@ -225,9 +256,12 @@ bool Replacement::Create(const char* path) try {
 }
 
 bool Replacement::PutInPlace(bool (*rename)(const char* from, const char* to)) {
-    FileHandle file(CreateFileA(m_newPath.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
-                                FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.IsOpen() || !FlushFileBuffers(file.Get()) || !file.Close()) return false;
+    const bool isWritten = Insist([this] {
+        FileHandle file(CreateFileA(m_newPath.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        return file.IsOpen() && FlushFileBuffers(file.Get()) && file.Close();
+    });
+    if (!isWritten) return false;
     if (!rename(m_newPath.c_str(), m_path.c_str())) return false;
     m_newPath.clear();
     return true;
