@@ -54,7 +54,8 @@ class FileLock {
 
     /// As Acquire, but locks a file's own content, and creates none. Who only reads or writes the file feels
     /// nothing of it. A file that is replaced while this waits is locked anew. True also if there is no file,
-    /// or its file system knows no locks.
+    /// or its file system knows no locks. On Windows it is the path that is locked, for the programs of one
+    /// user on one machine.
     bool AcquireExisting(const char* path, int milliseconds);
 
  private:

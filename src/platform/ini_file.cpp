@@ -12,7 +12,6 @@ namespace brenta {
 
 namespace {
 
-constexpr int kLockMilliseconds = 5000;
 constexpr std::size_t kLargestFile = std::size_t{64} << 20;
 
 /// The file that was read last.
@@ -63,15 +62,8 @@ std::vector<std::string> ListIniNames(const std::string& path, const std::string
     return {names.begin(), names.end()};
 }
 
-bool WriteIniValue(const std::string& path, std::string_view section, std::string_view key,
+bool ChangeIniFile(const std::string& path, std::string_view section, std::string_view key,
                    const std::string_view* value) {
-    if (!IniText::CanSet(section, key, value ? *value : "")) return false;
-    if (!value && os::IsAbsent(path.c_str())) return true;
-    const std::string folder = path.substr(0, path.find_last_of("\\/"));
-    os::FileLock lock;
-    if (!os::CreatePrivateFolder(folder.c_str()) ||
-        !lock.Acquire((path + ".lock").c_str(), kLockMilliseconds))
-        return false;
     std::string content;
     if (!ReadForChange(path, content)) return false;
     IniText text(content);

@@ -22,4 +22,9 @@ std::vector<std::string> ListIniNames(const std::string& path, const std::string
 bool WriteIniValue(const std::string& path, std::string_view section, std::string_view key,
                    const std::string_view* value);
 
+/// The platform's part of WriteIniValue, for a value that can be set in a folder that is there. The caller
+/// holds the lock.
+bool ChangeIniFile(const std::string& path, std::string_view section, std::string_view key,
+                   const std::string_view* value);
+
 }  // namespace brenta

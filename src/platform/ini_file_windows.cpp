@@ -6,7 +6,6 @@
 #include "os/data_files.h"
 #include "os/os.h"
 #include "platform/ini_file.h"
-#include "platform/ini_text.h"
 #include "platform/registry_path.h"
 #include "platform/wide_text_windows.h"
 
@@ -17,7 +16,6 @@ namespace brenta {
 
 namespace {
 
-constexpr int kLockMilliseconds = 5000;
 constexpr std::size_t kLargestAnswer = std::size_t{1} << 24;
 
 /// A file that has no full path would be taken for one of the system's folder. "" on failure.
@@ -94,15 +92,8 @@ std::vector<std::string> ListIniNames(const std::string& path, const std::string
     return names;
 }
 
-bool WriteIniValue(const std::string& path, std::string_view section, std::string_view key,
+bool ChangeIniFile(const std::string& path, std::string_view section, std::string_view key,
                    const std::string_view* value) {
-    if (!IniText::CanSet(section, key, value ? *value : "")) return false;
-    if (!value && os::IsAbsent(path.c_str())) return true;
-    const std::string folder = path.substr(0, path.find_last_of("\\/"));
-    os::FileLock lock;
-    if (!os::CreatePrivateFolder(folder.c_str()) ||
-        !lock.Acquire((path + ".lock").c_str(), kLockMilliseconds))
-        return false;
     // The system writes a file over, which a crash would cut; so it gets a copy, which then takes the place.
     std::string content;
     if (os::ReadWholeFile(path.c_str(), content) != os::FileStatus::Ok && !os::IsAbsent(path.c_str()))

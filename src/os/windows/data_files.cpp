@@ -45,11 +45,10 @@ std::chrono::steady_clock::time_point After(int milliseconds) {
     return std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
 }
 
-/// Locks one byte, whose offset has the given high half.
-bool TakeLock(HANDLE file, DWORD offsetHigh, std::chrono::steady_clock::time_point end) {
+/// Locks the first byte.
+bool TakeLock(HANDLE file, std::chrono::steady_clock::time_point end) {
     for (;;) {
         OVERLAPPED start{};
-        start.OffsetHigh = offsetHigh;
         if (LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &start))
             return true;
         if (GetLastError() != ERROR_LOCK_VIOLATION || std::chrono::steady_clock::now() >= end) return false;
@@ -107,7 +106,7 @@ bool FileLock::Acquire(const char* path, int milliseconds) {
                     FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
     m_handle = reinterpret_cast<std::intptr_t>(file);
-    return TakeLock(file, 0, After(milliseconds));
+    return TakeLock(file, After(milliseconds));
 }
 
 // A file that is open cannot be replaced at once everywhere. So the lock is not one of the file, but one of
