@@ -113,8 +113,11 @@ bool DeclarationStatement::Construct(CCoreScriptEngine& engine, ClassSymbol* cls
     if (cls == nullptr) return true;
     return RunStatement(engine, [&](Executor& executor) {
         Value instance = Value::OfList(0);
-        for (TIter<Var> at = members; at.Get() != nullptr; at.Next())
-            AppendItem(instance, FromVar(*at.Get()), at.Get()->GetName());
+        for (TIter<Var> at = members; at.Get() != nullptr; at.Next()) {
+            Value member;
+            if (!executor.FromHost(*at.Get(), member)) return false;
+            AppendItem(instance, std::move(member), at.Get()->GetName());
+        }
         std::size_t constructed = 0;
         const bool complete = executor.ConstructMembers(*cls, instance, constructed);
         for (std::size_t i = 0; i < constructed; ++i, members.Next())

@@ -315,7 +315,8 @@ namespace {
 
 ExecStatus ExecuteStatement(const Statement& statement, CCoreScriptEngine& engine, Var& result) {
     return RunStatement(engine, [&](Executor& executor) {
-        Value value = FromVar(result);
+        Value value;
+        if (!executor.FromHost(result, value)) return EXEC_FAILED;
         const ExecStatus status = executor.Run(statement, value);
         return executor.ToHost(value, result) ? status : EXEC_FAILED;
     });
@@ -366,8 +367,10 @@ ExecStatus HaltStatement::Execute(CCoreScriptEngine& engine, Var& result) {
 
 bool PrintStatement::Output(CCoreScriptEngine& engine, CoreString& text, const Var& value) {
     return RunStatement(engine, [&](Executor& executor) {
+        Value own;
+        if (!executor.FromHost(value, own)) return false;
         CoreString printed;
-        const OpError error = executor.AppendOutput(FromVar(value), printed);
+        const OpError error = executor.AppendOutput(own, printed);
         if (error != OpError::None) engine.Messages().Error("", "%s", OpErrorText(error));
         text += printed;
         return error == OpError::None;

@@ -146,10 +146,13 @@ const Var& ScriptSymbol::GetValue() const {
     return m_current;
 }
 
-void ScriptSymbol::SetValue(const Var& value) {
+bool ScriptSymbol::SetValue(const Var& value) {
+    ConversionLimit limit = ConversionLimit::None;
+    Value own = FromVar(value, &limit);
+    if (limit != ConversionLimit::None) return false;
     if (Value* bound = BoundValue(*this)) {
-        *bound = FromVar(value);
-        return;
+        *bound = std::move(own);
+        return true;
     }
     m_initial = value;
     m_hasInitial = true;
@@ -157,6 +160,7 @@ void ScriptSymbol::SetValue(const Var& value) {
     m_pStart = nullptr;
     // The objects that classes keep hold the former value.
     if (m_isMember) SymbolAccess::NoteClassChange();
+    return true;
 }
 
 void ScriptSymbol::Aggregate(ClassSymbol* cls, Var& out) const {

@@ -99,6 +99,10 @@ TEST(Engine, HostSeesAndChangesValues) {
     symbol->SetValue(Var("new", kNoName));
     EXPECT_EQ(run.Execute("v"), "=\"new\"");
     EXPECT_EQ(run.Execute("v = 8; look()"), "=6");
+    Var deep = rows::List({});
+    for (int i = 0; i < 1000; ++i)
+        deep = rows::List({deep});
+    EXPECT_FALSE(symbol->SetValue(deep));
     EXPECT_EQ(Describe(symbol->GetValue()), "8");
     run.Execute("Env.Probe.name");
     ASSERT_NE(run.probe.context, nullptr);

@@ -173,7 +173,8 @@ class BRENTA_API CCoreSymbolTable {
 /// A variable: a value and, for `as` declarations, its class.
 class BRENTA_API ScriptSymbol : public CCoreSymbol {
  public:
-    /// Without a class the initial value is a copy of `initial`. With a class it is a new object of the class
+    /// Without a class the initial value is a copy of `initial`, bound as null if it is a list beyond the
+    /// limits of SetValue. With a class it is a new object of the class
     /// (Aggregate), a list named `name`; `initial` is then not used. The class stays its owner's and must
     /// outlive the symbol.
     ScriptSymbol(STRID name, const Var& initial, ClassSymbol* cls);
@@ -196,9 +197,10 @@ class BRENTA_API ScriptSymbol : public CCoreSymbol {
     /// symbol.
     const Var& GetValue() const;
 
-    /// Stores a copy of `value` into the innermost binding, or, unbound, replaces the initial value. A list
-    /// beyond the engine's limits (16,777,216 elements, 1000 levels, texts of 64 MiB) is bound as null.
-    void SetValue(const Var& value);
+    /// Stores a copy of `value` into the innermost binding, or, unbound, replaces the initial value. False,
+    /// and nothing changes, for a list beyond the engine's limits (16,777,216 elements, 1000 levels, texts of
+    /// 64 MiB).
+    bool SetValue(const Var& value);
 
     /// The value that each new binding starts with; good until the symbol is changed or destroyed. That of a
     /// class object or an array is put together when this is first called.
