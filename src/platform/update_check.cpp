@@ -154,10 +154,11 @@ bool CheckForUpdate(const std::string& server, CNetworkManager& manager, const H
 }
 
 void ReadUpdatePage(CNetworkManager* manager) try {
+    if (!HostIsOnline() || !CountDown()) return;
     CoreString server;
-    if (!HostIsOnline() || !HostEndpoint(Endpoint::WebServer, server) || server.IsEmpty()) return;
+    if (!HostEndpoint(Endpoint::WebServer, server) || server.IsEmpty()) return;
     UpdateWorker& worker = Worker();
-    if (worker.IsRunning() || !CountDown()) return;
+    if (worker.IsRunning()) return;
     if (!worker.Start(server(), manager ? *manager : CNetworkManager())) AfxMessageBox(kFailure);
 } catch (const std::exception&) {
     AfxMessageBox(kFailure);

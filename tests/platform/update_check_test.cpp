@@ -61,7 +61,7 @@ TEST(UpdateCheck, CountsDownToTheNextCheck) {
     const LoopbackServer server({{kPath, Page("build=5")}});
     // Countdown before; online, endpoint; countdown after, requests so far.
     const std::tuple<int, bool, bool, int, std::size_t> rows[] = {
-        {2, false, true, 2, 0}, {2, true, false, 2, 0}, {2, true, true, 1, 0},
+        {2, false, true, 2, 0}, {2, true, false, 1, 0}, {2, true, true, 1, 0},
         {1, true, true, 0, 0},  {0, true, true, 0, 1},  {-3, true, true, -3, 2}};
     for (const auto& [before, isOnline, hasServer, after, requests] : rows) {
         SetAppValue("Settings", "CheckForUpdates", before);

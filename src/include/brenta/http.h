@@ -81,10 +81,10 @@ BRENTA_API int DownloadFile(const char* url, const char* file, CNetworkManager* 
 /// Counts down to the next check for a newer version and, when it is due, makes it on a thread of the
 /// library; returns at once either way. Call it at every start of the application, from one thread.
 ///
-/// Nothing happens while the machine is offline, while there is no endpoint Endpoint::WebServer
-/// (brenta/host.h), or while an earlier check still runs. Otherwise the application value "CheckForUpdates"
-/// of the section "Settings" (brenta/settings.h) is looked at: 1 or more is decremented, and that was all;
-/// below 1 the server is asked. Nothing sets it again but the host.
+/// Nothing happens while the machine is offline. Otherwise the application value "CheckForUpdates" of the
+/// section "Settings" (brenta/settings.h) is looked at: 1 or more is decremented, and that was all; below 1
+/// the server is asked, unless there is no endpoint Endpoint::WebServer (brenta/host.h) or an earlier check
+/// still runs. Nothing sets the value again but the host.
 ///
 /// What the server answered is found in the section "Update": "UpdateVersion", "UpdateInstallStr",
 /// "UpdateSize" and "UpdateInstallArgs". If its version is not newer than the library's own,
