@@ -148,18 +148,14 @@ bool CCoreScriptEngine::InjectScript(const char* name, const char* text) {
 // ---------------------------------------------------------------------------------------------------------
 // Commands
 
-namespace {
-
-/// A command's value as a length: its number times the unit's factor, in internal units.
 void ConvertToLength(Var& value, CoreUnits units) {
+    if (units == kUnitsNone) return;
     if (units < kInches || units > kMillimeters) {
         ForcedCrash(0, "CoreScripting", __LINE__, "Forced crash! \"Unknown UnitType\"");
         return;
     }
     value = DoubleToInt(value.GetFloat() * GetUnitFactor(units));
 }
-
-}  // namespace
 
 bool CCoreScriptEngine::RunCommand(const char* text, Value& value, bool& unitsSeen) {
     if (!InjectScriptText("cmd:", text, true)) return false;
@@ -171,20 +167,23 @@ bool CCoreScriptEngine::RunCommand(const char* text, Value& value, bool& unitsSe
     return m_pState->executor->RunCommand(command.Statements(), value);
 }
 
-bool CCoreScriptEngine::Execute(const char* text, Var& result, CoreUnits units) {
+bool EngineState::Execute(CCoreScriptEngine& engine, const char* text, Var& result, bool& unitsSeen) {
     // The text may be the result's own.
     const CoreString copy(text);
     const bool isWhole = copy.GetLength() == CoreString::GetLength(text);
     result = Var();
-    return RunForHost(*this, [&] {
+    return RunForHost(engine, [&] {
         if (!isWhole) throw std::bad_alloc();
         Value value;
-        bool unitsSeen = false;
-        if (!RunCommand(copy, value, unitsSeen)) return false;
-        if (!m_pState->executor->ToHost(value, result)) return false;
-        if (units != kUnitsNone && !unitsSeen) ConvertToLength(result, units);
-        return true;
+        return engine.RunCommand(copy, value, unitsSeen) && engine.m_pState->executor->ToHost(value, result);
     });
+}
+
+bool CCoreScriptEngine::Execute(const char* text, Var& result, CoreUnits units) {
+    bool unitsSeen = false;
+    if (!EngineState::Execute(*this, text, result, unitsSeen)) return false;
+    if (!unitsSeen) ConvertToLength(result, units);
+    return true;
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -273,7 +272,10 @@ void CCoreScriptEngine::ClearStop() {
 // Descriptions
 
 bool CCoreScriptEngine::Reflect(const Var& value) {
-    return RunForHost(*this, [&] { return m_pState->executor->Reflect(FromVar(value)); });
+    return RunForHost(*this, [&] {
+        Value own;
+        return m_pState->executor->FromHost(value, own) && m_pState->executor->Reflect(own);
+    });
 }
 
 void CCoreScriptEngine::DumpSymbolTable() {

@@ -34,6 +34,9 @@ struct EngineState : ParserState {
     /// again before the new one ends.
     static CScriptMsgStream* ExchangeStream(CCoreScriptEngine& engine, CScriptMsgStream* stream);
 
+    /// CCoreScriptEngine::Execute without a unit; tells whether a number of the text had one.
+    static bool Execute(CCoreScriptEngine& engine, const char* text, Var& result, bool& unitsSeen);
+
     // --- checking without running (CheckScriptModule)
     bool checkOnly = false;  ///< parse without executing global declarations
     /// Called before a module is parsed, when set, with the complete token list.
@@ -58,5 +61,9 @@ struct EngineState : ParserState {
     SymbolList symbols;  ///< has room for those of the texts, too
     std::size_t symbolsOfTexts = 0;
 };
+
+/// A command's value as a length: its number times the unit's factor, in internal units; as it is for
+/// kUnitsNone. May raise a forced crash.
+void ConvertToLength(Var& value, CoreUnits units);
 
 }  // namespace brenta

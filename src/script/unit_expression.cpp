@@ -3,6 +3,7 @@
 // They run on the library-wide engine, one at a time. Any text of the language is accepted, so a text may
 // define variables that later texts see, print, and loop; nothing but its result and its messages come out.
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 
@@ -18,6 +19,33 @@ namespace {
 /// Evaluation may take as long as a script likes, and may come back here from a host object that it asks
 /// something. Not an os::Lock: that is for moments.
 constinit std::recursive_mutex g_unitLock;
+
+/// Whether the evaluation in progress was asked to stop: the engine forgets it as soon as it has.
+constinit std::atomic<bool> g_isStopped{false};
+
+/// The turn of one text. A request to stop that came after the text before had ended is not for this one. The
+/// turn of a text within another, by way of a host object, leaves the request for both.
+class Turn {
+ public:
+    Turn() : m_lock(g_unitLock), m_pEngine(LibraryEngine()) {
+        if (g_depth++ > 0) return;
+        g_isStopped = false;
+        if (m_pEngine != nullptr) m_pEngine->ClearStop();
+    }
+    ~Turn() {
+        if (--g_depth > 0 && g_isStopped && m_pEngine != nullptr) m_pEngine->RequestStop();
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+    CCoreScriptEngine* Engine() const { return m_pEngine; }
+
+ private:
+    static constinit inline int g_depth = 0;  // the lock's
+
+    const std::lock_guard<std::recursive_mutex> m_lock;
+    CCoreScriptEngine* const m_pEngine;
+};
 
 /// Collects error messages, one a line.
 class ErrorCollector : public CScriptMsgStream {
@@ -54,10 +82,10 @@ CoreString LowerCase(const char* text) {
 }
 
 /// A text that fails as typed is tried once more in lower case, for "10MIL", and then without a unit for bare
-/// numbers.
-bool Evaluate(const char* text, CoreUnits units, Var& result, CoreString* messages) {
-    const std::lock_guard lock(g_unitLock);
-    CCoreScriptEngine* const engine = LibraryEngine();
+/// numbers. Tells whether the result is in internal units already.
+bool Evaluate(const char* text, Var& result, bool& isInternal, CoreString* messages) {
+    const Turn turn;
+    CCoreScriptEngine* const engine = turn.Engine();
     if (messages != nullptr) messages->SetEmpty();
     if (text == nullptr || engine == nullptr) return false;
     CoreString first;
@@ -65,13 +93,14 @@ bool Evaluate(const char* text, CoreUnits units, Var& result, CoreString* messag
     {
         ErrorCollector collector(first);
         const StreamOverride stream(*engine, collector);
-        if (engine->Execute(text, result, units)) return true;
+        if (EngineState::Execute(*engine, text, result, isInternal)) return true;
     }
-    {
+    if (!g_isStopped) {
         ErrorCollector collector(ignored);
         const StreamOverride stream(*engine, collector);
         const CoreString lower = LowerCase(text);
         const bool isWhole = lower.GetLength() == CoreString::GetLength(text);
+        isInternal = true;
         if (isWhole && engine->Execute(lower, result, kUnitsNone)) return true;
     }
     if (messages != nullptr) *messages = std::move(first);
@@ -88,10 +117,20 @@ int RoundLength(int length) {
 
 }  // namespace
 
+void StopUnitEvaluation() {
+    CCoreScriptEngine* const engine = LibraryEngine();
+    if (engine == nullptr) return;
+    g_isStopped = true;
+    engine->RequestStop();
+}
+
 bool EvaluateUnit(const char* text, CoreUnits defaultUnits, int& value, CoreString* messages) {
     Var result;
     value = 0;
-    if (!Evaluate(text, defaultUnits, result, messages)) return false;
+    bool isInternal = false;
+    if (!Evaluate(text, result, isInternal, messages)) return false;
+    // No turn is held here: the handler of a forced crash may evaluate lengths on another thread.
+    if (!isInternal) ConvertToLength(result, defaultUnits);
     if (result.GetKind() != VarKind::Null) value = RoundLength(result.GetInt());
     return true;
 }

@@ -1,4 +1,5 @@
-
+#include <atomic>
+#include <thread>
 
 #include "brenta/units.h"
 #include "test_support.h"
@@ -37,6 +38,34 @@ TEST(UnitExpression, ThreadsTakeTurns) {
             EXPECT_EQ(StringToUnit(text.c_str(), kInches), i * 20000);
         }
     });
+}
+
+TEST(UnitExpression, ATextWithoutEndCanBeStopped) {
+    std::atomic<bool> hasEnded{false};
+    CoreString messages;
+    int value = 7;
+    std::thread typed([&] {
+        EXPECT_FALSE(EvaluateUnit("while (1) { }", kMils, value, &messages));
+        hasEnded = true;
+    });
+    while (!hasEnded)
+        StopUnitEvaluation();
+    typed.join();
+    EXPECT_EQ(messages, "cmd:(1): Script interrupted.");
+    StopUnitEvaluation();
+    EXPECT_TRUE(ValidateUnit("while (1) { break; }"));
+}
+
+/// The handler of a forced crash may wait for another thread that evaluates a length.
+TEST(UnitExpression, NoTurnIsHeldInAForcedCrash) {
+    static int s_length = 0;
+    const auto handler = [](const ForcedCrashRecord&, void*) {
+        std::thread([] { s_length = StringToUnit("1", kMils); }).join();
+    };
+    const CrashRecorder restored;
+    SetForcedCrashHandler(handler, nullptr);
+    EXPECT_EQ(StringToUnit("70", static_cast<CoreUnits>(9)), 70);
+    EXPECT_EQ(s_length, 10000);
 }
 
 TEST(UnitExpression, Messages) {

@@ -83,4 +83,9 @@ BRENTA_API bool ValidateUnit(const char* text);
 /// `messages` is not null it is replaced by what the script engine had to say, one message a line.
 BRENTA_API bool EvaluateUnit(const char* text, CoreUnits defaultUnits, int& value, CoreString* messages);
 
+/// Ends the evaluation in progress, if there is one, at its next loop turn or call: for the user who typed
+/// "while(1) { }" into a field. It fails with "Script interrupted." and is not tried again; those that wait
+/// for their turn go on. May be called from any thread and from a signal handler.
+BRENTA_API void StopUnitEvaluation();
+
 }  // namespace brenta
