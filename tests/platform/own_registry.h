@@ -16,8 +16,7 @@ class OwnRegistry {
     OwnRegistry& operator=(const OwnRegistry&) = delete;
 
  private:
-    std::string m_key;
-    bool m_isFirst;
+    std::string m_toRemove;  // a key, or none
 };
 
 }  // namespace brenta::test

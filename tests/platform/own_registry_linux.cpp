@@ -2,7 +2,7 @@
 
 namespace brenta::test {
 
-OwnRegistry::OwnRegistry(const std::string&, bool isFirst) : m_isFirst(isFirst) {}
+OwnRegistry::OwnRegistry(const std::string&, bool) {}
 OwnRegistry::~OwnRegistry() = default;
 
 }  // namespace brenta::test

@@ -22,14 +22,16 @@ void LeadTo(HKEY root, HKEY key) {
 
 }  // namespace
 
-OwnRegistry::OwnRegistry(const std::string& folder, bool isFirst) : m_key(folder), m_isFirst(isFirst) {
-    for (char& c : m_key)
+OwnRegistry::OwnRegistry(const std::string& folder, bool isFirst) {
+    std::string own = folder;
+    for (char& c : own)
         if (c == '\\' || c == '/') c = '|';
-    m_key = "Software\\Brenta Tests\\" + m_key;
+    own = "Software\\Brenta Tests\\" + own;
+    if (isFirst) m_toRemove = own;
     HKEY keys[std::size(kRoots)] = {};
     // All are made before the first root, below which they are, leads elsewhere.
     for (std::size_t i = 0; i < std::size(kRoots); ++i)
-        RegCreateKeyExA(HKEY_CURRENT_USER, (m_key + "\\" + kRoots[i].first).c_str(), 0, nullptr, 0,
+        RegCreateKeyExA(HKEY_CURRENT_USER, (own + "\\" + kRoots[i].first).c_str(), 0, nullptr, 0,
                         KEY_ALL_ACCESS, nullptr, &keys[i], nullptr);
     for (std::size_t i = 0; i < std::size(kRoots); ++i) {
         LeadTo(kRoots[i].second, keys[i]);
@@ -40,7 +42,7 @@ OwnRegistry::OwnRegistry(const std::string& folder, bool isFirst) : m_key(folder
 OwnRegistry::~OwnRegistry() {
     for (const auto& [name, root] : kRoots)
         LeadTo(root, nullptr);
-    if (m_isFirst) RegDeleteTreeA(HKEY_CURRENT_USER, m_key.c_str());
+    if (!m_toRemove.empty()) RegDeleteTreeA(HKEY_CURRENT_USER, m_toRemove.c_str());
 }
 
 }  // namespace brenta::test
