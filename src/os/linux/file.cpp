@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "os/os.h"
+#include "os/read_to_end.h"
 
 namespace brenta::os {
 
@@ -69,25 +70,6 @@ bool WriteAll(int file, std::string_view content) {
         if (count > 0) content.remove_prefix(static_cast<std::size_t>(count));
     }
     return true;
-}
-
-/// The file may be shorter or longer by now than its size said, as files under /proc always are.
-FileStatus ReadToEnd(int file, std::size_t expected, std::string& content, std::size_t limit) {
-    constexpr std::size_t kLeastRoom = 4096;
-    std::string bytes;
-    std::size_t used = 0;
-    for (;;) {
-        // The byte more shows the end of a file that kept its size without another buffer.
-        if (used == bytes.size()) bytes.resize(used == 0 ? std::max(expected + 1, kLeastRoom) : 2 * used);
-        const ssize_t count = ReadSome(file, bytes.data() + used, bytes.size() - used);
-        if (count < 0) return FileStatus::CannotRead;
-        used += static_cast<std::size_t>(count);
-        if (used > limit) return FileStatus::CannotRead;
-        if (count == 0) break;
-    }
-    bytes.resize(used);
-    content.swap(bytes);
-    return FileStatus::Ok;
 }
 
 /// Where the symbolic links lead that a path ends with, also if nothing is there.
@@ -190,7 +172,8 @@ FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t lim
     if (file.Get() < 0) return FileStatus::CannotOpen;
     const auto size = static_cast<std::size_t>(info.st_size);
     if (size > limit) return FileStatus::CannotRead;
-    return ReadToEnd(file.Get(), size, content, limit);
+    return ReadToEnd(size, content, limit,
+                     [&](char* buffer, std::size_t count) { return ReadSome(file.Get(), buffer, count); });
 } catch (const std::exception&) {
     return FileStatus::CannotRead;
 }

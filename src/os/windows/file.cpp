@@ -8,6 +8,7 @@
 #include <io.h>
 
 #include "os/os.h"
+#include "os/read_to_end.h"
 #include "os/windows/file_handle.h"
 
 #define WIN32_LEAN_AND_MEAN
@@ -34,25 +35,6 @@ std::ptrdiff_t ReadSome(HANDLE file, char* buffer, std::size_t size) {
     return ReadFile(file, buffer, piece, &count, nullptr) ? static_cast<std::ptrdiff_t>(count) : -1;
 }
 
-/// The file may be shorter or longer by now than its size said.
-FileStatus ReadToEnd(HANDLE file, std::size_t expected, std::string& content, std::size_t limit) {
-    constexpr std::size_t kLeastRoom = 4096;
-    std::string bytes;
-    std::size_t used = 0;
-    for (;;) {
-        // The byte more shows the end of a file that kept its size without another buffer.
-        if (used == bytes.size()) bytes.resize(used == 0 ? std::max(expected + 1, kLeastRoom) : 2 * used);
-        const std::ptrdiff_t count = ReadSome(file, bytes.data() + used, bytes.size() - used);
-        if (count < 0) return FileStatus::CannotRead;
-        used += static_cast<std::size_t>(count);
-        if (used > limit) return FileStatus::CannotRead;
-        if (count == 0) break;
-    }
-    bytes.resize(used);
-    content.swap(bytes);
-    return FileStatus::Ok;
-}
-
 }  // namespace
 
 FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t limit) try {
@@ -61,7 +43,8 @@ FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t lim
     LARGE_INTEGER size;
     if (!GetFileSizeEx(file.Get(), &size)) return FileStatus::CannotRead;
     if (static_cast<std::uint64_t>(size.QuadPart) > limit) return FileStatus::CannotRead;
-    return ReadToEnd(file.Get(), static_cast<std::size_t>(size.QuadPart), content, limit);
+    return ReadToEnd(static_cast<std::size_t>(size.QuadPart), content, limit,
+                     [&](char* buffer, std::size_t count) { return ReadSome(file.Get(), buffer, count); });
 } catch (const std::exception&) {
     return FileStatus::CannotRead;
 }
