@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "os/os.h"
+#include "os/windows/file_handle.h"
 
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
@@ -80,12 +81,15 @@ class ComForShell {
 }  // namespace
 
 bool OpenWithDesktop(const char* target) try {
-    if (!target || (KindOfPath(target) == PathKind::Absent && !HasScheme(target))) return false;
+    const bool isFile = KindOfPath(target) != PathKind::Absent;
+    if (!target || (!isFile && !HasScheme(target))) return false;
+    // For a name alone the desktop would look elsewhere, too.
+    const std::string file = isFile ? FullPath(target) : target;
     const ComForShell com;
     SHELLEXECUTEINFOA request{};
     request.cbSize = sizeof request;
     request.fMask = SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC;
-    request.lpFile = target;
+    request.lpFile = file.c_str();
     request.nShow = SW_SHOWNORMAL;
     return ShellExecuteExA(&request) != 0;
 } catch (const std::exception&) {
