@@ -70,6 +70,11 @@ TEST(Os, LeavesBatchFilesNothingToRun) {
         EXPECT_FALSE(StartProgram(words, 2, error)) << program;
         EXPECT_EQ(error, kErrorBadArgument) << program;
     }
+    // A line is started as it stands, without quotes around a name with blanks, too.
+    const char* const words[] = {"a", "b.bat", "x&y"};
+    int error = 0;
+    EXPECT_FALSE(StartProgram(words, 3, error, "a b.bat x&y"));
+    EXPECT_TRUE(StartProgram(words, 1, error, "cmd /c exit 0")) << error;
 }
 
 }  // namespace
