@@ -29,6 +29,11 @@ TEST(System, TheDesktopsPrograms) {
     EXPECT_FALSE(ShellExecProgram((scratch / "none.bat").c_str()));
 }
 
+TEST(System, NamesOfMethodsAreNoMacros) {
+    EXPECT_STREQ(CoreString().GetClassName(), "CoreString");
+    EXPECT_EQ(GetClassName(nullptr, nullptr, 0), 0);
+}
+
 TEST(System, ChangesNothingInTheOtherViewOfTheRegistry) {
     constexpr char kPath[] = "Software\\Brenta Tests of views";
     HKEY other = nullptr;
