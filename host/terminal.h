@@ -12,7 +12,8 @@ bool OutputGoesToTerminal();
 /// Whether what is written to standard error appears on a terminal.
 bool ErrorsGoToTerminal();
 
-/// To be called first: what is written has the same bytes on every platform.
+/// To be called first: what is written has the same bytes on every platform, and a console shows the texts
+/// that they stand for.
 void PrepareStreams();
 
 }  // namespace brenta::host

@@ -1,6 +1,7 @@
 /// @file
 /// The platform seam for files that hold a person's own data: folders and files that nobody else may read,
-/// locks among processes, and what tells one version of a file from the next. Paths as in os/os.h.
+/// locks among processes, and what tells one version of a file from the next. Paths as in os/os.h. What is
+/// for the user alone has on Windows the rights that its folder hands down.
 #pragma once
 
 #include <chrono>
@@ -60,6 +61,7 @@ class FileLock {
 
  private:
     std::intptr_t m_handle = -1;
+    [[maybe_unused]] bool m_isOfName = false;  ///< Windows: the handle is one of a name, not of a file
 };
 
 /// The number of this process; another one in a forked child.

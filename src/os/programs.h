@@ -22,7 +22,8 @@ bool OpenWithDesktop(const char* target);
 /// Starts a program, looked for along the search path if its name has no separator, with `count` words, the
 /// program first, and does not wait. It shares the console, and no other file, with this process, and belongs
 /// to no waiting list of it. False if it could not be started; `error` is then the system's error number.
-/// Windows: a batch file, which a shell would read, gets no words with characters that mean something to it.
-bool StartProgram(const char* const* arguments, int count, int& error);
+/// Windows: a batch file, which a shell would read, gets no words with characters that mean something to it;
+/// a line that the words were cut from is handed to the program as it is.
+bool StartProgram(const char* const* arguments, int count, int& error, const char* line = nullptr);
 
 }  // namespace brenta::os

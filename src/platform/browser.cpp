@@ -1,11 +1,12 @@
 // Showing a page in the person's browser.
 #include <exception>
 #include <string>
+#include <string_view>
 #include <system_error>
-#include <vector>
 
 #include "brenta/http.h"
 #include "brenta/registry.h"
+#include "os/os.h"
 #include "os/programs.h"
 #include "platform/command_words.h"
 #include "platform/host_services.h"
@@ -19,7 +20,6 @@ namespace {
 
 constexpr char kClasses[] = "SOFTWARE\\Classes\\";
 constexpr char kOpenCommand[] = "\\shell\\open\\command";
-constexpr std::string_view kAddressMark = "%1";
 
 bool Fail(int error) {
     CoreString message;
@@ -27,6 +27,22 @@ bool Fail(int error) {
                    std::system_category().message(error).c_str());
     AfxMessageBox(message);
     return false;
+}
+
+/// A text with the variables of the environment in place of their names, which stand between percent signs.
+std::string Expanded(std::string_view text) {
+    std::string expanded, value;
+    while (!text.empty()) {
+        const std::size_t end = text.front() == '%' ? text.find('%', 1) : text.npos;
+        if (end != text.npos && os::GetEnvironment(std::string(text.substr(1, end - 1)).c_str(), value)) {
+            expanded += value;
+            text.remove_prefix(end + 1);
+        } else {
+            expanded += text.front();
+            text.remove_prefix(1);
+        }
+    }
+    return expanded;
 }
 
 /// The unnamed value of a key of the machine; "" if there is none. Asked of the store: CCoreRegistry opens
@@ -39,8 +55,8 @@ std::string MachineValue(const std::string& key) {
         registry_store::ReadValue({registry_store::Root::LocalMachine, path}, "", kLongest, value) !=
             RegistryError::None)
         return "";
-    const bool isText = value.type == REG_SZ || value.type == REG_EXPAND_SZ;
-    return isText ? value.data.c_str() : "";
+    if (value.type == REG_EXPAND_SZ) return Expanded(value.data.c_str());
+    return value.type == REG_SZ ? value.data.c_str() : "";
 }
 
 /// The command by which a kind of file or address is opened; "" if there is none.
@@ -59,41 +75,51 @@ std::string BrowserCommand() {
     return "";
 }
 
-/// Puts the address in place of "%1", or behind the other words where that does not stand. The program itself
-/// is never replaced. As the address stays within one word, nothing in it can become an option of its own.
-void PlaceAddress(std::vector<std::string>& words, const std::string& url) {
+/// Puts the address in place of "%1" and its kin, or behind all else where none stands. What comes before
+/// `start`, the program, is never replaced.
+std::string WithAddress(std::string_view command, std::size_t start, const std::string& url) {
+    std::string line(command.substr(0, start));
     bool isPlaced = false;
-    for (std::size_t i = 1; i < words.size(); ++i) {
-        const std::size_t mark = words[i].find(kAddressMark);
-        if (mark == std::string::npos) continue;
-        words[i].replace(mark, kAddressMark.size(), url);
-        isPlaced = true;
+    for (std::size_t i = start; i < command.size(); ++i) {
+        const std::string_view mark = command.substr(i, 2);
+        if (mark == "%1" || mark == "%l" || mark == "%L") {
+            line += url;
+            isPlaced = true;
+            ++i;
+        } else {
+            line += command[i];
+        }
     }
-    if (!isPlaced) words.push_back(url);
+    return isPlaced ? line : line + " \"" + url + "\" ";
 }
 
-/// The address as it may stand in a command line; "" if it may not.
+/// The address as it may stand in a command line; "" if it may not. Without blanks it stays one word even
+/// where the command has no quotes around it; with them, a backslash at its end would take the closing one
+/// along.
 std::string SafeAddress(const char* url) {
     HttpUrl parts;
     if (!SplitHttpUrl(url, parts)) return "";
-    std::string safe;
-    for (const char* c = url; *c != 0; ++c) {
-        if (*c == '"')
+    std::string_view rest = url;
+    std::string safe, end;
+    for (; rest.ends_with('\\'); rest.remove_suffix(1))
+        end += "%5C";
+    for (const char c : rest) {
+        if (c == '"')
             safe += "%22";
         else
-            safe += *c;
+            safe += c;
     }
-    return safe;
+    return safe + end;
 }
 
 bool Launch(const char* address) {
     const std::string url = SafeAddress(address);
     if (url.empty()) return Fail(os::kErrorBadArgument);
-    std::vector<std::string> words = CommandWords(BrowserCommand());
-    if (words.empty()) return HostShellOpen(url.c_str()) || Fail(os::kErrorNoSuchFile);
-    PlaceAddress(words, url);
+    const std::string command = BrowserCommand();
+    const std::size_t start = EndOfProgram(command);
+    if (start == 0) return HostShellOpen(url.c_str()) || Fail(os::kErrorNoSuchFile);
     int error = 0;
-    return HostStartProcess(words, error) || Fail(error);
+    return HostStartCommand(WithAddress(command, start, url), error) || Fail(error);
 }
 
 }  // namespace

@@ -11,4 +11,7 @@ namespace brenta {
 /// No other character is special.
 std::vector<std::string> CommandWords(std::string_view line);
 
+/// Where the first word ends in the line; 0 if there is none.
+std::size_t EndOfProgram(std::string_view line);
+
 }  // namespace brenta

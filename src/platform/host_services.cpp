@@ -2,6 +2,7 @@
 
 #include "os/programs.h"
 #include "os/system.h"
+#include "platform/command_words.h"
 
 namespace brenta {
 
@@ -11,7 +12,10 @@ bool HostShellOpen(const char* target) {
     return services.shellOpen ? services.shellOpen(services.context, target) : os::OpenWithDesktop(target);
 }
 
-bool HostStartProcess(const std::vector<std::string>& words, int& error) {
+namespace {
+
+/// `line` is null if there are only words.
+bool Start(const std::vector<std::string>& words, const char* line, int& error) {
     error = os::kErrorNoSuchFile;
     if (words.empty() || words[0].empty()) return false;
     error = 0;
@@ -22,7 +26,17 @@ bool HostStartProcess(const std::vector<std::string>& words, int& error) {
     const int count = static_cast<int>(arguments.size());
     const HostServices services = GetHostServices();
     return services.startProcess ? services.startProcess(services.context, arguments.data(), count, error)
-                                 : os::StartProgram(arguments.data(), count, error);
+                                 : os::StartProgram(arguments.data(), count, error, line);
+}
+
+}  // namespace
+
+bool HostStartProcess(const std::vector<std::string>& words, int& error) {
+    return Start(words, nullptr, error);
+}
+
+bool HostStartCommand(const std::string& line, int& error) {
+    return Start(CommandWords(line), line.c_str(), error);
 }
 
 bool HostBrowseForFolder(const char* title, CoreString& folder) {

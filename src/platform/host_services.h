@@ -18,6 +18,8 @@ namespace brenta {
 bool HostShellOpen(const char* target);
 /// The program comes first. `error` is 0 on success and the system's error number otherwise.
 bool HostStartProcess(const std::vector<std::string>& words, int& error);
+/// The same for a command line, which a system whose programs are started by one gets as it stands.
+bool HostStartCommand(const std::string& line, int& error);
 /// On false `folder` is as it was.
 bool HostBrowseForFolder(const char* title, CoreString& folder);
 /// Seconds since 1970, UTC.

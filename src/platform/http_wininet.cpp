@@ -40,6 +40,7 @@ bool TakeHead(const HttpExchange& exchange, const WinInetRequest& request, HttpR
     head.status = request.Status();
     const bool isChunked = EqualIgnoringCase(request.Header(HTTP_QUERY_TRANSFER_ENCODING), "chunked");
     if (!isChunked) head.length = LengthOf(request.Header(HTTP_QUERY_CONTENT_LENGTH));
+    // Not every version of the system's client tells that a chunk was cut; nothing else does.
     head.endIsMarked = isChunked || head.length >= 0 || head.status == 204 || head.status == 304;
     std::string target;
     if (head.status / 100 == 3) target = request.Header(HTTP_QUERY_LOCATION);

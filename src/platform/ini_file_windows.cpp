@@ -31,26 +31,28 @@ std::wstring FullPath(const std::string& path) {
     }
 }
 
-bool IsBusy(DWORD error) {
-    return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION || error == ERROR_ACCESS_DENIED;
+/// How often to ask while that is the error. A file that is being replaced is denied for a moment; one that
+/// is denied for longer is not for this user.
+int AttemptsFor(DWORD error) {
+    if (error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION) return 50;
+    return error == ERROR_ACCESS_DENIED ? 5 : 1;
 }
 
 /// What the system answers; waits a moment for whoever is writing the file. `section` and `key` may be null,
 /// to ask for all names.
 std::wstring Ask(const std::wstring& file, const wchar_t* section, const wchar_t* key) {
     if (file.empty()) return {};
-    constexpr int kAttempts = 50;
     constexpr DWORD kPause = 10;  // milliseconds
     // A list ends with two terminators, and a text with one.
     const std::size_t endSize = section && key ? 1 : 2;
     std::wstring answer(512, L'\0');
-    for (int attempt = 1; attempt < kAttempts;) {
+    for (int attempt = 1;;) {
         SetLastError(ERROR_SUCCESS);
         const DWORD length = GetPrivateProfileStringW(section, key, L"", answer.data(),
                                                       static_cast<DWORD>(answer.size()), file.c_str());
         if (length + endSize >= answer.size() && answer.size() < kLargestAnswer) {
             answer.resize(4 * answer.size());
-        } else if (length == 0 && IsBusy(GetLastError())) {
+        } else if (length == 0 && attempt < AttemptsFor(GetLastError())) {
             ++attempt;
             Sleep(kPause);
         } else {
@@ -58,7 +60,6 @@ std::wstring Ask(const std::wstring& file, const wchar_t* section, const wchar_t
             return answer;
         }
     }
-    return {};
 }
 
 /// Changes the file at that path, which nobody else has in use.

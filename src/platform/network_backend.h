@@ -19,7 +19,7 @@ bool PlatformInternetSettings(InternetSettings& settings);
 bool PlatformIsOnline();
 
 /// Whether a server takes a connection within so many seconds; finding its address comes before these.
-/// Windows takes its own time.
+/// Windows takes its own time, and answers yes without a try where it knows of a proxy.
 bool PlatformCanConnect(const std::string& host, int port, int seconds);
 
 /// Fetches a configuration script; 0 or the error. Where the system fetches scripts by itself, it stays at

@@ -53,11 +53,20 @@ bool PlatformResolve(const std::string& host, std::string& address) {
 }
 
 bool PlatformIsOnline() {
+    // The system also answers no where it knows of a way outward that it has not seen at work; the flags then
+    // name the way.
+    constexpr DWORD kWays = INTERNET_CONNECTION_MODEM | INTERNET_CONNECTION_LAN | INTERNET_CONNECTION_PROXY |
+                            INTERNET_CONNECTION_CONFIGURED;
     DWORD state = 0;
-    return InternetGetConnectedState(&state, 0) && (state & INTERNET_CONNECTION_OFFLINE) == 0;
+    const bool isConnected = InternetGetConnectedState(&state, 0) || (state & kWays) != 0;
+    return isConnected && (state & INTERNET_CONNECTION_OFFLINE) == 0;
 }
 
 bool PlatformCanConnect(const std::string& host, int port, int) {
+    DWORD state = 0;
+    static_cast<void>(InternetGetConnectedState(&state, 0));
+    // Through a proxy there may be no connection to the server itself.
+    if ((state & INTERNET_CONNECTION_PROXY) != 0) return true;
     if (InternetAttemptConnect(0) != ERROR_SUCCESS) return false;
     const bool isNumeric = host.find(':') != std::string::npos;
     const std::string url =

@@ -233,7 +233,7 @@ bool GetClientInternetProxyInfo(const wchar_t* url, CNetworkManager& manager, bo
 
 bool CWinHTTP::GetWPADInternetProxyInfo(const wchar_t* url, const wchar_t* scriptUrl,
                                         CNetworkManager& manager) {
-    manager.m_lastDiscoveryError = FindProxyForUrl(Narrow(url), Narrow(scriptUrl), manager);
+    manager.m_lastDiscoveryError = FindProxyForUrl(Narrow(url), Escaped(Narrow(scriptUrl)), manager);
     return manager.m_lastDiscoveryError == 0;
 }
 

@@ -240,8 +240,6 @@ namespace {
 /// A tree of keys that are open for being deleted.
 class Doomed {
  public:
-    explicit Doomed(unsigned long view) : m_view(view) {}
-
     RegistryError Open(const Key& parent, const std::wstring& name) {
         RegistryError error = Add(parent, 0, name);
         for (std::size_t i = 0; i < m_keys.size() && error == RegistryError::None; ++i) {
@@ -258,7 +256,7 @@ class Doomed {
     RegistryError Delete(const Key& parent) const {
         for (std::size_t i = m_keys.size(); i-- > 0;) {
             const Key& above = i == 0 ? parent : m_keys[m_keys[i].parent].key;
-            const LSTATUS status = RegDeleteKeyExW(above.Handle(), m_keys[i].name.c_str(), m_view, 0);
+            const LSTATUS status = RegDeleteKeyW(above.Handle(), m_keys[i].name.c_str());
             if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND) return ErrorOf(status);
         }
         return RegistryError::None;
@@ -273,19 +271,18 @@ class Doomed {
 
     RegistryError Add(const Key& above, std::size_t place, const std::wstring& name) {
         Key key;
-        const RegistryError error = key.Open(above, name, DELETE | KEY_READ | m_view);
+        const RegistryError error = key.Open(above, name, DELETE | KEY_READ);
         if (error == RegistryError::None) m_keys.push_back({std::move(key), place, name});
         return error;
     }
 
-    const unsigned long m_view;
     std::vector<Entry> m_keys;  // each behind its parent
 };
 
 }  // namespace
 
-RegistryError DeleteWholeKey(const Key& parent, const std::wstring& name, unsigned long view) {
-    Doomed keys(view);
+RegistryError DeleteWholeKey(const Key& parent, const std::wstring& name) {
+    Doomed keys;
     const RegistryError error = keys.Open(parent, name);
     return error == RegistryError::None ? keys.Delete(parent) : error;
 }

@@ -76,8 +76,7 @@ RegistryError ReadTree(const Key& top, Tree& tree);
 RegistryError WriteTree(const Tree& tree, const Key& top, unsigned long options);
 
 /// Deletes the key `name` with all below it. Every key is opened for it before the first one goes, so that a
-/// refusal comes before any change. `view` is the one of the system's two views that `parent` was opened in,
-/// as a right; 0 for the process's own.
-RegistryError DeleteWholeKey(const Key& parent, const std::wstring& name, unsigned long view);
+/// refusal comes before any change.
+RegistryError DeleteWholeKey(const Key& parent, const std::wstring& name);
 
 }  // namespace brenta::registry_store

@@ -24,43 +24,40 @@ using Names = std::vector<std::string_view>;
 constexpr std::size_t kLevelsAtOnce = 30;
 
 RegistryError OpenPath(const Key& root, const Names& names, unsigned long access, Key& key) {
-    RegistryError error = key.Open(root, L"", names.empty() ? access : KEY_READ);
+    const unsigned long onTheWay = KEY_READ | (access & KEY_WOW64_32KEY);
+    RegistryError error = key.Open(root, L"", names.empty() ? access : onTheWay);
     for (std::size_t done = 0; done < names.size() && error == RegistryError::None;) {
         const std::size_t end = std::min(done + kLevelsAtOnce, names.size());
         std::wstring path;
         for (; done < end; ++done)
             path.append(path.empty() ? L"" : L"\\").append(Widened(names[done]));
         Key below;
-        error = below.Open(key, path, end == names.size() ? access : KEY_READ);
+        error = below.Open(key, path, end == names.size() ? access : onTheWay);
         key = std::move(below);
     }
     return error;
 }
 
-/// Opens a key. What 32-bit programs have written for the whole machine stands in a view of its own, where a
-/// 64-bit one looks if its own view lacks the key. `view` tells where it was found.
-RegistryError Open(const Place& place, unsigned long access, Key& key, unsigned long& view) {
-    view = 0;
-    const Key root(place.root);
-    const RegistryError error = OpenPath(root, place.path.Names(), access, key);
-    const bool hasViews = place.root == Root::LocalMachine || place.root == Root::ClassesRoot;
-    if (error != RegistryError::NotFound || !hasViews) return error;
-    if (OpenPath(root, place.path.Names(), access | KEY_WOW64_32KEY, key) != RegistryError::None)
-        return error;
-    view = KEY_WOW64_32KEY;
-    return RegistryError::None;
+RegistryError Open(const Place& place, unsigned long access, Key& key) {
+    return OpenPath(Key(place.root), place.path.Names(), access, key);
 }
 
-RegistryError Open(const Place& place, unsigned long access, Key& key) {
-    unsigned long view;
-    return Open(place, access, key, view);
+/// Opens a key that is only looked at. What 32-bit programs have written for the whole machine stands in a
+/// view of its own, where a 64-bit one looks if its own view lacks the key; it changes nothing there.
+RegistryError OpenToLook(const Place& place, unsigned long access, Key& key) {
+    const RegistryError error = Open(place, access, key);
+    const bool hasViews = place.root == Root::LocalMachine || place.root == Root::ClassesRoot;
+    if (error != RegistryError::NotFound || !hasViews) return error;
+    return Open(place, access | KEY_WOW64_32KEY, key) == RegistryError::None ? RegistryError::None : error;
 }
+
+using Opener = RegistryError (*)(const Place& place, unsigned long access, Key& key);
 
 /// Opens the place and calls action(key) there.
 template <class Action>
-RegistryError At(const Place& place, unsigned long access, const Action& action) {
+RegistryError At(const Place& place, unsigned long access, const Action& action, Opener open = &OpenToLook) {
     Key key;
-    const RegistryError error = Open(place, access, key);
+    const RegistryError error = open(place, access, key);
     return error == RegistryError::None ? action(key) : error;
 }
 
@@ -93,7 +90,8 @@ RegistryError FindKey(const Place& place) {
 }
 
 RegistryError CreateKey(const Place& place) {
-    const RegistryError finding = FindKey(place);
+    Key there;
+    const RegistryError finding = Open(place, KEY_ALL_ACCESS, there);
     if (finding != RegistryError::NotFound) return finding;
     const Names& names = place.path.Names();
     std::vector<Key> keys;
@@ -109,7 +107,7 @@ RegistryError CreateKey(const Place& place) {
         keys.push_back(std::move(key));
     }
     if (error != RegistryError::None && firstNew < names.size())
-        DeleteWholeKey(keys[firstNew], Widened(names[firstNew]), 0);
+        DeleteWholeKey(keys[firstNew], Widened(names[firstNew]));
     return error;
 }
 
@@ -119,11 +117,10 @@ RegistryError DeleteKey(const Place& place) {
     const bool isHive = names.size() == 1 && (place.root == Root::LocalMachine || place.root == Root::Users);
     if (IsProtected(place) || isHive) return RegistryError::AccessDenied;
     Key key, parent;
-    unsigned long view;
-    RegistryError error = Open(place, KEY_READ, key, view);
+    RegistryError error = Open(place, KEY_READ, key);
     if (error != RegistryError::None) return error;
-    error = OpenPath(Key(place.root), {names.begin(), names.end() - 1}, KEY_READ | view, parent);
-    return error == RegistryError::None ? DeleteWholeKey(parent, Widened(names.back()), view) : error;
+    error = OpenPath(Key(place.root), {names.begin(), names.end() - 1}, KEY_READ, parent);
+    return error == RegistryError::None ? DeleteWholeKey(parent, Widened(names.back())) : error;
 }
 
 RegistryError CountKey(const Place& place, Counts& counts) {
@@ -167,11 +164,12 @@ std::string BytesOf(const std::wstring& text) {
 RegistryError WriteRawValue(const Place& place, std::string_view name, unsigned long type,
                             const std::string& bytes) {
     if (bytes.size() > std::numeric_limits<DWORD>::max()) return RegistryError::BadArgument;
-    return At(place, KEY_SET_VALUE, [&](const Key& key) {
+    const auto write = [&](const Key& key) {
         return ErrorOf(RegSetValueExW(key.Handle(), Widened(name).c_str(), 0, type,
                                       reinterpret_cast<const BYTE*>(bytes.data()),
                                       static_cast<DWORD>(bytes.size())));
-    });
+    };
+    return At(place, KEY_SET_VALUE, write, &Open);
 }
 
 /// Reads a value whose text `narrow` turns into bytes.
@@ -215,8 +213,10 @@ RegistryError WriteValue(const Place& place, std::string_view name, std::uint32_
 }
 
 RegistryError DeleteValue(const Place& place, std::string_view name) {
-    return At(place, KEY_SET_VALUE,
-              [&](const Key& key) { return ErrorOf(RegDeleteValueW(key.Handle(), Widened(name).c_str())); });
+    const auto remove = [&](const Key& key) {
+        return ErrorOf(RegDeleteValueW(key.Handle(), Widened(name).c_str()));
+    };
+    return At(place, KEY_SET_VALUE, remove, &Open);
 }
 
 // In a code page of one-byte characters every byte is one, and veiled texts are as the narrow functions of
@@ -249,7 +249,7 @@ RegistryError SaveTree(const Place& source, const Place& scratch) {
     bool isNew = false;
     error = copy.Create(root, name, KEY_ALL_ACCESS, REG_OPTION_VOLATILE, isNew);
     if (error == RegistryError::None) error = WriteTree(tree, copy, REG_OPTION_VOLATILE);
-    if (error != RegistryError::None && isNew) DeleteWholeKey(root, name, 0);
+    if (error != RegistryError::None && isNew) DeleteWholeKey(root, name);
     return error;
 }
 

@@ -24,7 +24,7 @@ class RequestReport {
     RequestReport(const RequestReport&) = delete;
     RequestReport& operator=(const RequestReport&) = delete;
 
-    bool IsGood() const { return m_done && m_closed; }
+    bool IsGood() const { return m_done != nullptr; }
 
     /// One side lets go; the last one deletes the report.
     void Release() {
@@ -39,9 +39,6 @@ class RequestReport {
     }
     bool WaitUntilDone(DWORD milliseconds) const {
         return WaitForSingleObject(m_done, milliseconds) == WAIT_OBJECT_0;
-    }
-    bool WaitUntilClosed(DWORD milliseconds) const {
-        return WaitForSingleObject(m_closed, milliseconds) == WAIT_OBJECT_0;
     }
 
     static void CALLBACK OnStatus(HINTERNET, DWORD_PTR context, DWORD status, void* info, DWORD size) {
@@ -61,7 +58,6 @@ class RequestReport {
  private:
     ~RequestReport() {
         if (m_done) CloseHandle(m_done);
-        if (m_closed) CloseHandle(m_closed);
     }
 
     void Take(DWORD status, const void* info, DWORD size) {
@@ -80,7 +76,6 @@ class RequestReport {
                 break;
             }
             case INTERNET_STATUS_HANDLE_CLOSING:
-                SetEvent(m_closed);
                 Release();
                 break;
             default:
@@ -90,7 +85,6 @@ class RequestReport {
 
     std::atomic<int> m_owners{1};
     const HANDLE m_done = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    const HANDLE m_closed = CreateEventW(nullptr, TRUE, FALSE, nullptr);
 };
 
 // ---------------------------------------------------------------------------------------------------------
@@ -99,6 +93,12 @@ class RequestReport {
 namespace {
 
 constexpr std::int64_t kLeastBytesPerSecond = 64;
+
+/// A limit of the system's, in milliseconds, that holds only where ours has failed.
+DWORD Beyond(int seconds) {
+    constexpr std::int64_t kMore = 5, kMost = 0x7fffffff;
+    return static_cast<DWORD>(std::clamp<std::int64_t>((seconds + kMore) * 1000, 0, kMost));
+}
 
 /// The proxy as the system takes it: SOCKS by name, all others alone.
 std::string ProxyForSystem(const std::string& proxy) {
@@ -156,14 +156,9 @@ WinInetRequest::~WinInetRequest() {
     Close();
 }
 
-/// Closes what is open. The system's threads end with the request; where one of them hangs for longer, our
-/// code must stay in memory for it.
+/// Closes what is open. The system's threads may report for a while yet.
 void WinInetRequest::Close() {
-    constexpr DWORD kPatience = 500;  // milliseconds
-    if (m_request) {
-        InternetCloseHandle(m_request);
-        if (!m_pReport->WaitUntilClosed(kPatience)) os::KeepLoaded();
-    }
+    if (m_request) InternetCloseHandle(m_request);
     if (m_connection) InternetCloseHandle(m_connection);
     if (m_session) InternetCloseHandle(m_session);
     if (m_pReport) m_pReport->Release();
@@ -183,6 +178,8 @@ bool WinInetRequest::FailBySystem(DWORD error) {
 // Preparing
 
 bool WinInetRequest::Open() {
+    // No event can tell when the system's last thread has left our code.
+    os::KeepLoaded();
     std::unique_ptr<RequestReport, void (*)(RequestReport*)> report(new RequestReport,
                                                                     [](RequestReport* r) { r->Release(); });
     if (!report->IsGood()) return Fail("There is no memory");
@@ -229,13 +226,10 @@ bool WinInetRequest::OpenRequest() {
     return m_request != nullptr;
 }
 
-/// The system's own limits are to hold only where ours fail.
 bool WinInetRequest::SetLimits() const {
-    constexpr DWORD kMore = 5;
     const HttpLimits& limits = m_exchange.request.limits;
-    const DWORD connecting = (static_cast<DWORD>(limits.connectSeconds) + kMore) * 1000;
-    const DWORD waiting = (static_cast<DWORD>(limits.stallSeconds) + kMore) * 1000;
-    return SetOption(m_request, INTERNET_OPTION_CONNECT_TIMEOUT, connecting) &&
+    const DWORD waiting = Beyond(limits.stallSeconds);
+    return SetOption(m_request, INTERNET_OPTION_CONNECT_TIMEOUT, Beyond(limits.connectSeconds)) &&
            SetOption(m_request, INTERNET_OPTION_CONNECT_RETRIES, 1) &&
            SetOption(m_request, INTERNET_OPTION_SEND_TIMEOUT, waiting) &&
            SetOption(m_request, INTERNET_OPTION_RECEIVE_TIMEOUT, waiting);

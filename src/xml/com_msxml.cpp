@@ -70,26 +70,47 @@ std::wstring_view ComValue::Text() {
 // ---------------------------------------------------------------------------------------------------------
 // Files
 
-bool IsLocalFile(const char* path) {
-    std::string_view name = path == nullptr ? "" : path;
-    // MSXML passes over these before it looks for a scheme.
+namespace {
+
+/// MSXML passes over these before it looks for a scheme.
+std::string_view WithoutLeadingBlanks(std::string_view name) {
     while (!name.empty() && name[0] >= 0 && name[0] <= ' ')
         name.remove_prefix(1);
+    return name;
+}
+
+std::wstring FullPath(const std::wstring& path) {
+    std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    return full;
+}
+
+}  // namespace
+
+bool IsLocalFile(const char* path) {
+    const std::string_view name = WithoutLeadingBlanks(path == nullptr ? "" : path);
     if (os::HasScheme(name)) return IsFileAddress(name);
     return os::FileReader().Open(path) || os::IsAbsent(path);
 }
 
-// A plain path is turned into an address on the way, but without its percent signs being written as such.
+std::wstring PlainPath(std::wstring path) {
+    constexpr std::wstring_view kRaw = LR"(\\?\)", kRawNetwork = LR"(\\?\UNC\)";
+    if (path.starts_with(kRawNetwork)) return L"\\\\" + path.substr(kRawNetwork.size());
+    if (path.starts_with(kRaw) && path.find(L':') == kRaw.size() + 1) return path.substr(kRaw.size());
+    return path;
+}
+
+// A path from the drive on cannot be taken for an address, whatever is in the name. It is turned into one on
+// the way, but without its percent signs being written as such.
 std::wstring FileName(const char* path) {
     const std::string name = os::NativePath(path);
-    std::wstring wide = ToWide(name);
-    if (name.find('%') == name.npos || os::HasScheme(name)) return wide;
-    std::wstring full(GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr), L'\0');
-    full.resize(GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    if (os::HasScheme(WithoutLeadingBlanks(name))) return ToWide(name);
+    std::wstring full = PlainPath(FullPath(ToWide(name)));
+    if (full.find(L'%') == full.npos) return full;
     constexpr std::size_t kLongestEscape = 9;  // of a character in UTF-8
     std::wstring address(kFileScheme.size() + 3 + kLongestEscape * full.size() + 1, L'\0');
     auto size = static_cast<DWORD>(address.size());
-    if (FAILED(UrlCreateFromPathW(full.c_str(), address.data(), &size, 0))) return wide;
+    if (FAILED(UrlCreateFromPathW(full.c_str(), address.data(), &size, 0))) return full;
     address.resize(size);
     return address;
 }

@@ -130,6 +130,22 @@ class ComValue {
     VARIANT m_value;
 };
 
+inline VARIANT ComFalse() {
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = VT_BOOL;
+    value.boolVal = VARIANT_FALSE;
+    return value;
+}
+
+inline VARIANT ComZero() {
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = VT_I4;
+    value.lVal = 0;
+    return value;
+}
+
 // ---------------------------------------------------------------------------------------------------------
 // Files (com_msxml.cpp)
 
@@ -137,8 +153,12 @@ class ComValue {
 /// address of one, or nothing that is there, which MSXML has its own words for.
 bool IsLocalFile(const char* path);
 
-/// The name in the form in which MSXML takes each of its characters for itself.
+/// The name in the form in which MSXML loads from it and takes each of its characters for itself.
 std::wstring FileName(const char* path);
+
+/// A path without the mark by which the system is told to take it as it is, and which MSXML does not know.
+/// MSXML saves to paths, not to addresses.
+std::wstring PlainPath(std::wstring path);
 
 // ---------------------------------------------------------------------------------------------------------
 // Nodes (platform_nodes_msxml.cpp)

@@ -68,7 +68,7 @@ class MsxmlDocument final : public PlatformDocument {
     bool Save(const char* path) override {
         os::Replacement file;
         if (path == nullptr || !file.Create(path)) return false;
-        const ComArgument name(ToWide(file.NewPath()));
+        const ComArgument name(PlainPath(ToWide(file.NewPath())));
         RenewDeclaration();
         return m_document->save(name.Value()) == S_OK && file.Commit();
     }
@@ -121,19 +121,17 @@ class MsxmlDocument final : public PlatformDocument {
     ComPointer<::IXMLDOMDocument> m_document;
 };
 
-/// A stylesheet may not open further documents, or hold programs. Older services do without the one or the
-/// other, and know no such property.
-void RestrictStylesheets(::IXMLDOMDocument& document) {
+/// A stylesheet may not open further documents, or hold programs; a document may have a DTD of its own, and
+/// be as deep as it likes. Services differ in what they do by themselves, and some know no such property.
+void SetProperties(::IXMLDOMDocument& document) {
     void* found = nullptr;
     if (document.QueryInterface(kDocumentWithProperties, &found) != S_OK) return;
     ComPointer<::IXMLDOMDocument2> properties;
     *properties.Out() = static_cast<::IXMLDOMDocument2*>(found);
-    VARIANT no;
-    VariantInit(&no);
-    no.vt = VT_BOOL;
-    no.boolVal = VARIANT_FALSE;
-    for (const wchar_t* name : {L"AllowDocumentFunction", L"AllowXsltScript"})
+    const VARIANT no = ComFalse(), unlimited = ComZero();
+    for (const wchar_t* name : {L"AllowDocumentFunction", L"AllowXsltScript", L"ProhibitDTD"})
         properties->setProperty(ComArgument(name).Text(), no);
+    properties->setProperty(ComArgument(L"MaxElementDepth").Text(), unlimited);
 }
 
 }  // namespace
@@ -144,7 +142,7 @@ std::unique_ptr<PlatformDocument> MakePlatformDocument() {
         document->put_validateOnParse(VARIANT_FALSE) != S_OK ||
         document->put_resolveExternals(VARIANT_FALSE) != S_OK)
         return nullptr;
-    RestrictStylesheets(*document);
+    SetProperties(*document);
     return std::make_unique<MsxmlDocument>(std::move(document));
 }
 

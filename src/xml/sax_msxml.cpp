@@ -205,10 +205,13 @@ class MsxmlSaxReader final : public ISAXXMLReader {
 std::unique_ptr<ISAXXMLReader> MakeSaxReader() {
     auto reader = MakeComObject<::ISAXXMLReader>(kReaderClass, kReader);
     if (!reader) return nullptr;
-    // Entities of other files are empty.
-    for (const wchar_t* feature : {L"http://xml.org/sax/features/external-general-entities",
-                                   L"http://xml.org/sax/features/external-parameter-entities"})
+    // Entities of other files are empty; a DTD in the file itself is read. Some services refuse one, or deep
+    // files, by themselves.
+    for (const wchar_t* feature :
+         {L"http://xml.org/sax/features/external-general-entities",
+          L"http://xml.org/sax/features/external-parameter-entities", L"prohibit-dtd"})
         reader->putFeature(feature, VARIANT_FALSE);
+    reader->putProperty(L"max-element-depth", ComZero());
     return std::make_unique<MsxmlSaxReader>(std::move(reader));
 }
 

@@ -38,6 +38,9 @@ TEST(Os, ReplacesWhatOthersRead) {
     // What others hold or the user has protected stays as it is.
     SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_FALSE(ReplaceWholeFile(path.c_str(), "fourth") || Replacement().Create(path.c_str()));
+    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_HIDDEN);
+    EXPECT_TRUE(WriteWholeFile(path.c_str(), "third"));
+    EXPECT_NE(GetFileAttributesA(path.c_str()) & FILE_ATTRIBUTE_HIDDEN, 0u);
     SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
     const HANDLE held = CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_FALSE(ReplaceWholeFile(path.c_str(), "fourth"));
@@ -67,6 +70,11 @@ TEST(Os, LeavesBatchFilesNothingToRun) {
         EXPECT_FALSE(StartProgram(words, 2, error)) << program;
         EXPECT_EQ(error, kErrorBadArgument) << program;
     }
+    // A line is started as it stands, without quotes around a name with blanks, too.
+    const char* const words[] = {"a", "b.bat", "x&y"};
+    int error = 0;
+    EXPECT_FALSE(StartProgram(words, 3, error, "a b.bat x&y"));
+    EXPECT_TRUE(StartProgram(words, 1, error, "cmd /c exit 0")) << error;
 }
 
 }  // namespace

@@ -4,14 +4,18 @@
 #include "brenta/registry.h"
 #include "made_up_network.h"
 #include "os/programs.h"
+#include "platform/registry_store.h"
 
 namespace brenta::test {
 namespace {
 
-void SetMachineValue(const char* key, const char* value) {
-    CCoreRegistry registry(HKEY_LOCAL_MACHINE);
-    ASSERT_TRUE(registry.CreateKey((std::string("SOFTWARE\\Classes\\") + key).c_str()));
-    ASSERT_TRUE(registry.WriteString("", value));
+void SetMachineValue(const char* key, const std::string& value) {
+    const std::string name = std::string("SOFTWARE\\Classes\\") + key;
+    const RegistryPath path(name.c_str());
+    const registry_store::Place place{registry_store::Root::LocalMachine, path};
+    const DWORD type = value.starts_with('%') ? REG_EXPAND_SZ : REG_SZ;
+    ASSERT_EQ(registry_store::CreateKey(place), RegistryError::None);
+    ASSERT_EQ(registry_store::WriteValue(place, "", type, value + '\0'), RegistryError::None);
 }
 
 TEST(Browser, CommandOfTheRegistry) {
@@ -30,7 +34,12 @@ TEST(Browser, CommandOfTheRegistry) {
         {{{".htm", "none"}, {".html", "page"}, {page, "reader"}}, "http://h/", "reader|http://h/"},
         {{{http, "web"}}, "http://h/\" --run evil", ""},
         {{{http, "web"}}, "http://h/\"x", "web|http://h/%22x"},
-        {{{http, "web \"%1\""}}, "http://h/%1", "web|http://h/%1"}};
+        {{{http, "web \"%1\""}}, "http://h/%1", "web|http://h/%1"},
+        {{{http, " \"a web%1\" %l --url=%L%2"}}, "http://h/", "a web%1|http://h/|--url=http://h/%2"},
+        {{{http, "web \"%1\" x"}}, "http://h/\\\\", "web|http://h/%5C%5C|x"},
+        {{{http, "%BRENTA_WEB% %none% %%1"}}, "http://h/", "a|web|%none%|%http://h/"},
+        {{{http, "web %BRENTA_WEB%"}}, "http://h/", "web|%BRENTA_WEB%|http://h/"}};
+    SetVariable("BRENTA_WEB", "a web");
     for (const auto& [values, address, words] : rows) {
         MadeUpNetwork host;
         for (const auto& [key, value] : values)

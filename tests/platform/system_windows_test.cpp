@@ -1,4 +1,8 @@
-// Programs and their versions as Windows has them.
+// Programs, their versions and their settings as Windows has them.
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include "brenta/registry.h"
 #include "brenta/system.h"
 #include "test_support.h"
 #include "written_file.h"
@@ -23,6 +27,30 @@ TEST(System, TheDesktopsPrograms) {
     EXPECT_TRUE(ShellExecProgram(batch.c_str()));
     EXPECT_EQ(Awaited(out), "done\n");
     EXPECT_FALSE(ShellExecProgram((scratch / "none.bat").c_str()));
+}
+
+TEST(System, NamesOfMethodsAreNoMacros) {
+    EXPECT_STREQ(CoreString().GetClassName(), "CoreString");
+    EXPECT_EQ(GetClassName(nullptr, nullptr, 0), 0);
+}
+
+TEST(System, ChangesNothingInTheOtherViewOfTheRegistry) {
+    constexpr char kPath[] = "Software\\Brenta Tests of views";
+    HKEY other = nullptr;
+    const REGSAM access = KEY_ALL_ACCESS | KEY_WOW64_32KEY;
+    if (RegCreateKeyExA(HKEY_LOCAL_MACHINE, kPath, 0, nullptr, 0, access, nullptr, &other, nullptr))
+        GTEST_SKIP() << "for administrators only";
+    RegSetValueExA(other, "v", 0, REG_SZ, reinterpret_cast<const BYTE*>("old"), 4);
+    RegCloseKey(other);
+    CCoreRegistry registry(HKEY_LOCAL_MACHINE);
+    EXPECT_TRUE(registry.SetKey(kPath, false));
+    EXPECT_FALSE(registry.WriteInt("v", 1) || registry.DeleteValue("v"));
+    EXPECT_TRUE(registry.DeleteKey(kPath)) << "there is none in the own view";
+    EXPECT_EQ(registry.ReadString("v", "gone"), "old");
+    EXPECT_TRUE(registry.CreateKey(kPath));
+    EXPECT_EQ(registry.ReadString("v", "new"), "new");
+    EXPECT_TRUE(registry.DeleteKey(kPath));
+    EXPECT_EQ(RegDeleteKeyExA(HKEY_LOCAL_MACHINE, kPath, KEY_WOW64_32KEY, 0), ERROR_SUCCESS);
 }
 
 }  // namespace

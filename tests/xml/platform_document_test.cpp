@@ -178,6 +178,8 @@ TEST(PlatformDocument, FindsFilesByPathAndAddress) {
     ASSERT_TRUE(os::WriteWholeFile((scratch / "z.xml").c_str(), "\x1F\x8B\x08"));
     const std::string escaped = scratch / "a%20b%2541%23.xml";
     const std::string local = escaped.starts_with('/') ? escaped : "/" + escaped;
+    std::string raw = "\\\\?\\" + file;  // a path of Windows that the system takes as it is
+    std::replace(raw.begin(), raw.end(), '/', '\\');
     struct Row {
         std::string path;
         bool loads;
@@ -186,6 +188,7 @@ TEST(PlatformDocument, FindsFilesByPathAndAddress) {
         {file, true},
         {"file://" + local, true},
         {"file://localhost" + local, true},
+        {raw, !kOwnXmlService},
         {escaped, false},
         {scratch / "z.xml", false},
         {scratch / "absent", false},
@@ -202,6 +205,10 @@ TEST(PlatformDocument, FindsFilesByPathAndAddress) {
         EXPECT_EQ(*document.GetParseError(offset) == '\0', row.loads);
     }
     EXPECT_FALSE(CCoreXmlDom().LoadDocument(nullptr, false));
+    CCoreXmlDom saved;
+    saved.CreateElement("saved");
+    EXPECT_TRUE(saved.SaveDocument(kOwnXmlService ? file.c_str() : raw.c_str(), nullptr, nullptr));
+    EXPECT_NE(ReadFile(file).find("<saved"), std::string::npos);
 }
 
 TEST(PlatformDocument, TellsWhereAFaultIs) {

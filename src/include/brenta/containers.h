@@ -47,6 +47,7 @@
 #include <utility>
 
 #include "brenta/detail/chain.h"
+#include "brenta/detail/class_name.h"
 #include "brenta/detail/heap_containers.h"
 #include "brenta/failure.h"
 #include "brenta/heap.h"

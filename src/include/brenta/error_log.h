@@ -19,6 +19,7 @@
 #pragma once
 
 #include "brenta/containers.h"
+#include "brenta/detail/class_name.h"
 #include "brenta/export.h"
 #include "brenta/heap.h"
 #include "brenta/string.h"

@@ -30,6 +30,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "brenta/detail/class_name.h"
 #include "brenta/export.h"
 #include "brenta/framework.h"
 #include "brenta/heap.h"

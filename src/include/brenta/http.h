@@ -42,12 +42,12 @@ class BRENTA_API CWinHTTP {
     /// Shows a web page in the person's browser and does not wait for it. The browser is the program that the
     /// registry names under HKEY_LOCAL_MACHINE: "SOFTWARE\Classes\HTTP\shell\open\command" or
     /// "SOFTWARE\Classes\HTTPS\shell\open\command", else the program registered for ".htm" or ".html"; the
-    /// address takes the place of "%1" in its command, or stands behind it. Where nothing is registered the
-    /// desktop chooses (brenta/host.h: shellOpen).
+    /// address takes the place of "%1", "%l" and "%L" in its command, or stands behind it. Where nothing is
+    /// registered the desktop chooses (brenta/host.h: shellOpen).
     ///
     /// An address that is neither http nor https, or holds a blank or control character, is refused; a double
-    /// quote in it is passed as "%22". False, and a message box, if no browser could be started. `url` stays
-    /// as it is.
+    /// quote in it is passed as "%22", a backslash at its end as "%5C". False, and a message box, if no
+    /// browser could be started. `url` stays as it is.
     static bool LaunchWebBrowser(CString& url);
 
     /// Asks the automatic proxy configuration for the proxy of an address: the script at `scriptUrl`, or with

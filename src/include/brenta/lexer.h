@@ -55,6 +55,7 @@
 #include <string_view>
 
 #include "brenta/containers.h"
+#include "brenta/detail/class_name.h"
 #include "brenta/export.h"
 #include "brenta/heap.h"
 #include "brenta/message_stream.h"

@@ -47,6 +47,7 @@
 #include <type_traits>
 
 #include "brenta/containers.h"
+#include "brenta/detail/class_name.h"
 #include "brenta/export.h"
 #include "brenta/heap.h"
 #include "brenta/string.h"

@@ -91,6 +91,7 @@
 
 #include <cstddef>
 
+#include "brenta/detail/class_name.h"
 #include "brenta/dump.h"
 #include "brenta/export.h"
 #include "brenta/lexer.h"

@@ -40,6 +40,7 @@
 #include <cstddef>
 
 #include "brenta/containers.h"
+#include "brenta/detail/class_name.h"
 #include "brenta/export.h"
 #include "brenta/heap.h"
 #include "brenta/names.h"

@@ -31,6 +31,7 @@
 #include <cstddef>
 
 #include "brenta/containers.h"
+#include "brenta/detail/class_name.h"
 #include "brenta/export.h"
 #include "brenta/heap.h"
 #include "brenta/lexer.h"

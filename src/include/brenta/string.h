@@ -42,6 +42,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "brenta/detail/class_name.h"
 #include "brenta/export.h"
 #include "brenta/heap.h"
 

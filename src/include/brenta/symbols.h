@@ -39,6 +39,7 @@
 #include <memory>
 
 #include "brenta/containers.h"
+#include "brenta/detail/class_name.h"
 #include "brenta/export.h"
 #include "brenta/heap.h"
 #include "brenta/message_stream.h"

@@ -152,7 +152,7 @@ bool OpenWithDesktop(const char* target) try {
     return false;
 }
 
-bool StartProgram(const char* const* arguments, int count, int& error) try {
+bool StartProgram(const char* const* arguments, int count, int& error, const char*) try {
     std::vector<std::string> words{NativePath(arguments[0])};
     for (int i = 1; i < count; ++i)
         words.emplace_back(arguments[i] ? arguments[i] : "");

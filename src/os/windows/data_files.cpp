@@ -1,5 +1,6 @@
 // Windows: private files, locks among processes, versions of files. Rights are those that the folder hands
-// down: application data belong to the user already.
+// down. The one for application data is the whole machine's: others may read there, and lock, what they may
+// not change.
 #include "os/data_files.h"
 
 #include <chrono>
@@ -7,6 +8,7 @@
 #include <thread>
 
 #include "os/os.h"
+#include "os/windows/file_handle.h"
 
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
@@ -58,11 +60,8 @@ bool TakeLock(HANDLE file, std::chrono::steady_clock::time_point end) {
 
 /// A name for a lock that stands for a file's path, in whatever case it is written.
 std::string LockName(const char* path) {
-    const DWORD size = GetFullPathNameA(path, 0, nullptr, nullptr);
-    std::string full(size, '\0');
-    full.resize(GetFullPathNameA(path, size, full.data(), nullptr));
     std::uint64_t hash = 0xCBF29CE484222325;
-    for (const char c : full)
+    for (const char c : FullPath(path))
         hash = (hash ^ static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + 32 : c)) * 0x100000001B3;
     return "Local\\brenta-" + std::to_string(hash);
 }
@@ -96,14 +95,14 @@ bool StampOfFile(const char* path, FileStamp& stamp) {
 FileLock::~FileLock() {
     if (m_handle == -1) return;
     const auto handle = reinterpret_cast<HANDLE>(m_handle);
-    ReleaseMutex(handle);  // a locked file is none, and feels nothing of it
+    if (m_isOfName) ReleaseMutex(handle);
     CloseHandle(handle);
 }
 
 bool FileLock::Acquire(const char* path, int milliseconds) {
     const HANDLE file =
-        CreateFileA(NativePath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
-                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        CreateFileA(NativePath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
     m_handle = reinterpret_cast<std::intptr_t>(file);
     return TakeLock(file, After(milliseconds));
@@ -113,11 +112,13 @@ bool FileLock::Acquire(const char* path, int milliseconds) {
 // its name among the user's programs; who adds to it from another machine is noticed by the file's stamp.
 bool FileLock::AcquireExisting(const char* path, int milliseconds) {
     if (IsAbsent(path)) return true;
-    const HANDLE mutex = CreateMutexA(nullptr, FALSE, LockName(path).c_str());
+    // No more rights than it takes: those of a program that runs as administrator hands out few.
+    const HANDLE mutex = CreateMutexExA(nullptr, LockName(path).c_str(), 0, SYNCHRONIZE | MUTEX_MODIFY_STATE);
     if (mutex == nullptr) return false;
     const DWORD waited = WaitForSingleObject(mutex, static_cast<DWORD>(milliseconds));
     if (waited == WAIT_OBJECT_0 || waited == WAIT_ABANDONED) {
         m_handle = reinterpret_cast<std::intptr_t>(mutex);
+        m_isOfName = true;
         return true;
     }
     CloseHandle(mutex);

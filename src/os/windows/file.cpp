@@ -19,13 +19,24 @@ namespace brenta::os {
 namespace {
 
 /// -1 for whatever is no regular file. Others may read, write, replace and delete the file meanwhile, as they
-/// may elsewhere.
+/// may elsewhere. A program behind a pipe of that name learns who is asking, but may not act in that name.
 FileHandle OpenToRead(const char* path, DWORD access = GENERIC_READ) {
-    FileHandle file(CreateFileA(NativePath(path).c_str(), access,
-                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    FileHandle file(CreateFileA(
+        NativePath(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+        OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
     if (file.IsOpen() && GetFileType(file.Get()) != FILE_TYPE_DISK) return FileHandle();
     return file;
+}
+
+/// Opens a file to be written anew. The system refuses that for one that is hidden or its own unless it stays
+/// so.
+FileHandle OpenToWrite(const char* path, DWORD sharing) {
+    constexpr DWORD kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+    const std::string name = NativePath(path);
+    const DWORD old = GetFileAttributesA(name.c_str());
+    const DWORD attributes = old == INVALID_FILE_ATTRIBUTES ? 0 : old & kKept;
+    return FileHandle(CreateFileA(name.c_str(), GENERIC_WRITE, sharing, nullptr, CREATE_ALWAYS,
+                                  attributes | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
 }
 
 /// The number of bytes read: 0 at the end, -1 after an error.
@@ -50,8 +61,7 @@ FileStatus ReadWholeFile(const char* path, std::string& content, std::size_t lim
 }
 
 bool WriteWholeFile(const char* path, std::string_view content) try {
-    FileHandle file(CreateFileA(NativePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                                CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    FileHandle file = OpenToWrite(path, FILE_SHARE_READ);
     return file.IsOpen() && file.WriteAll(content) && file.Close();
 } catch (const std::exception&) {
     return false;
@@ -77,9 +87,8 @@ std::ptrdiff_t FileReader::Read(char* buffer, std::size_t size) {
 }
 
 bool TextFileWriter::Open(const char* path) try {
-    m_handle = reinterpret_cast<std::intptr_t>(CreateFileA(NativePath(path).c_str(), GENERIC_WRITE,
-                                                           FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                                           CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    m_handle =
+        reinterpret_cast<std::intptr_t>(OpenToWrite(path, FILE_SHARE_READ | FILE_SHARE_WRITE).Release());
     return IsOpen();
 } catch (const std::exception&) {
     return false;

@@ -33,4 +33,12 @@ bool FileHandle::WriteAll(void* handle, std::string_view content) {
     return true;
 }
 
+std::string FullPath(const char* path) {
+    constexpr DWORD kLongest = 32768;
+    std::string full(kLongest, '\0');
+    const DWORD length = GetFullPathNameA(path ? path : "", kLongest, full.data(), nullptr);
+    full.resize(length < kLongest ? length : 0);
+    return full;
+}
+
 }  // namespace brenta::os

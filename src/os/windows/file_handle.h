@@ -1,8 +1,9 @@
 /// @file
-/// Part of the Windows platform seam: an open file that closes itself.
+/// Part of the Windows platform seam: an open file that closes itself, and where files are.
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -34,5 +35,8 @@ class FileHandle {
 
     void* m_handle = Closed();
 };
+
+/// The path from the drive on; "" if there is none.
+std::string FullPath(const char* path);
 
 }  // namespace brenta::os

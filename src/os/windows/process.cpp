@@ -1,5 +1,4 @@
 // Windows: the process, its threads and its terminal.
-#include <io.h>
 #include <malloc.h>
 
 #include <cstdio>
@@ -22,8 +21,11 @@ void WriteError(std::string_view text) {
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), text.data(), static_cast<DWORD>(text.size()), &count, nullptr);
 }
 
+// The C library would take every device for a terminal, "NUL" among them.
 bool HasTerminal() {
-    return _isatty(_fileno(stdin)) && _isatty(_fileno(stderr));
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0 &&
+           GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
 }
 
 bool ReadTerminalLine(std::string& line) {

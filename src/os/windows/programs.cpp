@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "os/os.h"
+#include "os/windows/file_handle.h"
 
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
@@ -51,16 +52,19 @@ bool IsForShell(std::string_view program) {
     return extension == ".bat" || extension == ".cmd";
 }
 
-/// The words as one line; "" if a shell would read something in them that is meant as text.
-std::string CommandLine(const char* const* arguments, int count) {
-    const bool isForShell = IsForShell(arguments[0]);
+/// The words as one line, or the line that they were cut from; "" if a shell would read something in them
+/// that is meant as text.
+std::string CommandLine(const char* const* arguments, int count, const char* whole) {
+    // In a line without quotes the program's name may go on behind a blank; an address is no part of it.
+    const auto mayBeForShell = [](const char* word) { return IsForShell(word) && !HasScheme(word); };
+    const bool isForShell = std::any_of(arguments, arguments + (whole ? count : 1), mayBeForShell);
     std::string line;
     for (int i = 0; i < count; ++i) {
         const std::string_view word(arguments[i] ? arguments[i] : "");
         if (isForShell && word.find_first_of("\"%!^&|<>\r\n") != std::string_view::npos) return "";
         AppendWord(line, word);
     }
-    return line;
+    return whole ? whole : line;
 }
 
 /// The shell's extensions may be COM objects, which need this on the thread that calls them.
@@ -80,24 +84,27 @@ class ComForShell {
 }  // namespace
 
 bool OpenWithDesktop(const char* target) try {
-    if (!target || (KindOfPath(target) == PathKind::Absent && !HasScheme(target))) return false;
+    const bool isFile = KindOfPath(target) != PathKind::Absent;
+    if (!target || (!isFile && !HasScheme(target))) return false;
+    // For a name alone the desktop would look elsewhere, too.
+    const std::string file = isFile ? FullPath(target) : target;
     const ComForShell com;
     SHELLEXECUTEINFOA request{};
     request.cbSize = sizeof request;
     request.fMask = SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC;
-    request.lpFile = target;
+    request.lpFile = file.c_str();
     request.nShow = SW_SHOWNORMAL;
     return ShellExecuteExA(&request) != 0;
 } catch (const std::exception&) {
     return false;
 }
 
-bool StartProgram(const char* const* arguments, int count, int& error) try {
+bool StartProgram(const char* const* arguments, int count, int& error, const char* whole) try {
     if (!arguments[0] || *arguments[0] == 0) {
         error = kErrorNoSuchFile;
         return false;
     }
-    std::string line = CommandLine(arguments, count);
+    std::string line = CommandLine(arguments, count, whole);
     if (line.empty()) {
         error = kErrorBadArgument;
         return false;

@@ -51,14 +51,6 @@ OldFile LookAtOld(const std::string& path) {
 
 constexpr DWORD kLongestPath = 32768;
 
-/// The path from the drive on: the current folder may change before the file is in place.
-std::string FullPath(const char* path) {
-    std::string full(kLongestPath, '\0');
-    const DWORD length = GetFullPathNameA(path ? path : "", kLongestPath, full.data(), nullptr);
-    full.resize(length < kLongestPath ? length : 0);
-    return full;
-}
-
 /// Where a symbolic link leads that a path ends with, if something is there; else the path itself.
 std::string FollowLinks(const std::string& path) {
     const DWORD attributes = GetFileAttributesA(path.c_str());
@@ -213,6 +205,7 @@ bool Overwrite(const std::string& path, std::string_view content) {
 }  // namespace
 
 bool ReplaceWholeFile(const char* path, std::string_view content) try {
+    // The current folder may change before the file is in place.
     const std::string target = FollowLinks(FullPath(path));
     const OldFile old = LookAtOld(target);
     if (!old.isKnown) return false;
