@@ -75,9 +75,32 @@ RegistryError ReadTree(const Key& top, Tree& tree);
 /// before any change; the new ones are then deleted again.
 RegistryError WriteTree(const Tree& tree, const Key& top, unsigned long options);
 
-/// Deletes the key `name` with all below it. Every key is opened for it before the first one goes, so that a
-/// refusal comes before any change. `view` is the one of the system's two views that `parent` was opened in,
-/// as a right; 0 for the process's own.
+/// A key with all below it, open for being deleted: a refusal, or a lack of memory, comes before any change.
+class DoomedKeys {
+ public:
+    /// `view` is the one of the system's two views that the parent of the key is opened in, as a right; 0 for
+    /// the process's own.
+    explicit DoomedKeys(unsigned long view) : m_view(view) {}
+
+    /// Opens the key `name`.
+    RegistryError Open(const Key& parent, const std::wstring& name);
+    /// Deletes what is open; needs no memory.
+    RegistryError Delete(const Key& parent) const;
+
+ private:
+    struct Entry {
+        Key key;
+        std::size_t parent;
+        std::wstring name;
+    };
+
+    RegistryError Add(const Key& above, std::size_t place, const std::wstring& name);
+
+    const unsigned long m_view;
+    std::vector<Entry> m_keys;  // each behind its parent
+};
+
+/// Deletes the key `name` with all below it.
 RegistryError DeleteWholeKey(const Key& parent, const std::wstring& name, unsigned long view);
 
 }  // namespace brenta::registry_store
