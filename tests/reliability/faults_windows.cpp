@@ -17,11 +17,9 @@ namespace {
 bool FailsFileOfSystem() {
     if (!FailsFile()) return false;
     const int error = CurrentPlan().error;
-    SetLastError(error == ENOSPC   ? ERROR_DISK_FULL
-                 : error == EACCES ? ERROR_ACCESS_DENIED
+    SetLastError(error == EACCES   ? ERROR_ACCESS_DENIED
                  : error == ENOENT ? ERROR_FILE_NOT_FOUND
-                 : error == EMFILE ? ERROR_TOO_MANY_OPEN_FILES
-                                   : ERROR_IO_DEVICE);
+                                   : ERROR_DISK_FULL);
     return true;
 }
 
