@@ -2,6 +2,7 @@
 
 #include "loopback_server.h"
 #include "made_up_network.h"
+#include "os/os.h"
 #include "platform/network_backend.h"
 #include "proxy_script.h"
 
@@ -160,6 +161,22 @@ TEST(ProxyScript, OneThatCannotBeHad) {
     const int error = FindProxyForUrl("http://x/", server.Address() + "/none.pac", manager);
     EXPECT_TRUE(error == kProxyScriptNotFetched || error == kProxyNoScriptEngine) << error;
     EXPECT_EQ(manager.m_accessType, kAccessNoProxy);
+}
+
+TEST(ProxyScript, InAFile) {
+    MadeUpNetwork network;
+    const Scratch folder;
+    const std::string path = folder / "it's a.pac";
+    os::WriteWholeFile(path.c_str(), kProxyScript);
+    network.settings.flags = kDirectConnection | kConfigurationScript;
+    network.settings.scriptUrl = ("file://" + folder / "it's%20a.pac").c_str();
+    for (const auto& [url, list] : kProxiesByScript) {
+        CNetworkManager manager;
+        EXPECT_TRUE(GetClientInternetProxyInfo(url, manager, true));
+        if (manager.m_lastDiscoveryError == kProxyNoScriptEngine) GTEST_SKIP() << "no script engine";
+        EXPECT_EQ(manager.m_lastDiscoveryError != 0, kIsWindows);  // whose service asks web servers only
+        EXPECT_STREQ(manager.m_proxyList, kIsWindows ? "" : list);
+    }
 }
 
 TEST(ProxyScript, HostileScriptsEnd) {
