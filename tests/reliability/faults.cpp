@@ -43,10 +43,6 @@ bool FailsMemory(std::size_t room, bool isCalloc) {
     return true;
 }
 
-void NoteFreed(std::size_t room) {
-    if (CurrentPlan().kind == FaultOf::Memory) CurrentPlan().freed = room;
-}
-
 bool FailsFile() {
     const int error = CurrentPlan().error;
     if (error == 0 || !Strikes(FaultOf::File)) return false;

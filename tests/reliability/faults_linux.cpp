@@ -67,7 +67,7 @@ void* realloc(void* block, std::size_t size) noexcept {
 }
 
 void free(void* block) noexcept {
-    NoteFreed(malloc_usable_size(block));
+    if (CurrentPlan().kind == FaultOf::Memory) CurrentPlan().freed = malloc_usable_size(block);
     REAL(free)(block);
 }
 

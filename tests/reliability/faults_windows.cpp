@@ -70,7 +70,7 @@ void* __wrap_realloc(void* block, std::size_t size) {
     return Strikes(FaultOf::Memory) ? nullptr : __real_realloc(block, size);
 }
 void __wrap_free(void* block) {
-    if (block) NoteFreed(_msize(block));
+    if (block && CurrentPlan().kind == FaultOf::Memory) CurrentPlan().freed = _msize(block);
     __real_free(block);
 }
 std::size_t __wrap_fwrite(const void* buffer, std::size_t size, std::size_t count, std::FILE* stream) {
