@@ -235,54 +235,37 @@ RegistryError WriteTree(const Tree& tree, const Key& top, unsigned long options)
 // ---------------------------------------------------------------------------------------------------------
 // Deleting
 
-namespace {
-
-/// A tree of keys that are open for being deleted.
-class Doomed {
- public:
-    RegistryError Open(const Key& parent, const std::wstring& name) {
-        RegistryError error = Add(parent, 0, name);
-        for (std::size_t i = 0; i < m_keys.size() && error == RegistryError::None; ++i) {
-            std::vector<std::wstring> names;
-            error = ListSubKeyNames(m_keys[i].key, names);
-            for (std::size_t n = 0; n < names.size() && error == RegistryError::None; ++n) {
-                error = Add(m_keys[i].key, i, names[n]);
-                if (error == RegistryError::NotFound) error = RegistryError::None;  // somebody was faster
-            }
+RegistryError DoomedKeys::Open(const Key& parent, const std::wstring& name) {
+    RegistryError error = Add(parent, 0, name);
+    for (std::size_t i = 0; i < m_keys.size() && error == RegistryError::None; ++i) {
+        std::vector<std::wstring> names;
+        error = ListSubKeyNames(m_keys[i].key, names);
+        for (std::size_t n = 0; n < names.size() && error == RegistryError::None; ++n) {
+            error = Add(m_keys[i].key, i, names[n]);
+            if (error == RegistryError::NotFound) error = RegistryError::None;  // somebody was faster
         }
-        return error;
     }
+    return error;
+}
 
-    RegistryError Delete(const Key& parent) const {
-        for (std::size_t i = m_keys.size(); i-- > 0;) {
-            const Key& above = i == 0 ? parent : m_keys[m_keys[i].parent].key;
-            const LSTATUS status = RegDeleteKeyW(above.Handle(), m_keys[i].name.c_str());
-            if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND) return ErrorOf(status);
-        }
-        return RegistryError::None;
+RegistryError DoomedKeys::Delete(const Key& parent) const {
+    for (std::size_t i = m_keys.size(); i-- > 0;) {
+        const Key& above = i == 0 ? parent : m_keys[m_keys[i].parent].key;
+        const LSTATUS status = RegDeleteKeyW(above.Handle(), m_keys[i].name.c_str());
+        if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND) return ErrorOf(status);
     }
+    return RegistryError::None;
+}
 
- private:
-    struct Entry {
-        Key key;
-        std::size_t parent;
-        std::wstring name;
-    };
-
-    RegistryError Add(const Key& above, std::size_t place, const std::wstring& name) {
-        Key key;
-        const RegistryError error = key.Open(above, name, DELETE | KEY_READ);
-        if (error == RegistryError::None) m_keys.push_back({std::move(key), place, name});
-        return error;
-    }
-
-    std::vector<Entry> m_keys;  // each behind its parent
-};
-
-}  // namespace
+RegistryError DoomedKeys::Add(const Key& above, std::size_t place, const std::wstring& name) {
+    Key key;
+    const RegistryError error = key.Open(above, name, DELETE | KEY_READ);
+    if (error == RegistryError::None) m_keys.push_back({std::move(key), place, name});
+    return error;
+}
 
 RegistryError DeleteWholeKey(const Key& parent, const std::wstring& name) {
-    Doomed keys;
+    DoomedKeys keys;
     const RegistryError error = keys.Open(parent, name);
     return error == RegistryError::None ? keys.Delete(parent) : error;
 }

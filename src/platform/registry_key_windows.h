@@ -75,8 +75,27 @@ RegistryError ReadTree(const Key& top, Tree& tree);
 /// before any change; the new ones are then deleted again.
 RegistryError WriteTree(const Tree& tree, const Key& top, unsigned long options);
 
-/// Deletes the key `name` with all below it. Every key is opened for it before the first one goes, so that a
-/// refusal comes before any change.
+/// A key with all below it, open for being deleted: a refusal, or a lack of memory, comes before any change.
+class DoomedKeys {
+ public:
+    /// Opens the key `name`.
+    RegistryError Open(const Key& parent, const std::wstring& name);
+    /// Deletes what is open; needs no memory.
+    RegistryError Delete(const Key& parent) const;
+
+ private:
+    struct Entry {
+        Key key;
+        std::size_t parent;
+        std::wstring name;
+    };
+
+    RegistryError Add(const Key& above, std::size_t place, const std::wstring& name);
+
+    std::vector<Entry> m_keys;  // each behind its parent
+};
+
+/// Deletes the key `name` with all below it.
 RegistryError DeleteWholeKey(const Key& parent, const std::wstring& name);
 
 }  // namespace brenta::registry_store

@@ -254,13 +254,17 @@ RegistryError SaveTree(const Place& source, const Place& scratch) {
 }
 
 RegistryError RestoreTree(const Place& scratch, const Place& target) {
+    const Key root(scratch.root);
     Key key;
-    RegistryError error = Open(target, KEY_ALL_ACCESS, key);
     Tree tree;
+    // What follows the writing of values needs no memory and is refused by nobody.
+    DoomedKeys copy;
+    RegistryError error = Open(target, KEY_ALL_ACCESS, key);
+    if (error == RegistryError::None) error = copy.Open(root, Widened(scratch.path.Names().front()));
     if (error == RegistryError::None)
-        error = At(scratch, KEY_READ, [&](const Key& copy) { return ReadTree(copy, tree); });
+        error = At(scratch, KEY_READ, [&](const Key& from) { return ReadTree(from, tree); });
     if (error == RegistryError::None) error = WriteTree(tree, key, REG_OPTION_NON_VOLATILE);
-    return error == RegistryError::None ? DeleteKey(scratch) : error;
+    return error == RegistryError::None ? copy.Delete(root) : error;
 }
 
 }  // namespace brenta::registry_store

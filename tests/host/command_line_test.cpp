@@ -133,5 +133,11 @@ TEST(CommandLine, AnswersWrongUseWithStatusTwo) {
     EXPECT_EQ(RunHost({"--version"}).output, (Lines{"brenta 4.0.0"}));
 }
 
+TEST(Output, ThatCannotBeWrittenIsAFailure) {
+    ASSERT_EQ(RunHost({"eval", "1"}).status, 0);
+    const std::string folder = ScratchFolder().string(), input = folder + "/in", errors = folder + "/err";
+    EXPECT_NE(RunProgram(BRENTA_HOST_PROGRAM, {"eval", "1"}, folder, {input, kFullFile, errors}), 0);
+}
+
 }  // namespace
 }  // namespace brenta::test

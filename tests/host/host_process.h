@@ -22,11 +22,17 @@ struct StandardFiles {
 int RunProgram(const std::string& program, const std::vector<std::string>& words, const std::string& folder,
                const StandardFiles& files);
 
+/// A file for output that takes none.
+extern const char* const kFullFile;
+
 /// A folder of this test program's own, removed at its end.
 const std::filesystem::path& ScratchFolder();
 
 /// Runs `brenta` with these words in the scratch folder. `input` is its standard input.
 HostResult RunHost(const std::vector<std::string>& words, const std::string& input = "");
+
+/// From now on the system names this proxy ("" for none), and else this configuration script.
+void SetNetwork(const std::string& proxy, const std::string& script);
 
 std::vector<std::string> SplitLines(const std::string& text);
 std::string ReadText(const std::string& path);

@@ -1,6 +1,8 @@
 #include <cstdlib>
+#include <fstream>
 
 #include "host_process.h"
+#include "test_support.h"
 
 namespace brenta::test {
 namespace {
@@ -14,6 +16,8 @@ std::string Quoted(const std::string& word) {
 
 }  // namespace
 
+const char* const kFullFile = "/dev/full";
+
 int RunProgram(const std::string& program, const std::vector<std::string>& words, const std::string& folder,
                const StandardFiles& files) {
     std::string command = "cd " + Quoted(folder) + " && " + Quoted(program);
@@ -22,6 +26,22 @@ int RunProgram(const std::string& program, const std::vector<std::string>& words
     command += " <" + Quoted(files.input) + " >" + Quoted(files.output) + " 2>" + Quoted(files.errors);
     const int status = std::system(command.c_str());
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+// The proxy stands in the environment, and the script in the desktop's settings.
+void SetNetwork(const std::string& proxy, const std::string& script) {
+    for (const char* name : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY"})
+        SetVariable(name, nullptr);
+    SetVariable("http_proxy", proxy.c_str());
+    SetVariable("BRENTA_APPDATA", (ScratchFolder() / "network").string().c_str());
+    namespace fs = std::filesystem;
+    const fs::path programs = ScratchFolder() / "programs", settings = programs / "gsettings";
+    fs::create_directories(programs);
+    std::ofstream(settings) << "#!/bin/sh\necho \"org.gnome.system.proxy mode '"
+                            << (script.empty() ? "none" : "auto") << "'\"\n"
+                            << "echo \"org.gnome.system.proxy autoconfig-url '" << script << "'\"\n";
+    fs::permissions(settings, fs::perms::owner_all);
+    SetVariable("PATH", (programs.string() + ":/usr/bin:/bin").c_str());
 }
 
 }  // namespace brenta::test

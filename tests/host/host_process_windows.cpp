@@ -1,9 +1,10 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
-#include <gtest/gtest.h>
+#include <wininet.h>
 
 #include "host_process.h"
+#include "test_support.h"
 
 namespace brenta::test {
 namespace {
@@ -28,6 +29,9 @@ HANDLE Open(const std::string& path, DWORD access, DWORD creation) {
 
 }  // namespace
 
+// There is no such device: this one is opened for reading.
+const char* const kFullFile = "NUL";
+
 int RunProgram(const std::string& program, const std::vector<std::string>& words, const std::string& folder,
                const StandardFiles& files) {
     std::string line = Quoted(program);
@@ -37,7 +41,8 @@ int RunProgram(const std::string& program, const std::vector<std::string>& words
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
     start.hStdInput = Open(files.input, GENERIC_READ, OPEN_EXISTING);
-    start.hStdOutput = Open(files.output, GENERIC_WRITE, CREATE_ALWAYS);
+    start.hStdOutput =
+        Open(files.output, files.output == kFullFile ? GENERIC_READ : GENERIC_WRITE, CREATE_ALWAYS);
     start.hStdError = Open(files.errors, GENERIC_WRITE, CREATE_ALWAYS);
     PROCESS_INFORMATION process{};
     DWORD status = 127;
@@ -53,6 +58,20 @@ int RunProgram(const std::string& program, const std::vector<std::string>& words
     for (const HANDLE file : {start.hStdInput, start.hStdOutput, start.hStdError})
         CloseHandle(file);
     return static_cast<int>(status);
+}
+
+// Both stand among the settings of whoever runs the tests; Wine takes no script.
+void SetNetwork(const std::string& proxy, const std::string& script) {
+    SetVariable("BRENTA_APPDATA", (ScratchFolder() / "network").string().c_str());
+    std::string texts[] = {proxy, script};
+    INTERNET_PER_CONN_OPTIONA options[3] = {};
+    options[0].dwOption = INTERNET_PER_CONN_FLAGS;
+    options[0].Value.dwValue = PROXY_TYPE_DIRECT | (proxy.empty() ? 0 : PROXY_TYPE_PROXY) |
+                               (script.empty() ? 0 : PROXY_TYPE_AUTO_PROXY_URL);
+    options[1] = {INTERNET_PER_CONN_PROXY_SERVER, {.pszValue = texts[0].data()}};
+    options[2] = {INTERNET_PER_CONN_AUTOCONFIG_URL, {.pszValue = texts[1].data()}};
+    INTERNET_PER_CONN_OPTION_LISTA list = {sizeof list, nullptr, 3, 0, options};
+    EXPECT_TRUE(InternetSetOptionA(nullptr, INTERNET_OPTION_PER_CONNECTION_OPTION, &list, sizeof list));
 }
 
 }  // namespace brenta::test

@@ -65,12 +65,6 @@ TEST_F(Terminal, GoesOnWhenTheWindowChangesOrTheHistoryIsAPipe) {
     EXPECT_NE(ReadText(folder + "/seen").find("42"), std::string::npos);
 }
 
-TEST(Output, ThatCannotBeWrittenIsAFailure) {
-    const std::string program = std::string("'") + BRENTA_HOST_PROGRAM + "' eval 1 2>/dev/null";
-    EXPECT_NE(std::system((program + " >/dev/full").c_str()), 0);
-    EXPECT_EQ(std::system((program + " >/dev/null").c_str()), 0);
-}
-
 TEST_F(Terminal, ShowsTablesAndColoursToPersonsOnly) {
     const std::string plain = AtTerminal("eval 1mil", "", "NO_COLOR=1");
     EXPECT_NE(plain.find("millimetres"), std::string::npos) << plain;

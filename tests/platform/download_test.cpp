@@ -128,8 +128,7 @@ TEST(Download, WhatIsRefusedBeforeTheRequest) {
 
 TEST(Download, AsksAgainForARefusedLogin) {
     MadeUpNetwork host;
-    const std::string refusal = "HTTP/1.1 407 No\r\nProxy-Authenticate: Basic realm=\"x\"\r\n";
-    const Reply refused{refusal + "Content-Length: 0\r\n\r\n"};
+    const Reply refused{"", Reply::Close, "no such line"};
     // Some clients name the port always.
     const LoopbackServer proxy({{"http://far/file", refused}, {"http://far:80/file", refused}});
     host.settings.flags = kNamedProxy;
@@ -140,6 +139,48 @@ TEST(Download, AsksAgainForARefusedLogin) {
     EXPECT_EQ(host.asked, (Texts{server + "|", server + "|a", server + "|a"}));
     EXPECT_EQ(host.shown, Texts{std::string(kStated) + "\n\nThe server answered with status 407|48"});
     EXPECT_EQ(ReadFile(file), "absent");
+}
+
+TEST(Download, ThroughTheProxy) {
+    struct Row {
+        const char *list, *bypass;
+        std::vector<std::pair<std::string, std::string>> logins;
+        bool hasPassword;
+        std::size_t asked;
+        const char* content;  // "absent" for a failure
+    };
+    const Row rows[] = {{"", "", {}, false, 0, "by proxy"},
+                        {"http=", "", {}, false, 0, "by proxy"},
+                        {"https=none:1;", "", {}, false, 0, "by proxy"},
+                        {"", "x;127.*", {}, false, 0, "direct"},
+                        {"", "", {}, true, 1, "absent"},
+                        {"", "", {{"me", "pw"}}, true, 1, "by proxy"}};
+    const LoopbackServer server({{"/file", Page("direct")}});
+    const std::string url = server.Address() + "/file";
+    Reply reply = Page("by proxy");
+    const LoopbackServer open({{url, reply}});
+    reply.wanted = "\r\nProxy-Authorization: Basic bWU6cHc=\r\n";
+    const LoopbackServer closed({{url, reply}});
+    for (const Row& row : rows) {
+        MadeUpNetwork host;
+        host.logins = row.logins;
+        host.settings.flags = kNamedProxy;
+        host.settings.proxyList = (row.list + (row.hasPassword ? closed : open).Server()).c_str();
+        host.settings.bypassList = row.bypass;
+        const std::string file = host.data / "file";
+        CNetworkManager manager;
+        const bool isGood = DownloadFile(url.c_str(), file.c_str(), &manager, nullptr) != 0;
+        EXPECT_EQ(ReadFile(file), row.content) << row.list << testing::PrintToString(host.shown);
+        EXPECT_EQ(isGood, host.shown.empty());
+        EXPECT_EQ(host.asked.size(), row.asked);
+        if (!isGood) {
+            EXPECT_NE(host.shown.at(0).find("407"), std::string::npos) << host.shown[0];
+        }
+        // What was typed is known the next time.
+        if (isGood && row.hasPassword) {
+            EXPECT_STREQ(CNetworkManager().m_userName, "me");
+        }
+    }
 }
 
 }  // namespace

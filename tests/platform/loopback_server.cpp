@@ -80,6 +80,12 @@ void LoopbackServer::Answer(sockets::Socket connection) {
         SendAll(connection, "HTTP/1.1 404 Not Found\r\nConnection: close\r\nContent-Length: 4\r\n\r\nnone");
         return;
     }
+    if (head.find(found->second.wanted) == std::string::npos) {
+        SendAll(connection,
+                "HTTP/1.1 407 Login\r\nProxy-Authenticate: Basic realm=\"x\"\r\n"
+                "Connection: close\r\nContent-Length: 0\r\n\r\n");
+        return;
+    }
     bool isTaken = SendAll(connection, found->second.bytes);
     while (isTaken && found->second.then != Reply::Close && !m_stop) {
         const bool isDrip = found->second.then == Reply::Drip;

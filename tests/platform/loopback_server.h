@@ -15,6 +15,7 @@ struct Reply {
     enum Then { Close, Drip, Flood };  // the end, a byte each tenth of a second, or bytes without end
     std::string bytes;
     Then then = Close;
+    std::string wanted{};  ///< in the request's head; without it, a proxy's login is asked for
 };
 
 /// A good reply.
@@ -22,11 +23,12 @@ Reply Page(const std::string& body);
 
 class LoopbackServer {
  public:
-    /// Replies by path ("/name"); any other is not found.
+    /// Replies by path ("/name"), for a proxy by address; any other is not found.
     explicit LoopbackServer(std::map<std::string, Reply> replies);
     ~LoopbackServer();
 
-    std::string Address() const { return "http://127.0.0.1:" + std::to_string(m_port); }
+    std::string Address() const { return "http://" + Server(); }
+    std::string Server() const { return "127.0.0.1:" + std::to_string(m_port); }
     /// The heads of the requests so far.
     Texts Requests() const;
 

@@ -2,6 +2,8 @@
 
 #include "loopback_server.h"
 #include "made_up_network.h"
+#include "os/os.h"
+#include "platform/network_backend.h"
 #include "proxy_script.h"
 
 namespace brenta::test {
@@ -159,6 +161,49 @@ TEST(ProxyScript, OneThatCannotBeHad) {
     const int error = FindProxyForUrl("http://x/", server.Address() + "/none.pac", manager);
     EXPECT_TRUE(error == kProxyScriptNotFetched || error == kProxyNoScriptEngine) << error;
     EXPECT_EQ(manager.m_accessType, kAccessNoProxy);
+}
+
+TEST(ProxyScript, InAFile) {
+    MadeUpNetwork network;
+    const Scratch folder;
+    const std::string path = folder / "it's a.pac";
+    os::WriteWholeFile(path.c_str(), kProxyScript);
+    network.settings.flags = kDirectConnection | kConfigurationScript;
+    network.settings.scriptUrl = ("file://" + folder / "it's%20a.pac").c_str();
+    for (const auto& [url, list] : kProxiesByScript) {
+        CNetworkManager manager;
+        EXPECT_TRUE(GetClientInternetProxyInfo(url, manager, true));
+        if (manager.m_lastDiscoveryError == kProxyNoScriptEngine) GTEST_SKIP() << "no script engine";
+        EXPECT_EQ(manager.m_lastDiscoveryError != 0, kIsWindows);  // whose service asks web servers only
+        EXPECT_STREQ(manager.m_proxyList, kIsWindows ? "" : list);
+    }
+}
+
+TEST(ProxyScript, HostileScriptsEnd) {
+    const std::string function = "function FindProxyForURL(url, host) { ";
+    const std::pair<std::string, int> rows[] = {
+        {function + "return null.x; }", kProxyBadScript},
+        {"not a script", kProxyBadScript},
+        {"", kProxyBadScript},
+        {function + "var s = 'PROXY a:1;'; for (i = 0; i < 20; ++i) s += s; return s; }", kProxyBadScript},
+        {function + "while (true) ; }", kProxyScriptTimedOut},
+        {"for (;;) ;", kProxyScriptTimedOut},
+        {function + "var a = []; while (true) a.push(a.join()); }", 0},
+        {function + "return FindProxyForURL(url, host); }", 0},
+    };
+    for (const auto& [text, error] : rows) {
+        const LoopbackServer server({{"/a.pac", Page(text)}});
+        std::string script, answer = "old";
+        PlatformFetchProxyScript(server.Address() + "/a.pac", script);
+        const int result = PlatformRunProxyScript(script, "http://x/", "x", 1, answer);
+        if (result == kProxyNoScriptEngine) GTEST_SKIP() << "no script engine";
+        // Out of time or out of memory: either may come first. The system's service has reasons of its own,
+        // and takes the first proxies of many.
+        const bool isEither = result == kProxyScriptTimedOut || result == kProxyBadScript;
+        const bool isTold = error == kProxyScriptTimedOut || !kIsWindows;
+        EXPECT_TRUE(error == 0 ? isEither : result == error || !isTold) << result << text;
+        EXPECT_EQ(answer, kIsWindows && result == 0 ? "PROXY a:1;" : "old") << text;
+    }
 }
 
 }  // namespace

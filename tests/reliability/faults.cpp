@@ -13,20 +13,33 @@ constexpr bool kThreadsNeedMemory = true;  // the sanitizer's own start of a thr
 constexpr bool kThreadsNeedMemory = false;
 #endif
 
-constinit thread_local FaultPlan t_plan;
-constinit std::atomic<FaultPlan*> g_pPlanOfAll{nullptr};
+// Variables of a thread may themselves need memory: its errno tells the thread that has the plan from others.
+constinit FaultPlan g_plan, g_noPlan;
+constinit std::atomic<const int*> g_pThread{nullptr};
+constinit std::atomic<bool> g_isOfAll{false};
 
 }  // namespace
 
 FaultPlan& CurrentPlan() {
-    FaultPlan* const ofAll = g_pPlanOfAll.load(std::memory_order_relaxed);
-    return ofAll ? *ofAll : t_plan;
+    return g_isOfAll || g_pThread == &errno ? g_plan : g_noPlan;
 }
 
 bool Strikes(FaultOf kind) {
     FaultPlan& plan = CurrentPlan();
     if (plan.kind != kind || plan.left-- > 0 || (plan.left < -1 && !plan.lasts)) return false;
     plan.hasStruck = true;
+    return true;
+}
+
+// A block that was just freed is there for the next request, as in the C library itself: a small one is kept
+// for its own size, where calloc does not look; a larger one serves whatever it has room for.
+bool FailsMemory(std::size_t room, bool isCalloc) {
+    constexpr std::size_t kLargestKept = 1032;
+    if (CurrentPlan().kind != FaultOf::Memory) return false;
+    const std::size_t freed = std::exchange(CurrentPlan().freed, 0);
+    const bool isThere = freed > kLargestKept ? room <= freed : !isCalloc && room == freed;
+    if (isThere || !Strikes(FaultOf::Memory)) return false;
+    errno = ENOMEM;
     return true;
 }
 
@@ -42,23 +55,31 @@ std::size_t Part(std::size_t size) {
 }
 
 Fault::Fault(Of threads, FaultOf kind, long succeeding, bool lasts, int error) {
-    t_plan = {kind, succeeding, lasts, false, error};
-    if (threads == AllThreads && !kThreadsNeedMemory) g_pPlanOfAll = &t_plan;
+    g_plan = {kind, succeeding, lasts, false, error};
+    g_pThread = &errno;
+    g_isOfAll = threads == AllThreads && !kThreadsNeedMemory;
 }
 
 Fault::~Fault() {
-    g_pPlanOfAll = nullptr;
-    t_plan = {};
+    g_pThread = nullptr;
+    g_isOfAll = false;
 }
 
 bool Fault::HasStruck() const {
-    return t_plan.hasStruck;
+    return g_plan.hasStruck;
 }
 
-Calm::Calm() : m_kind(std::exchange(t_plan.kind, FaultOf::Nothing)) {}
+Calm::Calm() : m_kind(std::exchange(g_plan.kind, FaultOf::Nothing)) {}
 
 Calm::~Calm() {
-    t_plan.kind = m_kind;
+    g_plan.kind = m_kind;
+}
+
+// The linker's --wrap leads calls of the heap here.
+void* RealHeapNew(std::size_t size) noexcept asm("__real_" BRENTA_HEAP_NEW);
+void* FailingHeapNew(std::size_t size) noexcept asm("__wrap_" BRENTA_HEAP_NEW);
+void* FailingHeapNew(std::size_t size) noexcept {
+    return Strikes(FaultOf::Heap) ? nullptr : RealHeapNew(size);
 }
 
 }  // namespace brenta::test

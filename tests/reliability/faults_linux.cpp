@@ -18,8 +18,6 @@
 namespace brenta::test {
 namespace {
 
-constinit thread_local std::size_t t_freed = 0;  // the room of the block that the thread has freed last
-
 #if defined(BRENTA_ADDRESS_SANITIZER)
 #define REAL(function) __interceptor_##function
 std::size_t RoomOf(std::size_t size) {
@@ -31,18 +29,6 @@ std::size_t RoomOf(std::size_t size) {
     return std::max<std::size_t>(24, (size + 23) / 16 * 16 - 8);
 }
 #endif
-
-constexpr std::size_t kLargestKept = 1032;
-
-/// A block that was just freed is there for the next request, as in the C library itself: a small one is kept
-/// for its own size, where calloc does not look; a larger one serves whatever it has room for.
-bool FailsMemory(std::size_t size, bool isCalloc = false) {
-    const std::size_t freed = std::exchange(t_freed, 0), room = RoomOf(size);
-    const bool isThere = freed > kLargestKept ? room <= freed : !isCalloc && room == freed;
-    if (isThere || !Strikes(FaultOf::Memory)) return false;
-    errno = ENOMEM;
-    return true;
-}
 
 bool FailsStream(std::FILE* stream) {
     if (!FailsFile()) return false;
@@ -69,11 +55,11 @@ void* REAL(realloc)(void* block, std::size_t size);
 void REAL(free)(void* block);
 
 void* malloc(std::size_t size) noexcept {
-    return FailsMemory(size) ? nullptr : REAL(malloc)(size);
+    return FailsMemory(RoomOf(size)) ? nullptr : REAL(malloc)(size);
 }
 
 void* calloc(std::size_t count, std::size_t size) noexcept {
-    return FailsMemory(count * size, true) ? nullptr : REAL(calloc)(count, size);
+    return FailsMemory(RoomOf(count * size), true) ? nullptr : REAL(calloc)(count, size);
 }
 
 void* realloc(void* block, std::size_t size) noexcept {
@@ -81,7 +67,7 @@ void* realloc(void* block, std::size_t size) noexcept {
 }
 
 void free(void* block) noexcept {
-    if (CurrentPlan().kind == FaultOf::Memory) t_freed = malloc_usable_size(block);
+    if (CurrentPlan().kind == FaultOf::Memory) CurrentPlan().freed = malloc_usable_size(block);
     REAL(free)(block);
 }
 
@@ -89,13 +75,6 @@ void free(void* block) noexcept {
 const char* LeaksOfOthers() asm("__lsan_default_suppressions");
 const char* LeaksOfOthers() {
     return "leak:zipOpenNewFileInZip4_64\nleak:unzOpenCurrentFile3\nleak:xmlAllocParserInputBuffer\n";
-}
-
-// The linker's --wrap leads calls of the heap here.
-void* RealHeapNew(std::size_t size) noexcept asm("__real__ZN6brenta7HeapNewEm");
-void* FailingHeapNew(std::size_t size) noexcept asm("__wrap__ZN6brenta7HeapNewEm");
-void* FailingHeapNew(std::size_t size) noexcept {
-    return Strikes(FaultOf::Heap) ? nullptr : RealHeapNew(size);
 }
 }
 

@@ -206,6 +206,24 @@ TEST(PlatformSave, NeverDestroysTheOldFile) {
         EXPECT_TRUE(entry.path().filename() == "a.xml" || entry.path().filename() == "pipe") << entry;
 }
 
+TEST(PlatformSave, KeepsLinksRightsAndDevices) {
+    namespace fs = std::filesystem;
+    const Scratch scratch;
+    // Wine makes no links.
+    const std::string path = scratch / "a.xml", link = kIsWindows ? path : scratch / "link.xml";
+    ASSERT_TRUE(os::WriteWholeFile(path.c_str(), "old") && SetRights(path));
+    if (link != path) fs::create_symlink("a.xml", link);
+    const char* const device = kIsWindows ? "NUL" : "/dev/null";
+    CCoreXmlDom document;
+    document.SaveDocument(device, nullptr, nullptr);
+    EXPECT_FALSE(fs::is_regular_file(device));
+
+    document.SaveDocument(link.c_str(), nullptr, nullptr);
+    EXPECT_TRUE(link == path || fs::is_symlink(link));
+    EXPECT_EQ(ReadFile(path).substr(0, 5), "<?xml");
+    EXPECT_TRUE(HasRights(path));
+}
+
 // ---------------------------------------------------------------------------------------------------------
 // Transforming
 

@@ -22,6 +22,10 @@ std::string Content(std::string text);
 /// Paths that lead to something, but not to a regular file.
 Texts NoFiles(const Scratch& scratch);
 
+/// Gives a file access rights, or what is next to them, that new files do not have; whether it has them.
+bool SetRights(const std::string& path);
+bool HasRights(const std::string& path);
+
 /// Bytes that the C library has handed out; 0 if it does not tell.
 std::size_t AllocatedBytes();
 

@@ -22,6 +22,15 @@ Texts NoFiles(const Scratch& scratch) {
     return {scratch / "", pipe, "/dev/zero"};
 }
 
+bool SetRights(const std::string& path) {
+    return chmod(path.c_str(), 0640) == 0;
+}
+
+bool HasRights(const std::string& path) {
+    struct stat info;
+    return stat(path.c_str(), &info) == 0 && (info.st_mode & 07777) == 0640;
+}
+
 // Sanitizers answer 0 for the other heap.
 std::size_t AllocatedBytes() {
     return mallinfo2().uordblks + mallinfo2().hblkhd;

@@ -30,6 +30,14 @@ Texts NoFiles(const Scratch& scratch) {
     return {scratch / "", "NUL", "\\\\.\\pipe\\brenta"};
 }
 
+bool SetRights(const std::string& path) {
+    return SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_HIDDEN);
+}
+
+bool HasRights(const std::string& path) {
+    return (GetFileAttributesA(path.c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0;
+}
+
 std::size_t AllocatedBytes() {
     return 0;
 }
