@@ -65,10 +65,14 @@ TEST_F(Terminal, GoesOnWhenTheWindowChangesOrTheHistoryIsAPipe) {
     EXPECT_NE(ReadText(folder + "/seen").find("42"), std::string::npos);
 }
 
-TEST(Output, ThatCannotBeWrittenIsAFailure) {
-    const std::string program = std::string("'") + BRENTA_HOST_PROGRAM + "' eval 1 2>/dev/null";
-    EXPECT_NE(std::system((program + " >/dev/full").c_str()), 0);
-    EXPECT_EQ(std::system((program + " >/dev/null").c_str()), 0);
+TEST(Streams, ThatCannotBeReadOrWrittenAreAFailure) {
+    const std::string program = std::string("'") + BRENTA_HOST_PROGRAM + "' 2>/dev/null";
+    EXPECT_NE(std::system((program + " eval 1 >/dev/full").c_str()), 0);
+    EXPECT_EQ(std::system((program + " eval 1 >/dev/null").c_str()), 0);
+    for (const char* const command : {" repl", " eval -", " log"}) {
+        EXPECT_NE(std::system((program + command + " >/dev/null </").c_str()), 0) << command;
+        EXPECT_EQ(std::system((program + command + " >/dev/null </dev/null").c_str()), 0) << command;
+    }
 }
 
 TEST_F(Terminal, ShowsTablesAndColoursToPersonsOnly) {
