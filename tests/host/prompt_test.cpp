@@ -41,6 +41,7 @@ TEST(Prompt, TakesCommands) {
         EXPECT_EQ(result.output, output) << input;
         EXPECT_EQ(result.errors, errors) << input;
     }
+    EXPECT_EQ(RunHost({"repl", "twice.scr", "none"}, "1\n").status, 1);
 }
 
 }  // namespace
