@@ -5,6 +5,7 @@ include(CMakePackageConfigHelpers)
 
 set(BRENTA_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/BrentaCore)
 set(BRENTA_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+set(BRENTA_EXAMPLES_DIR ${CMAKE_INSTALL_DATADIR}/brenta/examples)
 
 install(TARGETS brenta_core EXPORT BrentaCoreTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime
@@ -36,13 +37,13 @@ if(TARGET brenta_host AND NOT WIN32)
             COMPONENT Runtime)
 endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/brenta COMPONENT Development)
-install(FILES ${PROJECT_SOURCE_DIR}/cmake/compare_output.cmake DESTINATION ${CMAKE_INSTALL_DATADIR}/brenta/examples
+install(FILES ${PROJECT_SOURCE_DIR}/cmake/compare_output.cmake DESTINATION ${BRENTA_EXAMPLES_DIR}
         COMPONENT Development)
 
 install(EXPORT BrentaCoreTargets NAMESPACE Brenta:: DESTINATION ${BRENTA_PACKAGE_DIR} COMPONENT Development)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/BrentaCoreConfig.cmake.in
                               ${PROJECT_BINARY_DIR}/package/BrentaCoreConfig.cmake
-                              INSTALL_DESTINATION ${BRENTA_PACKAGE_DIR})
+                              INSTALL_DESTINATION ${BRENTA_PACKAGE_DIR} PATH_VARS BRENTA_EXAMPLES_DIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/BrentaCoreConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/package/BrentaCoreConfig.cmake

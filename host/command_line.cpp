@@ -34,7 +34,7 @@ std::size_t Distance(const std::string& from, const std::string& to) {
 /// The name that a mistyped word was probably meant to be; "" if none is near.
 std::string Nearest(const std::string& word, const std::vector<std::string>& names) {
     std::string nearest;
-    std::size_t least = 1 + word.size() / 3;
+    std::size_t least = 1 + word.size() / 4;
     for (const std::string& name : names) {
         const std::size_t distance = name.starts_with(word) && word.size() > 1 ? 0 : Distance(word, name);
         if (distance > least || (distance == least && !nearest.empty())) continue;
@@ -42,6 +42,15 @@ std::string Nearest(const std::string& word, const std::vector<std::string>& nam
         nearest = name;
     }
     return nearest;
+}
+
+/// What somebody probably wants who begins with a script or a length instead of a command; "" for other
+/// words.
+std::string Meant(const std::string& word) {
+    if (word.ends_with(".scr")) return "'brenta run " + word + "' runs a script";
+    const std::size_t start = std::min(word.find_first_not_of("(."), word.size());
+    return word.find_first_of("0123456789", start) == start ? "'brenta eval " + word + "' evaluates a length"
+                                                            : "";
 }
 
 std::string Listed(const std::vector<std::string>& names) {
@@ -67,6 +76,7 @@ int RefuseName(const CLI::App& parent, const std::string& name) {
                               : "'" + FullName(parent) + "' has no '" + name + "', only " + Listed(names);
     const std::string nearest = Nearest(name, names);
     if (!nearest.empty()) problem += "; did you mean '" + nearest + "'?";
+    if (const std::string meant = Meant(name); isProgram && !meant.empty()) problem += "; " + meant;
     return Refuse(parent, problem);
 }
 
@@ -169,9 +179,12 @@ int RunWords(std::vector<std::string> words) {
 
 int RunCommandLine(const std::vector<std::string>& words) {
     const int status = RunWords(words);
+    // To a loop over lines an input that cannot be read looks like one that has ended.
+    const bool isRead = std::ferror(stdin) == 0;
+    if (!isRead) Complain("standard input cannot be read");
     const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
     if (!isWritten) Complain("what was to be printed could not all be written");
-    return isWritten || status != 0 ? status : 1;
+    return (isRead && isWritten) || status != 0 ? status : 1;
 }
 
 }  // namespace brenta::host

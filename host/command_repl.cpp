@@ -67,6 +67,7 @@ bool ReadEntry(LineEditor& editor, std::string& entry) {
 }
 
 int Repl(const std::vector<std::string>& files) {
+    if (!std::all_of(files.begin(), files.end(), &CheckFile)) return 1;
     Prompt prompt;
     for (const std::string& file : files)
         prompt.Run(":load " + file);
@@ -87,7 +88,8 @@ void Define(Command& command) {
     const auto files = std::make_shared<std::vector<std::string>>();
     command.OptionalWords("FILE", *files, WordKind::kScript, "Scripts to load before");
     command.Explain(
-        "Reads piped input, too. The history of a prompt at a terminal is kept in the user's state folder, "
+        "Reads piped input, too; entries that fail there do not change the exit status. The history of a "
+        "prompt at a terminal is kept in the user's state folder, "
         "~/.local/state/brenta. Type :help at the prompt for more.");
     command.Example("brenta repl", "or just brenta");
     command.Example("brenta repl panel.scr", "to call its functions");

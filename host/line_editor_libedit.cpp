@@ -1,5 +1,6 @@
 // Lines with editing, history and completion through libedit.
 #include <editline/readline.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -117,6 +118,11 @@ class InterruptScope {
     struct sigaction m_previous = {};
 };
 
+/// A terminal that was opened for writing alone is nothing to type at.
+bool IsPersonTyping() {
+    return isatty(STDIN_FILENO) != 0 && (fcntl(STDIN_FILENO, F_GETFL) & O_ACCMODE) != O_WRONLY;
+}
+
 }  // namespace
 
 struct LineEditor::Parts {
@@ -127,7 +133,7 @@ struct LineEditor::Parts {
     History history;
 };
 
-LineEditor::LineEditor(Completer lineCompleter) : m_interactive(isatty(STDIN_FILENO) != 0) {
+LineEditor::LineEditor(Completer lineCompleter) : m_interactive(IsPersonTyping()) {
     if (!m_interactive) return;
     m_pParts = std::make_unique<Parts>(std::move(lineCompleter), History(StateFolder()));
     completer = &m_pParts->completer;

@@ -68,6 +68,11 @@ bool IsDefinition(std::string_view entry) {
     return word == "function" || word == "class" || word == "include";
 }
 
+/// Words that other prompts take as commands; here they are names, perhaps not defined.
+bool IsMeantForPrompt(std::string_view entry) {
+    return entry == "help" || entry == "quit" || entry == "exit" || entry == "?";
+}
+
 }  // namespace
 
 Prompt::Prompt() {
@@ -89,8 +94,9 @@ void Prompt::RunScript(const std::string& entry) {
         return;
     }
     Var result;
-    if (m_engine->Execute(entry.c_str(), result, kUnitsNone) && result.GetKind() != VarKind::Null)
-        PrintValue(result);
+    const bool done = m_engine->Execute(entry.c_str(), result, kUnitsNone);
+    if (done && result.GetKind() != VarKind::Null) PrintValue(result);
+    if (!done && IsMeantForPrompt(Trimmed(entry))) Complain(":help and :quit begin with a colon");
 }
 
 bool Prompt::RunCommand(const std::string& entry) {

@@ -50,6 +50,9 @@ command_demo() {
     "$brenta" run examples/board_panel.scr
     headline "A script walks a part library  (brenta report examples/small_parts.lbr)"
     "$brenta" report examples/small_parts.lbr
+    headline "To go on"
+    echo "'$brenta' opens a prompt, '$brenta help' tells what else there is."
+    echo "docs/language.md teaches scripts, docs/embedding.md takes the library into a program of your own."
 }
 
 # Unit tests keep their expectations; those of scripts follow what the host prints, and the diff is what gets reviewed.

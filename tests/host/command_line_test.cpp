@@ -133,9 +133,14 @@ TEST(CommandLine, AnswersWrongUseWithStatusTwo) {
     EXPECT_EQ(RunHost({"--version"}).output, (Lines{"brenta 4.0.0"}));
 }
 
-TEST(Output, ThatCannotBeWrittenIsAFailure) {
+TEST(Streams, ThatCannotBeReadOrWrittenAreAFailure) {
+    const std::string folder = ScratchFolder().string(), input = folder + "/in", output = folder + "/out",
+                      errors = folder + "/err";
+    for (const Lines& words : {Lines{"repl"}, Lines{"eval", "-"}, Lines{"log"}}) {
+        ASSERT_EQ(RunHost(words).status, 0) << words[0];
+        EXPECT_NE(RunProgram(BRENTA_HOST_PROGRAM, words, folder, {kNoInput, output, errors}), 0) << words[0];
+    }
     ASSERT_EQ(RunHost({"eval", "1"}).status, 0);
-    const std::string folder = ScratchFolder().string(), input = folder + "/in", errors = folder + "/err";
     EXPECT_NE(RunProgram(BRENTA_HOST_PROGRAM, {"eval", "1"}, folder, {input, kFullFile, errors}), 0);
 }
 

@@ -56,7 +56,9 @@ TEST(Help, TellsOfEachCommandAndAction) {
 TEST(Help, SaysWhatIsWrongAndWhereTheRightWayStands) {
     const std::tuple<Lines, const char*, const char*> rows[] = {
         {{"evl", "1"}, "there is no command 'evl'; did you mean 'eval'?", ""},
-        {{"qwerty"}, "there is no command 'qwerty'", ""},
+        {{"foo"}, "there is no command 'foo'", ""},
+        {{"a.scr"}, "there is no command 'a.scr'; 'brenta run a.scr' runs a script", ""},
+        {{"(1in)"}, "there is no command '(1in)'; 'brenta eval (1in)' evaluates a length", ""},
         {{"help", "evl"}, "there is no command 'evl'; did you mean 'eval'?", ""},
         {{"config"}, "'brenta config' needs one of get, set, delete, list", " config"},
         {{"zip", "unpack", "a"}, "'brenta zip' has no 'unpack', only list, test, add, extract", " zip"},

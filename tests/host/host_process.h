@@ -22,8 +22,9 @@ struct StandardFiles {
 int RunProgram(const std::string& program, const std::vector<std::string>& words, const std::string& folder,
                const StandardFiles& files);
 
-/// A file for output that takes none.
+/// A file for output that takes none, and one for input that cannot be read.
 extern const char* const kFullFile;
+extern const char* const kNoInput;
 
 /// A folder of this test program's own, removed at its end.
 const std::filesystem::path& ScratchFolder();

@@ -17,6 +17,7 @@ std::string Quoted(const std::string& word) {
 }  // namespace
 
 const char* const kFullFile = "/dev/full";
+const char* const kNoInput = "/";
 
 int RunProgram(const std::string& program, const std::vector<std::string>& words, const std::string& folder,
                const StandardFiles& files) {

@@ -29,8 +29,9 @@ HANDLE Open(const std::string& path, DWORD access, DWORD creation) {
 
 }  // namespace
 
-// There is no such device: this one is opened for reading.
+// There are no such devices: these are opened the wrong way round.
 const char* const kFullFile = "NUL";
+const char* const kNoInput = "nul";
 
 int RunProgram(const std::string& program, const std::vector<std::string>& words, const std::string& folder,
                const StandardFiles& files) {
@@ -40,7 +41,8 @@ int RunProgram(const std::string& program, const std::vector<std::string>& words
     STARTUPINFOA start{};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdInput = Open(files.input, GENERIC_READ, OPEN_EXISTING);
+    start.hStdInput =
+        Open(files.input, files.input == kNoInput ? GENERIC_WRITE : GENERIC_READ, OPEN_EXISTING);
     start.hStdOutput =
         Open(files.output, files.output == kFullFile ? GENERIC_READ : GENERIC_WRITE, CREATE_ALWAYS);
     start.hStdError = Open(files.errors, GENERIC_WRITE, CREATE_ALWAYS);

@@ -28,6 +28,7 @@ TEST(Prompt, TakesCommands) {
          {},
          {"brenta: 'twice.scr' is loaded already; :reload loads everything anew"}},
         {"1\n:quit\n2\n", {"1"}, {}},
+        {"quit\n", {}, {"cmd:(1): Symbol 'quit' not defined.", "brenta: :help and :quit begin with a colon"}},
         {"\"two\nlines\"\n'\"'\n'\\''\n1 // (\n", {"two", "lines", "34", "39", "1"}, {}},
         {"var s = {1, \"two\"};\nvar d as CCoreXmlDom;\n:load twice.scr\n:env\n",
          {"reflect(value)            function", "Env.StdLib                an object of CStdScriptLib",
@@ -40,6 +41,7 @@ TEST(Prompt, TakesCommands) {
         EXPECT_EQ(result.output, output) << input;
         EXPECT_EQ(result.errors, errors) << input;
     }
+    EXPECT_EQ(RunHost({"repl", "twice.scr", "none"}, "1\n").status, 1);
 }
 
 }  // namespace

@@ -13,8 +13,8 @@ syntax keyword brentaBool       true false
 syntax keyword brentaNull       null
 syntax keyword brentaHost       Env StdLib reflect
 
-syntax match  brentaNumber "\<\d\+\(ins\=\|cms\=\|mils\=\|mms\=\)\=\>"
-syntax match  brentaNumber "\(\<\d\+\.\d*\|\.\d\+\)\(ins\=\|cms\=\|mils\=\|mms\=\)\=\>\="
+syntax match  brentaNumber "\<\d\+\(in\|cm\|mil\|mm\)\=\>"
+syntax match  brentaNumber "\(\<\d\+\.\d*\|\.\d\+\)\(in\|cm\|mil\|mm\)\=\>\="
 syntax match  brentaNumber "\<0x\x\+\>\|\<0b[01]\+\>"
 syntax match  brentaCharacter "'\(\\.[^']*\|[^'\\]\)'"
 " There are no escapes in texts, and a text may span lines.
