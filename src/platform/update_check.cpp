@@ -67,11 +67,12 @@ class UpdateWorker {
 
     bool IsRunning() const { return m_isRunning; }
 
-    /// False if there can be no thread. Only while none runs.
+    /// False if there can be no thread. True also if another caller's check runs.
     bool Start(const std::string& server, const CNetworkManager& manager) try {
-        Wait();
         auto copy = std::make_unique<CNetworkManager>(manager);
         const std::lock_guard lock(m_mutex);
+        if (m_isRunning) return true;
+        if (m_thread.joinable()) m_thread.join();
         m_stop = false;
         os::KeepLoaded();
         m_isRunning = true;

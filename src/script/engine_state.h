@@ -53,6 +53,7 @@ struct EngineState : ParserState {
     bool useRegisterLocals = true;
     int nestedRuns = 0;                      ///< runs for hosts and `execute` texts in progress
     std::atomic<bool> stopRequested{false};  ///< written by any thread and by signal handlers
+    bool interrupted = false;                ///< a run was stopped by such a request; set back by who cares
     static_assert(std::atomic<bool>::is_always_lock_free);
 
     // --- ownership: scopes never own symbols; all but parameters live here until the engine dies, except

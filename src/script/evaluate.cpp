@@ -346,6 +346,7 @@ bool Executor::FailLimit(const ScriptPosition& at, const char* text) {
 /// The request is consumed by the run that it stops.
 bool Executor::Interrupted(const ScriptPosition& at) {
     m_state.stopRequested.store(false, std::memory_order_relaxed);
+    m_state.interrupted = true;
     return FailLimit(at, "Script interrupted.");
 }
 

@@ -163,16 +163,22 @@ bool CCoreScriptLexer::IncludeScriptModule(const char* file, const ScriptPositio
     CoreString path(file);
     std::string content;
     os::FileStatus status = os::FileStatus::CannotOpen;
-    // A file that includes itself ends here; it would go on for ever.
-    if (GetStreamDepth() < kMaxIncludeDepth) {
-        status = os::ReadWholeFile(path, content, kMaxSourceSize);
+    // The load that the host asks for is counted from its first include statement on.
+    if (from.line == 0) m_includeCount = m_includedBytes = 0;
+    // A file that includes itself ends here, and so does one of which each of its includes has the next
+    // twice: they would go on for ever.
+    if (GetStreamDepth() < kMaxIncludeDepth && m_includeCount < kMaxIncludes) {
+        const std::size_t limit = kMaxSourceSize - m_includedBytes;
+        status = os::ReadWholeFile(path, content, limit);
         const CoreString folder = GetAppDataFolder();
         if (status == os::FileStatus::CannotOpen && !folder.IsEmpty()) {
             path = AppendPaths(AppendPaths(folder, "Scripts"), path);
-            status = os::ReadWholeFile(path, content, kMaxSourceSize);
+            status = os::ReadWholeFile(path, content, limit);
         }
     }
     if (status == os::FileStatus::Ok) {
+        ++m_includeCount;
+        m_includedBytes += content.size();
         PushStream(path, 1, TerminatedCopy(content), true);
         return true;
     }
@@ -186,6 +192,7 @@ bool CCoreScriptLexer::IncludeScriptModule(const char* file, const ScriptPositio
 // source := { include | token } end
 bool CCoreScriptLexer::ScanInput() {
     m_scanError = ScriptPosition();
+    m_includeCount = m_includedBytes = 0;
     LexToken scanned;
     if (const LexStream* stream = CurrentStream()) {
         // An empty text has no token whose place its end could take.

@@ -3,7 +3,6 @@
 // They run on the library-wide engine, one at a time. Any text of the language is accepted, so a text may
 // define variables that later texts see, print, and loop; nothing but its result and its messages come out.
 #include <algorithm>
-#include <atomic>
 #include <cstdint>
 #include <mutex>
 
@@ -20,25 +19,24 @@ namespace {
 /// something. Not an os::Lock: that is for moments.
 constinit std::recursive_mutex g_unitLock;
 
-/// Whether the evaluation in progress was asked to stop: the engine forgets it as soon as it has.
-constinit std::atomic<bool> g_isStopped{false};
-
 /// The turn of one text. A request to stop that came after the text before had ended is not for this one. The
 /// turn of a text within another, by way of a host object, leaves the request for both.
 class Turn {
  public:
     Turn() : m_lock(g_unitLock), m_pEngine(LibraryEngine()) {
         if (g_depth++ > 0) return;
-        g_isStopped = false;
-        if (m_pEngine != nullptr) m_pEngine->ClearStop();
+        if (m_pEngine == nullptr) return;
+        m_pEngine->State().interrupted = false;
+        m_pEngine->ClearStop();
     }
     ~Turn() {
-        if (--g_depth > 0 && g_isStopped && m_pEngine != nullptr) m_pEngine->RequestStop();
+        if (--g_depth > 0 && IsInterrupted()) m_pEngine->RequestStop();
     }
     Turn(const Turn&) = delete;
     Turn& operator=(const Turn&) = delete;
 
     CCoreScriptEngine* Engine() const { return m_pEngine; }
+    bool IsInterrupted() const { return m_pEngine != nullptr && m_pEngine->State().interrupted; }
 
  private:
     static constinit inline int g_depth = 0;  // the lock's
@@ -95,7 +93,7 @@ bool Evaluate(const char* text, Var& result, bool& isInternal, CoreString* messa
         const StreamOverride stream(*engine, collector);
         if (EngineState::Execute(*engine, text, result, isInternal)) return true;
     }
-    if (!g_isStopped) {
+    if (!turn.IsInterrupted()) {
         ErrorCollector collector(ignored);
         const StreamOverride stream(*engine, collector);
         const CoreString lower = LowerCase(text);
@@ -118,10 +116,7 @@ int RoundLength(int length) {
 }  // namespace
 
 void StopUnitEvaluation() {
-    CCoreScriptEngine* const engine = LibraryEngine();
-    if (engine == nullptr) return;
-    g_isStopped = true;
-    engine->RequestStop();
+    if (CCoreScriptEngine* const engine = LibraryEngine()) engine->RequestStop();
 }
 
 bool EvaluateUnit(const char* text, CoreUnits defaultUnits, int& value, CoreString* messages) {

@@ -16,7 +16,8 @@ inline constexpr int kMaxAssignmentChain = 20;          ///< targets of a = b = 
 inline constexpr int kMaxStatementDepth = 1000;  ///< blocks, branches, loops: "Statement nested too deeply."
 inline constexpr int kMaxNestedRuns = 100;  ///< execute within execute, host re-entry: "Call stack overflow."
 inline constexpr int kMaxIncludeDepth = 64;                ///< include within include
-inline constexpr std::size_t kMaxSourceSize = 256u << 20;  ///< bytes of one source file
+inline constexpr std::size_t kMaxIncludes = 10'000;        ///< files of one load, each as often as included
+inline constexpr std::size_t kMaxSourceSize = 256u << 20;  ///< bytes of one source file, and of one load
 inline constexpr std::size_t kMaxNameLength =
     1'000'000;  ///< bytes of a text that becomes a name: "String too long."
 /// Pages of the table of names (it has 1500): "String space exhausted." A script must not bring it to its

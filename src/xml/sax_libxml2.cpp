@@ -111,6 +111,7 @@ class SaxParse final : public ISAXLocator {
     std::size_t m_expandedAlternatives = 0;  // of all parameter entities that were referred to
     bool m_inDocumentType = false;
     bool m_refused = false;
+    bool m_faulty = false;
     std::unique_ptr<xmlParserCtxt, FreeContext> m_context;
     std::vector<SaxAttribute> m_attributes;
     std::int64_t m_line = 0;
@@ -128,6 +129,8 @@ int SaxParse::Read(char* bytes, int size) {
     // The parser doubles its room of five pointers for each attribute of a tag.
     if (m_context != nullptr && m_context->maxatts > 2 * 5 * static_cast<int>(kMostAttributes + 1))
         m_refused = true;
+    // Behind a fault the parser would look for more of them, and copy a comment for each that is in it.
+    if (m_faulty) return 0;
     const int count = m_refused ? -1 : m_input.Read(bytes, size);
     if (m_inDocumentType && count > 0) CountAlternatives({bytes, static_cast<std::size_t>(count)});
     return m_refused ? -1 : count;
@@ -213,7 +216,9 @@ xmlSAXHandler SaxParse::MakeCallbacks() {
     sax.endDocument = nullptr;
     sax.warning = nullptr;
     sax.error = nullptr;
-    sax.serror = [](void*, xmlError*) {};
+    sax.serror = [](void* context, xmlError* error) {
+        if (error->level == XML_ERR_FATAL) Of(context).m_faulty = true;
+    };
 
     SetEvents(sax);
     SetDeclarations(sax);

@@ -271,6 +271,14 @@ TEST_F(ScriptFiles, RefusesWhatIsNoText) {
         EXPECT_FALSE(lexer.LoadScriptModule(self.c_str()));
         EXPECT_NE(lexer.messages.errors.find("self.scr(2): Failed to open source file"), std::string::npos);
     }
+    // Each file includes the next one twice: the last is reached 2^40 times, were there no end.
+    std::string doubling = Write("end.scr", "x");
+    for (int i = 0; i < 40; ++i) {
+        const std::string twice = "include \"" + doubling + "\"\n";
+        doubling = Write((std::to_string(i) + ".scr").c_str(), twice + twice);
+    }
+    TestLexer endless;
+    EXPECT_FALSE(endless.LoadScriptModule(doubling.c_str()));
     const std::string huge = Write("huge.scr", "x");
     std::filesystem::resize_file(huge, kMaxSourceSize + 1);
     TestLexer unread;

@@ -434,10 +434,10 @@ class BRENTA_API CCoreScriptLexer : public CCoreLexer {
 
     // --- sources
 
-    /// Scans a file, at most 256 MiB, and all its includes. False if one cannot be opened ("Failed to open
-    /// source file '%s'", the last path tried) or read ("Failed to read source file '%s'"), or if the text is
-    /// no sequence of tokens; the tokens scanned until then, and the input, stay. Both "\" and "/" separate
-    /// folders. The text ends at the first NUL byte.
+    /// Scans a file and all its includes, at most 10,000 files of 256 MiB in all. False if one cannot be
+    /// opened ("Failed to open source file '%s'", the last path tried) or read ("Failed to read source file
+    /// '%s'"), or if the text is no sequence of tokens; the tokens scanned until then, and the input, stay.
+    /// Both "\" and "/" separate folders. The text ends at the first NUL byte.
     virtual bool LoadScriptModule(const char* file);
     /// Makes a text the current input under a name, and scans it if asked to: true if that succeeds. False
     /// without `scan`, which leaves the tokens to be taken with GetRawToken. The text is not copied.
@@ -504,6 +504,8 @@ class BRENTA_API CCoreScriptLexer : public CCoreLexer {
     STRID m_tagName;  // "$1"
     TOrderedList<Token*> m_tokenList;
     TokenArena* m_pArena;  // holds the tokens of the list and their texts
+    std::size_t m_includeCount = 0;
+    std::size_t m_includedBytes = 0;
 };
 
 }  // namespace brenta
