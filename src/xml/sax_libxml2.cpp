@@ -217,7 +217,9 @@ xmlSAXHandler SaxParse::MakeCallbacks() {
     sax.warning = nullptr;
     sax.error = nullptr;
     sax.serror = [](void* context, xmlError* error) {
-        if (error->level == XML_ERR_FATAL) Of(context).m_faulty = true;
+        // A parser that is still being made belongs to nobody.
+        void* const parse = static_cast<xmlParserCtxt*>(context)->_private;
+        if (parse != nullptr && error->level == XML_ERR_FATAL) static_cast<SaxParse*>(parse)->m_faulty = true;
     };
 
     SetEvents(sax);
