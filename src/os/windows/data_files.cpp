@@ -18,9 +18,9 @@ namespace brenta::os {
 namespace {
 
 /// Opens for nothing but questions, letting others do as they like.
-HANDLE OpenToAsk(const char* path) {
-    return CreateFileA(NativePath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                       nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+FileHandle OpenToAsk(const char* path) {
+    return OpenFile(NativePath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
 }
 
 std::uint64_t Joined(DWORD high, DWORD low) {
@@ -78,18 +78,13 @@ bool CreatePrivateFolder(const char* path) {
 }
 
 bool CreatePrivateFile(const char* path) {
-    const HANDLE file = CreateFileA(NativePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_FILE_EXISTS;
-    return CloseHandle(file) != 0;
+    FileHandle file = OpenFile(NativePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW);
+    return file.IsOpen() ? file.Close() : GetLastError() == ERROR_FILE_EXISTS;
 }
 
 bool StampOfFile(const char* path, FileStamp& stamp) {
-    const HANDLE file = OpenToAsk(path);
-    if (file == INVALID_HANDLE_VALUE) return false;
-    const bool known = StampOfHandle(file, stamp);
-    CloseHandle(file);
-    return known;
+    const FileHandle file = OpenToAsk(path);
+    return file.IsOpen() && StampOfHandle(file.Get(), stamp);
 }
 
 FileLock::~FileLock() {
@@ -100,12 +95,12 @@ FileLock::~FileLock() {
 }
 
 bool FileLock::Acquire(const char* path, int milliseconds) {
-    const HANDLE file =
-        CreateFileA(NativePath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return false;
-    m_handle = reinterpret_cast<std::intptr_t>(file);
-    return TakeLock(file, After(milliseconds));
+    FileHandle file =
+        OpenFile(NativePath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS);
+    if (!file.IsOpen()) return false;
+    const HANDLE handle = file.Release();
+    m_handle = reinterpret_cast<std::intptr_t>(handle);
+    return TakeLock(handle, After(milliseconds));
 }
 
 // A file that is open cannot be replaced at once everywhere. So the lock is not one of the file, but one of

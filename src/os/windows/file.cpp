@@ -19,11 +19,11 @@ namespace brenta::os {
 namespace {
 
 /// -1 for whatever is no regular file. Others may read, write, replace and delete the file meanwhile, as they
-/// may elsewhere. A program behind a pipe of that name learns who is asking, but may not act in that name.
+/// may elsewhere.
 FileHandle OpenToRead(const char* path, DWORD access = GENERIC_READ) {
-    FileHandle file(CreateFileA(
-        NativePath(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-        OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
+    FileHandle file =
+        OpenFile(NativePath(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                 OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
     if (file.IsOpen() && GetFileType(file.Get()) != FILE_TYPE_DISK) return FileHandle();
     return file;
 }
@@ -35,8 +35,7 @@ FileHandle OpenToWrite(const char* path, DWORD sharing) {
     const std::string name = NativePath(path);
     const DWORD old = GetFileAttributesA(name.c_str());
     const DWORD attributes = old == INVALID_FILE_ATTRIBUTES ? 0 : old & kKept;
-    return FileHandle(CreateFileA(name.c_str(), GENERIC_WRITE, sharing, nullptr, CREATE_ALWAYS,
-                                  attributes | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
+    return OpenFile(name.c_str(), GENERIC_WRITE, sharing, CREATE_ALWAYS, attributes);
 }
 
 /// The number of bytes read: 0 at the end, -1 after an error.

@@ -36,6 +36,11 @@ class FileHandle {
     void* m_handle = Closed();
 };
 
+/// CreateFile with the system's numbers. A program behind a pipe learns who is asking, but may not act in
+/// that name.
+FileHandle OpenFile(const char* nativePath, unsigned long access, unsigned long sharing,
+                    unsigned long creation, unsigned long flags = 0);
+
 /// The path from the drive on; "" if there is none.
 std::string FullPath(const char* path);
 

@@ -57,7 +57,9 @@ bool IsForShell(std::string_view program) {
 std::string CommandLine(const char* const* arguments, int count, const char* whole) {
     // In a line without quotes the program's name may go on behind a blank; an address is no part of it.
     const auto mayBeForShell = [](const char* word) { return IsForShell(word) && !HasScheme(word); };
-    const bool isForShell = std::any_of(arguments, arguments + (whole ? count : 1), mayBeForShell);
+    const bool mayGoOn = whole && *whole != '"';
+    const bool isForShell =
+        IsForShell(arguments[0]) || (mayGoOn && std::any_of(arguments + 1, arguments + count, mayBeForShell));
     std::string line;
     for (int i = 0; i < count; ++i) {
         const std::string_view word(arguments[i] ? arguments[i] : "");

@@ -41,8 +41,8 @@ OldFile LookAtOld(const std::string& path) {
     }
     old.isKnown = old.exists = true;
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return old;
-    const FileHandle file(CreateFileA(path.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    const FileHandle file =
+        OpenFile(path.c_str(), GENERIC_WRITE, kShareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
     const bool isReadOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
     old.isWritable = !isReadOnly && (file.IsOpen() || GetLastError() == ERROR_SHARING_VIOLATION);
     old.isRegular = !file.IsOpen() || GetFileType(file.Get()) == FILE_TYPE_DISK;
@@ -56,8 +56,7 @@ std::string FollowLinks(const std::string& path) {
     const DWORD attributes = GetFileAttributesA(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
         return path;
-    const FileHandle file(
-        CreateFileA(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const FileHandle file = OpenFile(path.c_str(), 0, kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
     std::string target(kLongestPath, '\0');
     const DWORD length = file.IsOpen() ? GetFinalPathNameByHandleA(file.Get(), target.data(), kLongestPath,
                                                                    FILE_NAME_NORMALIZED)
@@ -108,8 +107,8 @@ FileHandle CreateBeside(const std::string& path, std::string& name) {
     for (;;) {
         name = folder + ".brenta-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++counter) +
                ".tmp";
-        FileHandle file(CreateFileA(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        FileHandle file =
+            OpenFile(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
         if (file.IsOpen() || GetLastError() != ERROR_FILE_EXISTS) return file;
     }
 }
@@ -146,8 +145,8 @@ struct RenameRequest {
 bool RenameAtOnce(const char* from, const char* to) {
     RenameRequest request;
     const int length = MultiByteToWideChar(CP_ACP, 0, to, -1, request.name, static_cast<int>(kLongestPath));
-    const FileHandle file(CreateFileA(from, DELETE | SYNCHRONIZE, kShareAll, nullptr, OPEN_EXISTING,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    const FileHandle file =
+        OpenFile(from, DELETE | SYNCHRONIZE, kShareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
     if (length == 0 || !file.IsOpen()) return false;
     request.nameBytes = static_cast<DWORD>(length - 1) * sizeof(wchar_t);
     return SetFileInformationByHandle(file.Get(), RenameRequest::kClass, &request, sizeof request) != 0;
@@ -190,8 +189,8 @@ bool RenameToNew(const char* from, const char* to) {
 
 /// Overwrites a file in place, once there is certainly room for its new content.
 bool Overwrite(const std::string& path, std::string_view content) {
-    FileHandle file(CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                FILE_ATTRIBUTE_NORMAL, nullptr));
+    FileHandle file =
+        OpenFile(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
     LARGE_INTEGER oldSize;
     if (!file.IsOpen() || !GetFileSizeEx(file.Get(), &oldSize)) return false;
     FILE_ALLOCATION_INFO room{};
@@ -250,8 +249,8 @@ bool Replacement::Create(const char* path) try {
 
 bool Replacement::PutInPlace(bool (*rename)(const char* from, const char* to)) {
     const bool isWritten = Insist([this] {
-        FileHandle file(CreateFileA(m_newPath.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        FileHandle file =
+            OpenFile(m_newPath.c_str(), GENERIC_WRITE, kShareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
         return file.IsOpen() && FlushFileBuffers(file.Get()) && file.Close();
     });
     if (!isWritten) return false;
