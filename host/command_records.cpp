@@ -67,9 +67,8 @@ void Define(Command& command) {
     const auto file = std::make_shared<std::string>();
     command.Word("FILE", *file, WordKind::kXml, "The file; the children of its root are the records");
     command.Explain(
-        "Prints each record's number, tag, attributes and number of children. Needs memory for one record at "
-        "a "
-        "time, so that a file may be larger than the machine's memory.");
+        "Prints each record's number, tag, attributes and number of children. Needs memory for one record "
+        "at a time, so that a file may be larger than the machine's memory.");
     command.Example("brenta records board.xml");
     command.Run([file] { return Records(*file); });
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <string_view>
 
 #include "console.h"
 #include "terminal.h"
@@ -12,9 +11,7 @@ namespace {
 
 bool AreColoursWanted() {
     const char* const noColor = std::getenv("NO_COLOR");
-    const char* const terminal = std::getenv("TERM");
-    return (noColor == nullptr || *noColor == 0) && terminal != nullptr &&
-           terminal != std::string_view("dumb");
+    return (noColor == nullptr || *noColor == 0) && TerminalKnowsColours();
 }
 
 std::string Styled(Style style, const std::string& text) {

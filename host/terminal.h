@@ -12,6 +12,9 @@ bool OutputGoesToTerminal();
 /// Whether what is written to standard error appears on a terminal.
 bool ErrorsGoToTerminal();
 
+/// Whether the terminal that texts appear on knows the escape sequences for colours.
+bool TerminalKnowsColours();
+
 /// To be called first: what is written has the same bytes on every platform, and a console shows the texts
 /// that they stand for.
 void PrepareStreams();

@@ -1,5 +1,8 @@
 #include <unistd.h>
 
+#include <cstdlib>
+#include <string_view>
+
 #include "terminal.h"
 
 namespace brenta::host {
@@ -14,6 +17,11 @@ bool OutputGoesToTerminal() {
 
 bool ErrorsGoToTerminal() {
     return isatty(STDERR_FILENO) != 0;
+}
+
+bool TerminalKnowsColours() {
+    const char* const kind = std::getenv("TERM");
+    return kind != nullptr && kind != std::string_view("dumb");
 }
 
 void PrepareStreams() {

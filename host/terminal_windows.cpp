@@ -13,7 +13,10 @@ namespace brenta::host {
 
 namespace {
 
-UINT g_inputPage = 0, g_outputPage = 0;  ///< the console's own
+/// What the console, which outlives the program, had before; 0 for what is not changed.
+UINT g_inputPage = 0, g_outputPage = 0;
+HANDLE g_screen = nullptr;
+DWORD g_screenMode = 0;
 
 HANDLE HandleOf(std::FILE* stream) {
     return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
@@ -25,24 +28,37 @@ bool IsConsole(std::FILE* stream) {
     return GetConsoleMode(HandleOf(stream), &mode) != 0;
 }
 
-void RestorePages() {
-    SetConsoleCP(g_inputPage);
-    SetConsoleOutputCP(g_outputPage);
+void RestoreConsole() {
+    if (g_inputPage != 0) SetConsoleCP(g_inputPage);
+    if (g_outputPage != 0) SetConsoleOutputCP(g_outputPage);
+    if (g_screen != nullptr) SetConsoleMode(g_screen, g_screenMode);
 }
 
-BOOL WINAPI RestorePagesAtBreak(DWORD) {
-    RestorePages();
+BOOL WINAPI RestoreConsoleAtBreak(DWORD) {
+    RestoreConsole();
     return FALSE;
 }
 
-/// Texts are of the process's code page, and a console has one of its own, which outlives the program.
+/// Texts are of the process's code page, and a console has one of its own. In a pipe of programs the first
+/// leaves that of the screen to the last, so that one of them puts it back.
 void ChangePages() {
-    g_inputPage = GetConsoleCP();
-    g_outputPage = GetConsoleOutputCP();
-    std::atexit(&RestorePages);
-    SetConsoleCtrlHandler(&RestorePagesAtBreak, TRUE);
-    SetConsoleCP(GetACP());
-    SetConsoleOutputCP(GetACP());
+    if (IsConsole(stdin)) {
+        g_inputPage = GetConsoleCP();
+        SetConsoleCP(GetACP());
+    }
+    if (IsConsole(stdout)) {
+        g_outputPage = GetConsoleOutputCP();
+        SetConsoleOutputCP(GetACP());
+    }
+}
+
+/// Has the console know escape sequences, as it does from Windows 10 on.
+void AskForColours(HANDLE screen) {
+    DWORD mode = 0;
+    if (!GetConsoleMode(screen, &mode) || !SetConsoleMode(screen, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING))
+        return;
+    g_screen = screen;
+    g_screenMode = mode;
 }
 
 }  // namespace
@@ -59,18 +75,19 @@ bool ErrorsGoToTerminal() {
     return IsConsole(stderr);
 }
 
+bool TerminalKnowsColours() {
+    return g_screen != nullptr;
+}
+
 void PrepareStreams() {
     // Line feeds stay what they are; input still may have either form of line ends.
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
-    if (IsConsole(stdin) || IsConsole(stdout) || IsConsole(stderr)) ChangePages();
-    // Colours, where the console knows any.
-    std::FILE* const streams[] = {stdout, stderr};
-    for (std::FILE* const stream : streams) {
-        DWORD mode = 0;
-        if (GetConsoleMode(HandleOf(stream), &mode))
-            SetConsoleMode(HandleOf(stream), mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
-    }
+    std::atexit(&RestoreConsole);
+    SetConsoleCtrlHandler(&RestoreConsoleAtBreak, TRUE);
+    ChangePages();
+    // Both may be the one screen.
+    AskForColours(HandleOf(IsConsole(stdout) ? stdout : stderr));
 }
 
 }  // namespace brenta::host
