@@ -115,7 +115,8 @@ std::string SafeAddress(const char* url) {
 bool Launch(const char* address) {
     const std::string url = SafeAddress(address);
     if (url.empty()) return Fail(os::kErrorBadArgument);
-    const std::string command = BrowserCommand();
+    std::string command = BrowserCommand();
+    command.erase(0, command.find_first_not_of(" \t"));
     const std::size_t start = EndOfProgram(command);
     if (start == 0) return HostShellOpen(url.c_str()) || Fail(os::kErrorNoSuchFile);
     int error = 0;

@@ -23,12 +23,13 @@ std::vector<std::string> CommandWords(std::string_view line) {
 }
 
 std::size_t EndOfProgram(std::string_view line) {
-    bool isQuoted = false;
-    std::size_t end = std::min(line.find_first_not_of(" \t"), line.size());
-    if (end == line.size()) return 0;
-    for (; end < line.size() && (isQuoted || (line[end] != ' ' && line[end] != '\t')); ++end)
-        isQuoted = isQuoted != (line[end] == '"');
-    return end;
+    if (line.starts_with('"')) {
+        const std::size_t end = std::min(line.find('"', 1), line.size());
+        const bool isWord = end + 1 >= line.size() || line[end + 1] == ' ' || line[end + 1] == '\t';
+        return isWord && end > 1 ? std::min(end + 1, line.size()) : 0;
+    }
+    const std::size_t end = std::min(line.find_first_of(" \t\""), line.size());
+    return end < line.size() && line[end] == '"' ? 0 : end;
 }
 
 }  // namespace brenta

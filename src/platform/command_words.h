@@ -11,7 +11,9 @@ namespace brenta {
 /// No other character is special.
 std::vector<std::string> CommandWords(std::string_view line);
 
-/// Where the first word ends in the line; 0 if there is none.
+/// Where the program ends that a line begins with, which is a word, or what stands between the first two
+/// double quotes; 0 if there is none, or if more of the word follows or stands before quotes: which program
+/// that is systems see differently.
 std::size_t EndOfProgram(std::string_view line);
 
 }  // namespace brenta

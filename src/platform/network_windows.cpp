@@ -55,8 +55,7 @@ bool PlatformResolve(const std::string& host, std::string& address) {
 bool PlatformIsOnline() {
     // The system also answers no where it knows of a way outward that it has not seen at work; the flags then
     // name the way.
-    constexpr DWORD kWays = INTERNET_CONNECTION_MODEM | INTERNET_CONNECTION_LAN | INTERNET_CONNECTION_PROXY |
-                            INTERNET_CONNECTION_CONFIGURED;
+    constexpr DWORD kWays = INTERNET_CONNECTION_LAN | INTERNET_CONNECTION_PROXY;
     DWORD state = 0;
     const bool isConnected = InternetGetConnectedState(&state, 0) || (state & kWays) != 0;
     return isConnected && (state & INTERNET_CONNECTION_OFFLINE) == 0;

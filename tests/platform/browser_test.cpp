@@ -36,6 +36,7 @@ TEST(Browser, CommandOfTheRegistry) {
         {{{http, "web"}}, "http://h/\"x", "web|http://h/%22x"},
         {{{http, "web \"%1\""}}, "http://h/%1", "web|http://h/%1"},
         {{{http, " \"a web%1\" %l --url=%L%2"}}, "http://h/", "a web%1|http://h/|--url=http://h/%2"},
+        {{{http, "\"web.bat\"/url:\"%1\""}}, "http://h/", "desktop|http://h/"},
         {{{http, "web \"%1\" x"}}, "http://h/\\\\", "web|http://h/%5C%5C|x"},
         {{{http, "%BRENTA_WEB% %none% %%1"}}, "http://h/", "a|web|%none%|%http://h/"},
         {{{http, "web %BRENTA_WEB%"}}, "http://h/", "web|%BRENTA_WEB%|http://h/"}};
