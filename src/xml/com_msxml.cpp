@@ -95,9 +95,13 @@ bool IsLocalFile(const char* path) {
 
 std::wstring PlainPath(std::wstring path) {
     constexpr std::wstring_view kRaw = LR"(\\?\)", kRawNetwork = LR"(\\?\UNC\)";
-    if (path.starts_with(kRawNetwork)) return L"\\\\" + path.substr(kRawNetwork.size());
-    if (path.starts_with(kRaw) && path.find(L':') == kRaw.size() + 1) return path.substr(kRaw.size());
-    return path;
+    std::wstring plain;
+    if (path.starts_with(kRawNetwork))
+        plain = L"\\\\" + path.substr(kRawNetwork.size());
+    else if (path.starts_with(kRaw) && path.find(L':') == kRaw.size() + 1)
+        plain = path.substr(kRaw.size());
+    // Without the mark some names stand for others: dots at their end go.
+    return !plain.empty() && FullPath(plain) == plain ? plain : path;
 }
 
 // A path from the drive on cannot be taken for an address, whatever is in the name. It is turned into one on

@@ -138,11 +138,11 @@ inline VARIANT ComFalse() {
     return value;
 }
 
-inline VARIANT ComZero() {
+inline VARIANT ComNumber(int number) {
     VARIANT value;
     VariantInit(&value);
     value.vt = VT_I4;
-    value.lVal = 0;
+    value.lVal = number;
     return value;
 }
 

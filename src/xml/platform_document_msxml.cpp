@@ -128,10 +128,12 @@ void SetProperties(::IXMLDOMDocument& document) {
     if (document.QueryInterface(kDocumentWithProperties, &found) != S_OK) return;
     ComPointer<::IXMLDOMDocument2> properties;
     *properties.Out() = static_cast<::IXMLDOMDocument2*>(found);
-    const VARIANT no = ComFalse(), unlimited = ComZero();
+    const VARIANT no = ComFalse();
     for (const wchar_t* name : {L"AllowDocumentFunction", L"AllowXsltScript", L"ProhibitDTD"})
         properties->setProperty(ComArgument(name).Text(), no);
-    properties->setProperty(ComArgument(L"MaxElementDepth").Text(), unlimited);
+    // Transformations recurse for each level.
+    constexpr int kDeepest = 3000;
+    properties->setProperty(ComArgument(L"MaxElementDepth").Text(), ComNumber(kDeepest));
 }
 
 }  // namespace

@@ -211,7 +211,7 @@ std::unique_ptr<ISAXXMLReader> MakeSaxReader() {
          {L"http://xml.org/sax/features/external-general-entities",
           L"http://xml.org/sax/features/external-parameter-entities", L"prohibit-dtd"})
         reader->putFeature(feature, VARIANT_FALSE);
-    reader->putProperty(L"max-element-depth", ComZero());
+    reader->putProperty(L"max-element-depth", ComNumber(0));
     return std::make_unique<MsxmlSaxReader>(std::move(reader));
 }
 
