@@ -151,6 +151,7 @@ bool CCoreScriptLexer::LoadScriptModule(const char* file) {
 }
 
 bool CCoreScriptLexer::InjectScriptText(const char* name, const char* text, bool scan) {
+    m_includeCount = m_includedBytes = 0;
     PushStream(name, 1, text, false);
     return scan && ScanInput();
 }
@@ -163,7 +164,6 @@ bool CCoreScriptLexer::IncludeScriptModule(const char* file, const ScriptPositio
     CoreString path(file);
     std::string content;
     os::FileStatus status = os::FileStatus::CannotOpen;
-    // The load that the host asks for is counted from its first include statement on.
     if (from.line == 0) m_includeCount = m_includedBytes = 0;
     // A file that includes itself ends here, and so does one of which each of its includes has the next
     // twice: they would go on for ever.
@@ -192,7 +192,6 @@ bool CCoreScriptLexer::IncludeScriptModule(const char* file, const ScriptPositio
 // source := { include | token } end
 bool CCoreScriptLexer::ScanInput() {
     m_scanError = ScriptPosition();
-    m_includeCount = m_includedBytes = 0;
     LexToken scanned;
     if (const LexStream* stream = CurrentStream()) {
         // An empty text has no token whose place its end could take.

@@ -87,19 +87,21 @@ bool Evaluate(const char* text, Var& result, bool& isInternal, CoreString* messa
     if (messages != nullptr) messages->SetEmpty();
     if (text == nullptr || engine == nullptr) return false;
     CoreString first;
-    CoreString ignored;
+    CoreString second;
     {
         ErrorCollector collector(first);
         const StreamOverride stream(*engine, collector);
         if (EngineState::Execute(*engine, text, result, isInternal)) return true;
     }
     if (!turn.IsInterrupted()) {
-        ErrorCollector collector(ignored);
+        ErrorCollector collector(second);
         const StreamOverride stream(*engine, collector);
         const CoreString lower = LowerCase(text);
         const bool isWhole = lower.GetLength() == CoreString::GetLength(text);
         isInternal = true;
         if (isWhole && engine->Execute(lower, result, kUnitsNone)) return true;
+        // What matters is the text as typed, unless it was the other one that ran.
+        if (turn.IsInterrupted()) first = std::move(second);
     }
     if (messages != nullptr) *messages = std::move(first);
     return false;

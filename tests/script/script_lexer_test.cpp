@@ -279,6 +279,7 @@ TEST_F(ScriptFiles, RefusesWhatIsNoText) {
     }
     TestLexer endless;
     EXPECT_FALSE(endless.LoadScriptModule(doubling.c_str()));
+    EXPECT_NE(endless.messages.errors.find("Failed to open source file"), std::string::npos);
     const std::string huge = Write("huge.scr", "x");
     std::filesystem::resize_file(huge, kMaxSourceSize + 1);
     TestLexer unread;

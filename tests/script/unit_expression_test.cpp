@@ -41,17 +41,19 @@ TEST(UnitExpression, ThreadsTakeTurns) {
 }
 
 TEST(UnitExpression, ATextWithoutEndCanBeStopped) {
-    std::atomic<bool> hasEnded{false};
-    CoreString messages;
-    int value = 7;
-    std::thread typed([&] {
-        EXPECT_FALSE(EvaluateUnit("while (1) { }", kMils, value, &messages));
-        hasEnded = true;
-    });
-    while (!hasEnded)
-        StopUnitEvaluation();
-    typed.join();
-    EXPECT_EQ(messages, "cmd:(1): Script interrupted.");
+    for (const char* text : {"while (1) { }", "WHILE (1) { }"}) {
+        std::atomic<bool> hasEnded{false};
+        CoreString messages;
+        int value = 7;
+        std::thread typed([&] {
+            EXPECT_FALSE(EvaluateUnit(text, kMils, value, &messages));
+            hasEnded = true;
+        });
+        while (!hasEnded)
+            StopUnitEvaluation();
+        typed.join();
+        EXPECT_EQ(messages, "cmd:(1): Script interrupted.");
+    }
     StopUnitEvaluation();
     EXPECT_TRUE(ValidateUnit("while (1) { break; }"));
 }

@@ -434,10 +434,11 @@ class BRENTA_API CCoreScriptLexer : public CCoreLexer {
 
     // --- sources
 
-    /// Scans a file and all its includes, at most 10,000 files of 256 MiB in all. False if one cannot be
-    /// opened ("Failed to open source file '%s'", the last path tried) or read ("Failed to read source file
-    /// '%s'"), or if the text is no sequence of tokens; the tokens scanned until then, and the input, stay.
-    /// Both "\" and "/" separate folders. The text ends at the first NUL byte.
+    /// Scans a file and all its includes: at most 10,000 files, 64 within each other, 256 MiB in all. False
+    /// if one cannot be opened, or is one too many ("Failed to open source file '%s'", the last path tried),
+    /// or read ("Failed to read source file '%s'"), or if the text is no sequence of tokens; the tokens
+    /// scanned until then, and the input, stay. Both "\" and "/" separate folders. The text ends at the first
+    /// NUL byte.
     virtual bool LoadScriptModule(const char* file);
     /// Makes a text the current input under a name, and scans it if asked to: true if that succeeds. False
     /// without `scan`, which leaves the tokens to be taken with GetRawToken. The text is not copied.
