@@ -62,18 +62,36 @@ int RunProgram(const std::string& program, const std::vector<std::string>& words
     return static_cast<int>(status);
 }
 
-// Both stand among the settings of whoever runs the tests; Wine takes no script.
+namespace {
+
+/// The settings of whoever runs the tests, which are put back in the end.
+struct InternetSettings {
+    InternetSettings() {
+        DWORD size = sizeof list;
+        EXPECT_TRUE(InternetQueryOptionA(nullptr, INTERNET_OPTION_PER_CONNECTION_OPTION, &list, &size));
+    }
+    ~InternetSettings() { Set(); }
+
+    void Set() { InternetSetOptionA(nullptr, INTERNET_OPTION_PER_CONNECTION_OPTION, &list, sizeof list); }
+
+    INTERNET_PER_CONN_OPTIONA options[3] = {{INTERNET_PER_CONN_FLAGS, {}},
+                                            {INTERNET_PER_CONN_PROXY_SERVER, {}},
+                                            {INTERNET_PER_CONN_AUTOCONFIG_URL, {}}};
+    INTERNET_PER_CONN_OPTION_LISTA list = {sizeof list, nullptr, 3, 0, options};
+};
+
+}  // namespace
+
+// Wine takes no script.
 void SetNetwork(const std::string& proxy, const std::string& script) {
     SetVariable("BRENTA_APPDATA", (ScratchFolder() / "network").string().c_str());
+    static const InternetSettings s_former;
+    InternetSettings now;
+    now.options[0].Value.dwValue = PROXY_TYPE_DIRECT | (proxy.empty() ? 0 : PROXY_TYPE_PROXY) |
+                                   (script.empty() ? 0 : PROXY_TYPE_AUTO_PROXY_URL);
     std::string texts[] = {proxy, script};
-    INTERNET_PER_CONN_OPTIONA options[3] = {};
-    options[0].dwOption = INTERNET_PER_CONN_FLAGS;
-    options[0].Value.dwValue = PROXY_TYPE_DIRECT | (proxy.empty() ? 0 : PROXY_TYPE_PROXY) |
-                               (script.empty() ? 0 : PROXY_TYPE_AUTO_PROXY_URL);
-    options[1] = {INTERNET_PER_CONN_PROXY_SERVER, {.pszValue = texts[0].data()}};
-    options[2] = {INTERNET_PER_CONN_AUTOCONFIG_URL, {.pszValue = texts[1].data()}};
-    INTERNET_PER_CONN_OPTION_LISTA list = {sizeof list, nullptr, 3, 0, options};
-    EXPECT_TRUE(InternetSetOptionA(nullptr, INTERNET_OPTION_PER_CONNECTION_OPTION, &list, sizeof list));
+    now.options[1].Value.pszValue = texts[0].data();
+    now.options[2].Value.pszValue = texts[1].data();
 }
 
 }  // namespace brenta::test
