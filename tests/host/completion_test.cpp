@@ -11,10 +11,6 @@
 namespace brenta::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-using Lines = std::vector<std::string>;
-
 void PrepareFolder() {
     SetVariable("BRENTA_APPDATA", (ScratchFolder() / "completion").string().c_str());
     fs::create_directories(ScratchFolder() / "complete/boards");

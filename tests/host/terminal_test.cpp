@@ -12,10 +12,6 @@
 namespace brenta::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-using Lines = std::vector<std::string>;
-
 class Terminal : public testing::Test {
  protected:
     void SetUp() override {
@@ -33,10 +29,8 @@ std::string AtTerminal(const std::string& command, const std::string& input, con
                                   "' /dev/null <typed >seen"))
         << command;
     const std::string seen = ReadText(folder + "/seen");
-    if (!kIsWindows) return seen;
     // Wine's console hides its cursor while it draws, one character at a time, and steps over blanks.
-    const std::string drawn = std::regex_replace(seen, std::regex("\033\\[(K|\\?25[lh])"), "");
-    return std::regex_replace(drawn, std::regex("\033\\[[0-9]+C"), " ");
+    return kIsWindows ? std::regex_replace(seen, std::regex("\033\\[(K|\\?25[lh]|[0-9]+C)"), "") : seen;
 }
 
 TEST_F(Terminal, CompletesAndRemembersAtThePrompt) {
