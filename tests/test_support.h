@@ -100,6 +100,10 @@ std::string Numbered(std::string_view before, std::string_view behind, int count
 /// Sets a variable of the environment, or removes it where the value is null.
 void SetVariable(const char* name, const char* value);
 
+/// Runs a line for the shell in a folder; false if it fails or there is no such shell, as in a Windows that
+/// is none of Wine's.
+bool Shell(const std::string& folder, const std::string& line);
+
 /// A shared library that is loaded as long as the object lives.
 class LoadedLibrary {
  public:

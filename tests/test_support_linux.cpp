@@ -12,6 +12,10 @@ void SetVariable(const char* name, const char* value) {
     value ? setenv(name, value, 1) : unsetenv(name);
 }
 
+bool Shell(const std::string& folder, const std::string& line) {
+    return std::system(("cd '" + folder + "' && (" + line + "\n) >/dev/null 2>&1").c_str()) == 0;
+}
+
 LoadedLibrary::LoadedLibrary(const char* path) : m_handle(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
     EXPECT_TRUE(IsLoaded()) << dlerror();
 }

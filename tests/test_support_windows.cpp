@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 
+#include "platform/written_file.h"
 #include "test_support.h"
 
 namespace brenta::test {
@@ -12,6 +13,27 @@ const bool kIsWindows = true;
 void SetVariable(const char* name, const char* value) {
     _putenv_s(name, value ? value : "");
     SetEnvironmentVariableA(name, value);  // the one above knows no empty values
+}
+
+// The shell of the system below Wine, whose programs can be started but not waited for: the line tells its
+// end.
+bool Shell(const std::string& folder, const std::string& line) {
+    const std::string status = folder + "/shell.status";
+    std::ofstream(folder + "/shell.line", std::ios::binary)
+        << "(" << line << "\n) >/dev/null 2>&1\necho $? >shell.new\nmv shell.new shell.status\n";
+    char command[] = "sh shell.line";
+    STARTUPINFOA start{};
+    start.cb = sizeof start;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessA("Z:\\bin\\sh", command, nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(), &start,
+                        &process))
+        return false;
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    const std::string told = Awaited(status);
+    EXPECT_NE(told, "") << line << " does not end";
+    std::filesystem::remove(status);
+    return told == "0\n";
 }
 
 LoadedLibrary::LoadedLibrary(const char* path) : m_handle(LoadLibraryA(path)) {

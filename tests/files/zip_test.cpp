@@ -1,7 +1,6 @@
 #include "brenta/zip.h"
 
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -53,11 +52,6 @@ Texts List(const std::string& archive) {
         list.push_back(entry.name() + (":" + std::to_string(entry.size)));
     if (!good) list.emplace_back("-");
     return list;
-}
-
-/// Runs a command of the shell in a folder; false if it fails or the program is absent.
-bool Shell(const std::string& folder, const std::string& command) {
-    return std::system(("cd '" + folder + "' && (" + command + ") >/dev/null 2>&1").c_str()) == 0;
 }
 
 /// A number in the archive's byte order.

@@ -11,10 +11,6 @@
 namespace brenta::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-using Lines = std::vector<std::string>;
-
 void Write(const char* name, const std::string& text) {
     std::ofstream(ScratchFolder() / name, std::ios::binary) << text;
 }

@@ -9,10 +9,6 @@
 namespace brenta::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-using Lines = std::vector<std::string>;
-
 TEST(EvalCommand, PrintsInternalUnitsAndAllFourUnits) {
     const std::pair<Lines, std::string> rows[] = {
         {{"eval", "20mil+5mil"}, "250000\t0.025in\t25mil\t0.0635cm\t0.635mm"},

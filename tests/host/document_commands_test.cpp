@@ -12,10 +12,6 @@
 namespace brenta::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-using Lines = std::vector<std::string>;
-
 TEST(DocumentCommands, PrintWhatTheReadersMake) {
     const char* const library = "<a k=\"1\" b=\"&lt;&quot;\"><!-- c --><b/><b n=\"2\"><c/></b></a>";
     const std::tuple<const char*, Lines, Lines, Lines> rows[] = {

@@ -9,8 +9,6 @@
 namespace brenta::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 /// The commands, or the actions of a command, as completion knows them.
 Lines Names(Lines words) {
     words.insert(words.begin(), "__complete");

@@ -6,7 +6,6 @@
 #include <sstream>
 
 namespace brenta::test {
-namespace fs = std::filesystem;
 
 const fs::path& ScratchFolder() {
     struct Scratch {
@@ -22,8 +21,8 @@ const fs::path& ScratchFolder() {
     return scratch.path;
 }
 
-std::vector<std::string> SplitLines(const std::string& text) {
-    std::vector<std::string> lines;
+Lines SplitLines(const std::string& text) {
+    Lines lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);)
         lines.push_back(line);
@@ -37,7 +36,7 @@ std::string ReadText(const std::string& path) {
     return text.str();
 }
 
-HostResult RunHost(const std::vector<std::string>& words, const std::string& input) {
+HostResult RunHost(const Lines& words, const std::string& input) {
     const std::string in = (ScratchFolder() / "in").string();
     const std::string out = (ScratchFolder() / "out").string();
     const std::string err = (ScratchFolder() / "err").string();

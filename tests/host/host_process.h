@@ -7,10 +7,13 @@
 
 namespace brenta::test {
 
+namespace fs = std::filesystem;
+using Lines = std::vector<std::string>;
+
 struct HostResult {
     int status = -1;
-    std::vector<std::string> output;  // lines of standard output
-    std::vector<std::string> errors;  // lines of standard error
+    Lines output;  // lines of standard output
+    Lines errors;  // lines of standard error
 };
 
 /// The files that a program has for standard input, output and error.
@@ -19,7 +22,7 @@ struct StandardFiles {
 };
 
 /// Runs a program in a folder and returns its exit status; 128 and above for one that did not end by itself.
-int RunProgram(const std::string& program, const std::vector<std::string>& words, const std::string& folder,
+int RunProgram(const std::string& program, const Lines& words, const std::string& folder,
                const StandardFiles& files);
 
 /// A file for output that takes none, and one for input that cannot be read.
@@ -27,15 +30,15 @@ extern const char* const kFullFile;
 extern const char* const kNoInput;
 
 /// A folder of this test program's own, removed at its end.
-const std::filesystem::path& ScratchFolder();
+const fs::path& ScratchFolder();
 
 /// Runs `brenta` with these words in the scratch folder. `input` is its standard input.
-HostResult RunHost(const std::vector<std::string>& words, const std::string& input = "");
+HostResult RunHost(const Lines& words, const std::string& input = "");
 
 /// From now on the system names this proxy ("" for none), and else this configuration script.
 void SetNetwork(const std::string& proxy, const std::string& script);
 
-std::vector<std::string> SplitLines(const std::string& text);
+Lines SplitLines(const std::string& text);
 std::string ReadText(const std::string& path);
 
 }  // namespace brenta::test

@@ -19,7 +19,7 @@ std::string Quoted(const std::string& word) {
 const char* const kFullFile = "/dev/full";
 const char* const kNoInput = "/";
 
-int RunProgram(const std::string& program, const std::vector<std::string>& words, const std::string& folder,
+int RunProgram(const std::string& program, const Lines& words, const std::string& folder,
                const StandardFiles& files) {
     std::string command = "cd " + Quoted(folder) + " && " + Quoted(program);
     for (const std::string& word : words)
@@ -35,7 +35,6 @@ void SetNetwork(const std::string& proxy, const std::string& script) {
         SetVariable(name, nullptr);
     SetVariable("http_proxy", proxy.c_str());
     SetVariable("BRENTA_APPDATA", (ScratchFolder() / "network").string().c_str());
-    namespace fs = std::filesystem;
     const fs::path programs = ScratchFolder() / "programs", settings = programs / "gsettings";
     fs::create_directories(programs);
     std::ofstream(settings) << "#!/bin/sh\necho \"org.gnome.system.proxy mode '"

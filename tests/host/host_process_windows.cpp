@@ -33,7 +33,7 @@ HANDLE Open(const std::string& path, DWORD access, DWORD creation) {
 const char* const kFullFile = "NUL";
 const char* const kNoInput = "nul";
 
-int RunProgram(const std::string& program, const std::vector<std::string>& words, const std::string& folder,
+int RunProgram(const std::string& program, const Lines& words, const std::string& folder,
                const StandardFiles& files) {
     std::string line = Quoted(program);
     for (const std::string& word : words)

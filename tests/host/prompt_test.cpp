@@ -8,8 +8,6 @@
 namespace brenta::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 TEST(Prompt, TakesCommands) {
     std::ofstream(ScratchFolder() / "twice.scr")
         << "var Count = 2;\nfunction Twice(a)\n{\n    return a * Count;\n}\n";

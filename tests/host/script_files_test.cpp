@@ -24,8 +24,6 @@
 namespace brenta::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 struct Expectations {
     std::vector<std::string> output;
     std::vector<std::string> errors;

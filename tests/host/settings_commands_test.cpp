@@ -9,8 +9,6 @@
 namespace brenta::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 struct Row {
     Lines words;
     int status;

@@ -15,10 +15,10 @@ inline void WriteAtOnce(const std::string& path, const std::string& text) {
     std::filesystem::rename(path + ".new", path);
 }
 
-/// A text file's content once another program has written it; "" if that takes longer than ten seconds.
+/// A text file's content once another program has written it; "" if that takes longer than a minute.
 inline std::string Awaited(const std::string& path) {
     std::string text;
-    for (int i = 0; i < 1000 && text.empty(); ++i) {
+    for (int i = 0; i < 6000 && text.empty(); ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
         std::getline(std::ifstream(path), text, '\0');
     }
