@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "agreement.h"
 #include "brenta/files.h"
@@ -38,6 +39,13 @@ std::string IniFile(Chooser& choose) {
     return text;
 }
 
+template <class... Parts>
+std::string Line(const Parts&... parts) {
+    std::ostringstream line;
+    ((line << parts << '|'), ...);
+    return line.str() + '\n';
+}
+
 std::string Listed(const TOrderedList<CoreString>& names) {
     std::string text = "{";
     for (const CoreString& name : names)
@@ -49,34 +57,19 @@ std::string Listed(const TOrderedList<CoreString>& names) {
 std::string SettingStep(Chooser& choose) {
     const char* const section = choose.OneOf(kSections);
     const char* const key = choose.OneOf(kKeys);
+    const char* const value = choose.OneOf(kValues);
     const std::string place = std::string(section) + "/" + key;
-    CoreString text;
-    int number = 0;
+    const int kind = choose.Below(5);
+    int number = choose.Below(2000) - 1000;
+    if (kind == 0) return Line("set", place, value, SetAppValue(section, key, value));
+    if (kind == 1) return Line("set", place, number, SetAppValue(section, key, number));
+    if (kind == 2) return Line("number", place, GetAppValue(section, key, number), number);
     TOrderedList<CoreString> names;
-    switch (choose.Below(5)) {
-        case 0: {
-            const char* const value = choose.OneOf(kValues);
-            return "set " + place + " " + value + " " + std::to_string(SetAppValue(section, key, value)) +
-                   '\n';
-        }
-        case 1: {
-            const int value = choose.Below(2000) - 1000;
-            return "set " + place + " " + std::to_string(value) + " " +
-                   std::to_string(SetAppValue(section, key, value)) + '\n';
-        }
-        case 2: {
-            const bool found = GetAppValue(section, key, number);
-            return "number " + place + " " + std::to_string(found) + " " + std::to_string(number) + '\n';
-        }
-        case 3: {
-            const bool found = GetAppNames(choose.Chance(30) ? nullptr : section, names);
-            return "names " + place + " " + std::to_string(found) + " " + Listed(names) + '\n';
-        }
-        default: {
-            const bool found = GetAppValue(section, key, text);
-            return "text " + place + " " + std::to_string(found) + " <" + text() + ">\n";
-        }
-    }
+    const bool isListed = kind == 3 && GetAppNames(choose.Chance(30) ? nullptr : section, names);
+    if (kind == 3) return Line("names", place, isListed, Listed(names));
+    CoreString text;
+    const bool isFound = GetAppValue(section, key, text);
+    return Line("text", place, isFound, text());
 }
 
 }  // namespace
@@ -121,71 +114,39 @@ std::string KeyPath(Chooser& choose) {
 }
 
 std::string ReadAll(CCoreRegistry& key, const char* name) {
-    return "type " + std::to_string(key.GetDataType(name)) + " size " +
-           std::to_string(key.GetDataSize(name)) + " bool " + std::to_string(key.ReadBool(name, true)) +
-           " int " + std::to_string(key.ReadInt(name, -7)) + " dword " +
-           std::to_string(key.ReadDword(name, 7)) + " float " + std::to_string(key.ReadFloat(name, 0.5)) +
-           " text <" + key.ReadString(name, "none")() + ">";
+    return Line("read", name, key.GetDataType(name), key.GetDataSize(name), key.ReadBool(name, true),
+                key.ReadInt(name, -7), key.ReadDword(name, 7), key.ReadFloat(name, 0.5),
+                key.ReadString(name, "none")());
 }
 
 std::string WriteOne(Chooser& choose, CCoreRegistry& key, const char* name) {
-    switch (choose.Below(5)) {
-        case 0:
-            return "bool " + std::to_string(key.WriteBool(name, choose.Chance(50)));
-        case 1:
-            return "int " + std::to_string(key.WriteInt(name, choose.Below(100000) - 50000));
-        case 2:
-            return "dword " + std::to_string(key.WriteDword(name, 0x80000000u));
-        case 3:
-            return "float " + std::to_string(key.WriteFloat(name, choose.Below(1000) / 8.0));
-        default:
-            return "text " + std::to_string(key.WriteString(name, choose.OneOf(kValues)));
-    }
+    const int kind = choose.Below(5);
+    if (kind == 0) return Line("bool", name, key.WriteBool(name, choose.Chance(50)));
+    if (kind == 1) return Line("int", name, key.WriteInt(name, choose.Below(100000) - 50000));
+    if (kind == 2) return Line("dword", name, key.WriteDword(name, 0x80000000u));
+    if (kind == 3) return Line("float", name, key.WriteFloat(name, choose.Below(1000) / 8.0));
+    return Line("text", name, key.WriteString(name, choose.OneOf(kValues)));
 }
 
 std::string ListAll(CCoreRegistry& key) {
     TOrderedList<CoreString> values, keys;
-    std::string text = std::to_string(key.GetValueNames(values));
-    text += Listed(values) + " " + std::to_string(key.GetSubKeyNames(keys));
-    text += Listed(keys) + " " + std::to_string(key.GetValueCount());
-    return text + " " + std::to_string(key.GetSubKeyCount());
+    const bool isGood = key.GetValueNames(values) && key.GetSubKeyNames(keys);
+    return Line("list", isGood, Listed(values), Listed(keys), key.GetValueCount(), key.GetSubKeyCount());
 }
 
 std::string RegistryStep(Chooser& choose, CCoreRegistry& key) {
     const std::string path = KeyPath(choose);
     const char* const name = choose.OneOf(kNames);
-    std::string told;
-    switch (choose.Below(10)) {
-        case 0:
-            told = "set key " + path + " " + std::to_string(key.SetKey(path.c_str(), true));
-            break;
-        case 1:
-            told = "open key " + path + " " + std::to_string(key.SetKey(path.c_str(), false));
-            break;
-        case 2:
-            told = "exists " + path + " " + std::to_string(key.KeyExists(path.c_str()));
-            break;
-        case 3:
-            told = "delete key " + path + " " + std::to_string(key.DeleteKey(path.c_str()));
-            break;
-        case 4:
-            told = "delete value " + std::string(name) + " " + std::to_string(key.DeleteValue(name));
-            break;
-        case 5:
-            told = "read " + std::string(name) + " " + ReadAll(key, name);
-            break;
-        case 6:
-            told = "list " + ListAll(key);
-            break;
-        case 7:
-            told = choose.Chance(50) ? "save " + std::to_string(key.SaveKey())
-                                     : "restore " + std::to_string(key.RestoreKey());
-            break;
-        default:
-            told = "write " + std::string(name) + " " + WriteOne(choose, key, name);
-            break;
-    }
-    return told + " error " + std::to_string(key.GetLastErrorCode()) + " at " + key.GetKeyPath()() + '\n';
+    const int kind = choose.Below(10);
+    if (kind == 0) return Line("set key", path, key.SetKey(path.c_str(), true));
+    if (kind == 1) return Line("open key", path, key.SetKey(path.c_str(), false));
+    if (kind == 2) return Line("exists", path, key.KeyExists(path.c_str()));
+    if (kind == 3) return Line("delete key", path, key.DeleteKey(path.c_str()));
+    if (kind == 4) return Line("delete value", name, key.DeleteValue(name));
+    if (kind == 5) return ReadAll(key, name);
+    if (kind == 6) return ListAll(key);
+    if (kind == 7) return choose.Chance(50) ? Line("save", key.SaveKey()) : Line("restore", key.RestoreKey());
+    return WriteOne(choose, key, name);
 }
 
 }  // namespace
@@ -200,7 +161,7 @@ std::string TellOfRegistry() {
         key.DeleteKey(kRegistryRoot);
         key.SetKey(kRegistryRoot, true);
         for (int steps = 0; steps < 30; ++steps)
-            story += RegistryStep(choose, key);
+            story += RegistryStep(choose, key) + Line(key.GetLastErrorCode(), key.GetKeyPath()());
     }
     CCoreRegistry(HKEY_CURRENT_USER).DeleteKey(kRegistryRoot);
     return story;
