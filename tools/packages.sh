@@ -2,7 +2,7 @@
 # Debian packages: what a command needs is installed before it starts, and nothing is asked of apt when all is there.
 
 PACKAGES_BUILD=(g++ cmake ninja-build libcli11-dev libedit-dev libxml2-dev libxslt1-dev libcurl4-openssl-dev libminizip-dev libpacparser-dev libsqlite3-dev zlib1g-dev)
-PACKAGES_TEST=(libgtest-dev pkg-config tinyproxy-bin zip unzip)
+PACKAGES_TEST=(libgtest-dev pkg-config zip unzip)
 PACKAGES_WINDOWS=(g++-mingw-w64-x86-64-posix cmake ninja-build dpkg-dev googletest libcli11-dev libz-mingw-w64-dev pkg-config unzip wine64 zip)
 PACKAGES_CLANG=(clang)
 PACKAGES_CHECK=(clang-format clang-tidy shellcheck)
