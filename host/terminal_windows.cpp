@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 #include "terminal.h"
 
@@ -76,7 +77,8 @@ bool ErrorsGoToTerminal() {
 }
 
 bool TerminalKnowsColours() {
-    return g_screen != nullptr;
+    const char* const kind = std::getenv("TERM");
+    return g_screen != nullptr && (kind == nullptr || kind != std::string_view("dumb"));
 }
 
 void PrepareStreams() {

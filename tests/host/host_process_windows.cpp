@@ -48,8 +48,12 @@ int RunProgram(const std::string& program, const Lines& words, const std::string
     start.hStdError = Open(files.errors, GENERIC_WRITE, CREATE_ALWAYS);
     PROCESS_INFORMATION process{};
     DWORD status = 127;
-    if (CreateProcessA(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, folder.c_str(),
-                       &start, &process)) {
+    const auto begin = [&] {
+        return CreateProcessA(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                              folder.c_str(), &start, &process);
+    };
+    // On a busy machine Wine may say that it cannot (error 1359), and can a moment later.
+    if (begin() || begin()) {
         WaitForSingleObject(process.hProcess, INFINITE);
         GetExitCodeProcess(process.hProcess, &status);
         CloseHandle(process.hThread);
