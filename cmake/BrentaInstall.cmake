@@ -37,8 +37,8 @@ if(TARGET brenta_host AND NOT WIN32)
             COMPONENT Runtime)
 endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/brenta COMPONENT Development)
-install(FILES ${PROJECT_SOURCE_DIR}/cmake/compare_output.cmake DESTINATION ${BRENTA_EXAMPLES_DIR}
-        COMPONENT Development)
+install(FILES ${PROJECT_SOURCE_DIR}/cmake/compare_output.cmake ${PROJECT_SOURCE_DIR}/cmake/example_program.cmake
+        DESTINATION ${BRENTA_EXAMPLES_DIR} COMPONENT Development)
 
 install(EXPORT BrentaCoreTargets NAMESPACE Brenta:: DESTINATION ${BRENTA_PACKAGE_DIR} COMPONENT Development)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/BrentaCoreConfig.cmake.in

@@ -15,9 +15,8 @@ struct SeparatedWords {
     std::vector<std::string> unknown;  ///< what looks like an option, where words do not begin with a dash
 };
 
-/// Tells options from words, so that a word is never taken for an option or for the name of a command: it may
-/// be
-/// "-25mil", or a file called "run". `arguments` holds what stands behind the command's name.
+/// Tells options from words, so that a word is never taken for an option or for the name of a command: it
+/// may be "-25mil", or a file called "run". `arguments` holds what stands behind the command's name.
 SeparatedWords SeparateOptions(const CommandTree& tree, const CLI::App& command,
                                const std::vector<std::string>& arguments);
 

@@ -175,9 +175,8 @@ class BRENTA_API CCoreSymbolTable {
 class BRENTA_API ScriptSymbol : public CCoreSymbol {
  public:
     /// Without a class the initial value is a copy of `initial`, bound as null if it is a list beyond the
-    /// limits of SetValue. With a class it is a new object of the class
-    /// (Aggregate), a list named `name`; `initial` is then not used. The class stays its owner's and must
-    /// outlive the symbol.
+    /// limits of SetValue. With a class it is a new object of the class (Aggregate), a list named `name`;
+    /// `initial` is then not used. The class stays its owner's and must outlive the symbol.
     ScriptSymbol(STRID name, const Var& initial, ClassSymbol* cls);
 
     /// An array: the initial value is a list, named `name`, of `arraySize` objects of the class, or of copies

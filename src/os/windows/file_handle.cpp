@@ -35,7 +35,7 @@ bool FileHandle::WriteAll(void* handle, std::string_view content) {
 
 namespace {
 
-/// Pipes are among the devices of a machine: "\\\\.\\pipe\\name".
+/// Pipes are among the devices of a machine: \\.\pipe\name.
 bool MayBePipe(std::string_view path) {
     constexpr std::string_view kFolder = "pipe\\";
     const auto isSame = [](char c, char lower) { return (c >= 'A' && c <= 'Z' ? c + 32 : c) == lower; };

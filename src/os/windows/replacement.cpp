@@ -41,8 +41,7 @@ OldFile LookAtOld(const std::string& path) {
     }
     old.isKnown = old.exists = true;
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return old;
-    const FileHandle file =
-        OpenFile(path.c_str(), GENERIC_WRITE, kShareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+    const FileHandle file = OpenFile(path.c_str(), GENERIC_WRITE, kShareAll, OPEN_EXISTING);
     const bool isReadOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
     old.isWritable = !isReadOnly && (file.IsOpen() || GetLastError() == ERROR_SHARING_VIOLATION);
     old.isRegular = !file.IsOpen() || GetFileType(file.Get()) == FILE_TYPE_DISK;
@@ -107,8 +106,7 @@ FileHandle CreateBeside(const std::string& path, std::string& name) {
     for (;;) {
         name = folder + ".brenta-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++counter) +
                ".tmp";
-        FileHandle file =
-            OpenFile(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
+        FileHandle file = OpenFile(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW);
         if (file.IsOpen() || GetLastError() != ERROR_FILE_EXISTS) return file;
     }
 }
@@ -145,8 +143,7 @@ struct RenameRequest {
 bool RenameAtOnce(const char* from, const char* to) {
     RenameRequest request;
     const int length = MultiByteToWideChar(CP_ACP, 0, to, -1, request.name, static_cast<int>(kLongestPath));
-    const FileHandle file =
-        OpenFile(from, DELETE | SYNCHRONIZE, kShareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+    const FileHandle file = OpenFile(from, DELETE | SYNCHRONIZE, kShareAll, OPEN_EXISTING);
     if (length == 0 || !file.IsOpen()) return false;
     request.nameBytes = static_cast<DWORD>(length - 1) * sizeof(wchar_t);
     return SetFileInformationByHandle(file.Get(), RenameRequest::kClass, &request, sizeof request) != 0;
@@ -189,8 +186,7 @@ bool RenameToNew(const char* from, const char* to) {
 
 /// Overwrites a file in place, once there is certainly room for its new content.
 bool Overwrite(const std::string& path, std::string_view content) {
-    FileHandle file =
-        OpenFile(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+    FileHandle file = OpenFile(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING);
     LARGE_INTEGER oldSize;
     if (!file.IsOpen() || !GetFileSizeEx(file.Get(), &oldSize)) return false;
     FILE_ALLOCATION_INFO room{};
@@ -249,8 +245,7 @@ bool Replacement::Create(const char* path) try {
 
 bool Replacement::PutInPlace(bool (*rename)(const char* from, const char* to)) {
     const bool isWritten = Insist([this] {
-        FileHandle file =
-            OpenFile(m_newPath.c_str(), GENERIC_WRITE, kShareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+        FileHandle file = OpenFile(m_newPath.c_str(), GENERIC_WRITE, kShareAll, OPEN_EXISTING);
         return file.IsOpen() && FlushFileBuffers(file.Get()) && file.Close();
     });
     if (!isWritten) return false;
